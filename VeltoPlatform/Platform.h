@@ -1,0 +1,31 @@
+// The one place that says which operating system the rest stands on.
+#pragma once
+
+namespace velto {
+
+class Accessibility;
+class AudioHardware;
+class Folders;
+class OutputUnits;
+class Preferences;
+class SecretStore;
+class Workspace;
+
+/// One implementation of every interface; none of them may be missing. Owned by the composition root, which
+/// keeps them alive for as long as anything uses them.
+struct Platform {
+    AudioHardware* audioHardware = nullptr;
+    OutputUnits* outputUnits = nullptr;
+    Accessibility* accessibility = nullptr;
+    Workspace* workspace = nullptr;
+    SecretStore* secretStore = nullptr;
+    Preferences* preferences = nullptr;
+    Folders* folders = nullptr;
+};
+
+/// The installed platform. Any thread, after `installPlatform`.
+const Platform& platform();
+/// Called by a composition root or a test, before threads use the platform.
+void installPlatform(const Platform& platform);
+
+} // namespace velto

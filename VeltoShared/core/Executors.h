@@ -1,0 +1,52 @@
+// Where work runs: the main thread (all state of the application) and the background thread (network and
+// the agent's loops). A program's composition root or a test installs both before anything uses them.
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/awaitable.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/post.hpp>
+
+#include <utility>
+
+namespace velto {
+
+namespace asio = boost::asio;
+
+/// One process-wide slot for an executor. Installing is not synchronised: do it before threads start.
+template <class Tag>
+class ExecutorSlot {
+  public:
+    static void install(asio::any_io_executor executor) { slot() = std::move(executor); }
+    static asio::any_io_executor executor() { return slot(); }
+
+    /// Runs `work` later on this executor, never inside the call. Any thread.
+    template <class Work>
+    static void post(Work&& work) {
+        asio::post(slot(), std::forward<Work>(work));
+    }
+
+    /// Starts a coroutine on this executor; an exception that escapes it ends the process. Any thread.
+    static void spawn(asio::awaitable<void> task) {
+        asio::co_spawn(slot(), std::move(task), [](std::exception_ptr error) {
+            if (error)
+                std::rethrow_exception(error);
+        });
+    }
+
+  private:
+    static asio::any_io_executor& slot() {
+        static asio::any_io_executor executor;
+        return executor;
+    }
+};
+
+/// The one thread that owns the session, the state objects, the control server's commands and the views.
+using MainThread = ExecutorSlot<struct MainThreadTag>;
+
+/// The thread of the voice clients, the agent's loops and the control socket's reading. One thread, so that
+/// a chunk travels from the capture queue to the socket without a hop.
+using Background = ExecutorSlot<struct BackgroundTag>;
+
+} // namespace velto

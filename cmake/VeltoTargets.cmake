@@ -1,0 +1,48 @@
+# How every target of ours is built: warnings, Boost without header-only Asio, one precompiled header.
+find_package(Threads REQUIRED)
+find_package(OpenSSL REQUIRED)
+find_package(Boost 1.81 REQUIRED COMPONENTS json)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
+
+add_library(velto_flags INTERFACE)
+target_compile_options(velto_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
+target_include_directories(velto_flags INTERFACE ${PROJECT_SOURCE_DIR})
+
+# Asio and Beast are compiled once; users see declarations only.
+add_library(velto_boost STATIC ${PROJECT_SOURCE_DIR}/cmake/BoostImplementation.cpp)
+target_compile_definitions(velto_boost PUBLIC
+  BOOST_ASIO_SEPARATE_COMPILATION BOOST_ASIO_NO_DEPRECATED BOOST_BEAST_SEPARATE_COMPILATION)
+target_link_libraries(velto_boost PUBLIC Boost::headers Boost::json OpenSSL::SSL Threads::Threads)
+
+# One precompiled header for every target: coroutines and the standard containers are what costs.
+add_library(velto_pch OBJECT ${PROJECT_SOURCE_DIR}/cmake/Precompiled.cpp)
+target_link_libraries(velto_pch PRIVATE velto_flags velto_boost)
+target_precompile_headers(velto_pch PRIVATE ${PROJECT_SOURCE_DIR}/cmake/Precompiled.h)
+
+# velto_library(name SOURCES … [LINK …]): a static library of ours.
+function(velto_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC velto_boost ${ARG_LINK} PRIVATE velto_flags)
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_precompile_headers(${name} REUSE_FROM velto_pch)
+endfunction()
+
+# velto_program(name SOURCES … [LINK …]): an executable of ours in <build>/bin.
+function(velto_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE velto_flags velto_boost ${ARG_LINK})
+  target_precompile_headers(${name} REUSE_FROM velto_pch)
+endfunction()
+
+# velto_test(name SOURCES … [LINK …]): one GoogleTest program, one ctest entry.
+function(velto_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE velto_flags velto_test_support ${ARG_LINK} GTest::gtest GTest::gtest_main)
+  target_precompile_headers(${name} REUSE_FROM velto_pch)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 120)
+endfunction()
