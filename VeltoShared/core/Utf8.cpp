@@ -39,4 +39,15 @@ bool isValidUtf8(std::string_view bytes) {
     return true;
 }
 
+std::string repairedUtf8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const auto length = sequenceLength(bytes);
+        text += length > 0 ? bytes.substr(0, length) : std::string_view("\xEF\xBF\xBD");
+        bytes.remove_prefix(length > 0 ? length : 1);
+    }
+    return text;
+}
+
 } // namespace velto

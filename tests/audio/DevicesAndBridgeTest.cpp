@@ -2,12 +2,14 @@
 #include "VeltoShared/audio/AudioDevices.h"
 #include "VeltoShared/audio/AudioProcess.h"
 #include "VeltoShared/audio/AudioRouting.h"
-#include "tests/audio/SimulatedSound.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
 
 namespace velto::test {
 namespace {
 
-class DevicesAndBridge : public SimulatedSound {
+class DevicesAndBridge : public ::testing::Test, protected TestComputer {
   protected:
     AudioObjectID id(std::string_view name) { return AudioDevices::find(name).value().id; }
     void makeDefault(std::string_view input, std::string_view output) {
@@ -137,8 +139,8 @@ TEST_F(DevicesAndBridge, restoresOnlyWhatWasSavedAndFits) {
 }
 
 TEST_F(DevicesAndBridge, theFirstProcessOfAnIdentifierIsAsked) {
-    desktop.start("com.example.phone", 41);
-    desktop.start("com.example.phone", 42);
+    desktop.launch("com.example.phone", 41);
+    desktop.launch("com.example.phone", 42);
     audio.setProcess(42, 7, true);
     EXPECT_EQ(AudioProcess::objectID("com.example.phone"), std::nullopt);
     EXPECT_FALSE(AudioProcess::isRunningInput("com.example.phone"));
