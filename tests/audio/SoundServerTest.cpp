@@ -323,6 +323,24 @@ TEST_F(SoundServer, killedAndStartedAgainTheSoundComesBack) {
     EXPECT_EQ(returns, 1);
 }
 
+TEST_F(SoundServer, aServerThatStartsLateIsFound) {
+    server->kill();
+    Monitor told;
+    bool returned = false;
+    bool said = false;
+    const auto early = std::make_shared<PulseServer>(
+        [&](const std::string& line) {
+            told.change([&] { said = said || line.starts_with("sound: no server: "); });
+        },
+        server->address());
+    early->observeReturn([&] { told.change([&] { returned = true; }); });
+    EXPECT_TRUE(told.wait([&] { return said; }));
+    EXPECT_FALSE(PulseCatalogue::read(*early));
+    ASSERT_TRUE(server->restart());
+    EXPECT_TRUE(told.wait([&] { return returned; }));
+    EXPECT_EQ(PulseCatalogue::read(*early).value().size(), 6u);
+}
+
 TEST_F(SoundServer, aDeviceThatComesBackIsFoundByItsName) {
     const auto module =
         load("module-null-sink", "sink_name=extra sink_properties='device.description=Extra'");
