@@ -26,6 +26,10 @@ TestComputer::TestComputer() {
     computer.folders = &folders;
     computer.preferences = &preferences;
     computer.secretStore = &secrets;
+    computer.audioHardware = &audio;
+    computer.outputUnits = &audio;
+    computer.accessibility = &desktop;
+    computer.workspace = &desktop;
     installPlatform(computer);
 }
 

@@ -1,6 +1,8 @@
 // A simulated computer in a folder of its own, installed as the platform for the length of a test.
 #pragma once
 
+#include "VeltoPlatform/simulated/SimulatedAudio.h"
+#include "VeltoPlatform/simulated/SimulatedDesktop.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
 
 #include <filesystem>
@@ -35,6 +37,8 @@ class TestComputer {
     SimulatedFolders folders{folder_.path()};
     SimulatedPreferences preferences;
     SimulatedSecretStore secrets;
+    SimulatedAudio audio;
+    SimulatedDesktop desktop;
 };
 
 /// Empty when it cannot be read.
