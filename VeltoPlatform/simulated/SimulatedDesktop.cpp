@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-namespace velto::simulated {
+namespace velto {
 namespace {
 
 constexpr std::array kAttributes{Attribute::role,  Attribute::title,    Attribute::description,
@@ -290,4 +290,4 @@ bool SimulatedDesktop::openURL(const std::string& url) {
     return handler && handler(url);
 }
 
-} // namespace velto::simulated
+} // namespace velto

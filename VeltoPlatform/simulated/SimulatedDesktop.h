@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velto::simulated {
+namespace velto {
 
 class SimulatedDesktop;
 class SimulatedElement;
@@ -132,4 +132,4 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     std::size_t largestBatch_ = 0;
 };
 
-} // namespace velto::simulated
+} // namespace velto

@@ -49,14 +49,16 @@ void put(unsigned char* out, std::uint32_t bits) {
 /// Whole groups without padding; false at a character outside the alphabet.
 bool decodeGroups(const unsigned char* text, std::size_t count, unsigned char* out) {
     std::size_t at = 0;
+    std::uint32_t seen = 0;
     for (; at + 8 <= count; at += 8, out += 6) {
         const std::uint32_t first = group(text + at);
         const std::uint32_t second = group(text + at + 4);
-        if ((first | second) & kBad)
-            return false;
+        seen |= first | second;
         put(out, first);
         put(out + 3, second);
     }
+    if (seen & kBad)
+        return false;
     if (at == count)
         return true;
     const std::uint32_t last = group(text + at);
@@ -83,14 +85,20 @@ std::optional<std::size_t> decodeLast(const unsigned char* four, unsigned char* 
 bool isAvailable(Engine engine) {
 #if defined(__x86_64__)
     static const bool avx2 = __builtin_cpu_supports("avx2") != 0;
+    static const bool avx512 =
+        avx2 && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
 #else
     constexpr bool avx2 = false;
+    constexpr bool avx512 = false;
 #endif
-    return engine == Engine::portable || avx2;
+    return engine == Engine::portable || (engine == Engine::avx2 ? avx2 : avx512);
 }
 
 Engine quickest() {
-    return isAvailable(Engine::avx2) ? Engine::avx2 : Engine::portable;
+    static const Engine best = isAvailable(Engine::avx512) ? Engine::avx512
+                               : isAvailable(Engine::avx2) ? Engine::avx2
+                                                           : Engine::portable;
+    return best;
 }
 
 std::size_t decodedSize(std::string_view text) {
@@ -103,7 +111,7 @@ std::size_t decodedSize(std::string_view text) {
 std::size_t encode(std::span<const std::byte> bytes, char* out, Engine engine) {
     const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
     Progress done;
-    if (engine == Engine::avx2 && isAvailable(engine))
+    if (engine != Engine::portable && isAvailable(engine))
         done = encodeAVX2(in, bytes.size(), out);
     char* to = out + done.written;
     std::size_t at = done.read;
@@ -136,7 +144,9 @@ std::optional<std::size_t> decode(std::string_view text, std::span<std::byte> ou
     const auto* in = reinterpret_cast<const unsigned char*>(text.data());
     auto* to = reinterpret_cast<unsigned char*>(out.data());
     Progress done;
-    if (engine == Engine::avx2 && isAvailable(engine))
+    if (engine == Engine::avx512 && isAvailable(engine))
+        done = decodeAVX512(text.data(), text.size(), to);
+    else if (engine == Engine::avx2 && isAvailable(engine))
         done = decodeAVX2(text.data(), text.size(), to);
     if (!decodeGroups(in + done.read, body - done.read, to + done.written))
         return std::nullopt;

@@ -8,8 +8,9 @@
 
 namespace velto::Base64 {
 
-/// How the work is done; both give the same answers for every input.
-enum class Engine { portable, avx2 };
+/// How the work is done; all give the same answers for every input. `avx512` decodes with AVX-512 VBMI and
+/// encodes as `avx2` does.
+enum class Engine { portable, avx2, avx512 };
 
 /// Whether this computer can run the engine.
 bool isAvailable(Engine engine);

@@ -1,0 +1,45 @@
+#include "VeltoApp/app/Application.h"
+
+#include "VeltoApp/app/Helper.h"
+#include "VeltoApp/control/ControlServer.h"
+#include "VeltoApp/control/LiveTargets.h"
+#include "VeltoApp/state/ReadinessState.h"
+#include "VeltoShared/audio/AudioBridge.h"
+#include "VeltoShared/core/AppPaths.h"
+#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/Executors.h"
+#include "VeltoShared/telephony/AX.h"
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+
+#include <unistd.h>
+
+namespace velto {
+
+void applicationDidFinishLaunching() {
+    Helper::log("app launched pid=" + std::to_string(::getpid()) +
+                " bundle=" + AppPaths::resources().string());
+    Helper::log(std::string("accessibility trusted=") + (AX::trusted() ? "true" : "false"));
+    if (AudioBridge::restoreIfNeeded())
+        Helper::log("bridge: restored your default devices left from a previous session");
+    Helper::log(std::string("bridge: devices ") + (AudioBridge::installed() ? "installed" : "MISSING") +
+                " — routing applied per call");
+    ReadinessState::shared()->refresh();
+    startControlServer();
+}
+
+int runHeadless(const Platform& platform, const std::function<void()>& prepare) {
+    installPlatform(platform);
+    asio::io_context main{1};
+    const auto guard = asio::make_work_guard(main);
+    MainThread::install(main.get_executor());
+    const BackgroundThread background;
+    if (prepare)
+        MainThread::post(prepare);
+    MainThread::post(applicationDidFinishLaunching);
+    main.run();
+    return 0;
+}
+
+} // namespace velto

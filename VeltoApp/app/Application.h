@@ -1,0 +1,21 @@
+// The application's life: what runs once the program has started.
+#pragma once
+
+#include "VeltoPlatform/Platform.h"
+
+#include <functional>
+
+namespace velto {
+
+/// Launch sequence. Main thread, with platform and executors installed: logs the process and the
+/// accessibility trust, puts back default devices that a killed run left switched, says whether the virtual
+/// devices exist, starts the control server.
+void applicationDidFinishLaunching();
+
+/// Runs the application without windows on the calling thread, which becomes the main thread, until the
+/// process is ended: installs `platform`, starts the background thread, calls `prepare` (may be empty) on the
+/// main thread, then the launch sequence. There is no shutdown handling: what a quit interrupts is repaired
+/// at the next launch.
+int runHeadless(const Platform& platform, const std::function<void()>& prepare = {});
+
+} // namespace velto

@@ -1,0 +1,113 @@
+#include "VeltoApp/session/LiveCollaborators.h"
+
+#include "VeltoApp/history/CallHistoryStore.h"
+#include "VeltoApp/session/NativeCallSession.h"
+#include "VeltoPlatform/AudioHardware.h"
+#include "VeltoPlatform/Platform.h"
+#include "VeltoShared/agent/NativeAgent.h"
+#include "VeltoShared/core/Executors.h"
+#include "VeltoShared/telephony/AX.h"
+#include "VeltoShared/telephony/Telephony.h"
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/use_awaitable.hpp>
+
+namespace velto {
+namespace {
+
+class LiveLine : public CallLine {
+  public:
+    bool trusted() override { return AX::trusted(); }
+    std::vector<std::string> texts(const std::optional<std::string>& bundleID) override {
+        return AX::texts(bundleID);
+    }
+    bool callActive() override { return Telephony::callActive(); }
+    bool callAnswered() override { return Telephony::callAnswered(); }
+    asio::awaitable<bool> dial(std::string number, std::function<void(std::string)> log) override {
+        return Telephony::dial(std::move(number), std::move(log));
+    }
+    bool hangup() override { return Telephony::hangup(); }
+};
+
+class LiveAudio : public CallAudio {
+  public:
+    /// Neither taps nor recordings exist on this platform yet; the session says so where they are asked for.
+    bool tapsSupported() override { return true; }
+    std::unique_ptr<CallTap> makeTap(const std::string&, const std::string&, bool) override {
+        return nullptr;
+    }
+    std::unique_ptr<CallRecorder> makeRecorder(const std::string&, double,
+                                               const std::filesystem::path&) override {
+        return nullptr;
+    }
+    AudioBridge::Status enforceSavingPrevious(bool inputOnly) override {
+        return AudioBridge::enforceSavingPrevious(inputOnly);
+    }
+    AudioBridge::Status enforce(bool inputOnly) override { return AudioBridge::enforce(inputOnly); }
+    bool restoreIfNeeded() override { return AudioBridge::restoreIfNeeded(); }
+    void observeReturn(std::function<void()> returned) override {
+        std::function<void()> onMainThread;
+        if (returned)
+            onMainThread = [returned = std::move(returned)] { MainThread::post(returned); };
+        platform().audioHardware->observeReturn(std::move(onMainThread));
+    }
+};
+
+/// Runs the agent on `Background`, where its loops live, and hands the outcome back to the caller's thread.
+class LiveAgent : public CallAgent {
+  public:
+    explicit LiveAgent(NativeAgent::Options options)
+        : agent_(std::make_shared<NativeAgent>(std::move(options))) {}
+
+    void setLog(std::function<void(std::string)> log) override { agent_->setLog(std::move(log)); }
+    void setOnToolCall(std::function<std::string(const std::string&, const std::string&)> handler) override {
+        agent_->setOnToolCall(std::move(handler));
+    }
+    asio::awaitable<Result<>> start() override {
+        co_return co_await asio::co_spawn(Background::executor(), agent_->start(), asio::use_awaitable);
+    }
+    void greet() override { agent_->greet(); }
+    void stop() override { agent_->stop(); }
+
+  private:
+    std::shared_ptr<NativeAgent> agent_;
+};
+
+class LiveAgents : public CallAgents {
+  public:
+    std::shared_ptr<CallAgent> make(const CallAgentOptions& options) override {
+        NativeAgent::Options agent;
+        agent.provider = options.provider;
+        agent.apiKey = options.apiKey;
+        agent.goal = options.goal;
+        agent.voice = options.voice;
+        agent.inputDevice = options.inputDevice;
+        agent.outputDevice = options.outputDevice;
+        agent.monitorDevice = options.monitorDevice;
+        agent.outputRate = options.outputRate;
+        return std::make_shared<LiveAgent>(std::move(agent));
+    }
+};
+
+class LiveArchive : public CallArchive {
+  public:
+    void add(CallRecord record) override { CallHistoryStore::shared().insertFirst(std::move(record)); }
+};
+
+} // namespace
+
+SessionCollaborators liveCollaborators() {
+    static LiveLine line;
+    static LiveAudio audio;
+    static LiveAgents agents;
+    static LiveArchive archive;
+    return {&line, &audio, &agents, &archive};
+}
+
+const std::shared_ptr<NativeCallSession>& NativeCallSession::shared() {
+    static const auto session =
+        std::make_shared<NativeCallSession>(liveCollaborators(), AppSettings::shared());
+    return session;
+}
+
+} // namespace velto

@@ -1,0 +1,195 @@
+#include "VeltoPlatform/linux/LinuxPreferences.h"
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace velto {
+namespace {
+
+namespace fs = std::filesystem;
+namespace json = boost::json;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor() {
+        if (fd_ >= 0)
+            ::close(fd_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return fd_; }
+    explicit operator bool() const { return fd_ >= 0; }
+
+  private:
+    int fd_;
+};
+
+std::string errorText() {
+    return std::generic_category().message(errno);
+}
+
+bool readAll(int fd, std::string& bytes) {
+    char buffer[16384];
+    for (;;) {
+        const auto count = ::read(fd, buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return count == 0;
+        bytes.append(buffer, static_cast<std::size_t>(count));
+    }
+}
+
+bool writeAll(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto count = ::write(fd, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+std::optional<PreferenceValue> typed(const json::value& value) {
+    if (value.is_bool())
+        return value.get_bool();
+    if (value.is_int64())
+        return value.get_int64();
+    if (value.is_uint64()) // beyond 63 bits
+        return static_cast<double>(value.get_uint64());
+    if (value.is_double())
+        return value.get_double();
+    if (value.is_string())
+        return std::string(value.get_string());
+    return std::nullopt;
+}
+
+json::value untyped(const PreferenceValue& value) {
+    return std::visit([](const auto& plain) { return json::value(plain); }, value);
+}
+
+/// The first of "<file>.broken", "<file>.broken.2", … that is free.
+fs::path freeBrokenName(const fs::path& file) {
+    fs::path name = file;
+    name += ".broken";
+    std::error_code ignored;
+    for (int i = 2; fs::exists(name, ignored); ++i) {
+        name = file;
+        name += ".broken." + std::to_string(i);
+    }
+    return name;
+}
+
+} // namespace
+
+LinuxPreferences::LinuxPreferences(fs::path file, Report report)
+    : file_(std::move(file)), report_(std::move(report)) {}
+
+LinuxPreferences::Content LinuxPreferences::read(json::object& values) const {
+    const Descriptor file(::open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file)
+        return errno == ENOENT || errno == ENOTDIR ? Content::absent : Content::unreadable;
+    std::string bytes;
+    if (!readAll(file.get(), bytes))
+        return Content::unreadable;
+    boost::system::error_code error;
+    auto parsed = json::parse(bytes, error);
+    if (error || !parsed.is_object())
+        return Content::broken;
+    values = std::move(parsed.get_object());
+    return Content::sound;
+}
+
+std::optional<PreferenceValue> LinuxPreferences::object(const std::string& key) {
+    std::lock_guard lock(mutex_);
+    if (const auto kept = unwritten_.find(key); kept != unwritten_.end())
+        return kept->second;
+    json::object values;
+    if (read(values) != Content::sound)
+        return std::nullopt;
+    const auto* value = values.if_contains(key);
+    return value ? typed(*value) : std::nullopt;
+}
+
+void LinuxPreferences::set(const std::string& key, PreferenceValue value) {
+    change(key, std::move(value));
+}
+void LinuxPreferences::remove(const std::string& key) {
+    change(key, std::nullopt);
+}
+
+void LinuxPreferences::change(const std::string& key, std::optional<PreferenceValue> value) {
+    std::lock_guard lock(mutex_);
+    if (write(key, value))
+        unwritten_.erase(key);
+    else
+        unwritten_.insert_or_assign(key, std::move(value));
+}
+
+bool LinuxPreferences::write(const std::string& key, const std::optional<PreferenceValue>& value) {
+    std::error_code ignored;
+    fs::create_directories(file_.parent_path(), ignored);
+    fs::path lockName = file_;
+    lockName += ".lock";
+    const Descriptor lock(::open(lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!lock || ::flock(lock.get(), LOCK_EX) != 0) {
+        say("preferences: cannot lock " + lockName.string() + ": " + errorText());
+        return false;
+    }
+
+    json::object values;
+    switch (read(values)) {
+    case Content::unreadable:
+        say("preferences: cannot read " + file_.string() + ": " + errorText() +
+            "; changes last for this run only");
+        return false;
+    case Content::broken: {
+        const auto aside = freeBrokenName(file_);
+        fs::rename(file_, aside, ignored);
+        if (ignored) {
+            say("preferences: " + file_.string() +
+                " is broken and cannot be set aside: " + ignored.message());
+            return false;
+        }
+        say("preferences: " + file_.string() + " was broken; kept as " + aside.filename().string());
+        break;
+    }
+    case Content::absent:
+    case Content::sound:
+        break;
+    }
+    if (value)
+        values.insert_or_assign(key, untyped(*value));
+    else
+        values.erase(key);
+
+    fs::path temporary = file_;
+    temporary += ".new";
+    const Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    if (!file || !writeAll(file.get(), json::serialize(values) + "\n") || ::fdatasync(file.get()) != 0 ||
+        ::rename(temporary.c_str(), file_.c_str()) != 0) {
+        say("preferences: cannot write " + file_.string() + ": " + errorText() +
+            "; changes last for this run only");
+        ::unlink(temporary.c_str());
+        return false;
+    }
+    return true;
+}
+
+void LinuxPreferences::say(const std::string& problem) {
+    if (report_ && problem != lastProblem_)
+        report_(problem);
+    lastProblem_ = problem;
+}
+
+} // namespace velto

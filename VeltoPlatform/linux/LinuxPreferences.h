@@ -1,0 +1,44 @@
+// The preferences store: one JSON object of flat, typed values in a file of the user's.
+#pragma once
+
+#include "VeltoPlatform/Preferences.h"
+
+#include <boost/json/object.hpp>
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <mutex>
+
+namespace velto {
+
+/// Reads the file anew for each question and rewrites it whole for each change (lock file, temporary, flush,
+/// rename), so that several processes may share it and a crash leaves the old or the new file. Keys and
+/// values of other kinds that stand in the file are kept. A file that is not such an object is set aside as
+/// "<file>.broken", never overwritten; one that cannot be read is left alone. What could not be written stays
+/// in memory for this run and is said to `report`, once a cause.
+class LinuxPreferences : public Preferences {
+  public:
+    using Report = std::function<void(std::string)>;
+    explicit LinuxPreferences(std::filesystem::path file, Report report = {});
+
+    std::optional<PreferenceValue> object(const std::string& key) override;
+    void set(const std::string& key, PreferenceValue value) override;
+    void remove(const std::string& key) override;
+
+  private:
+    enum class Content { absent, sound, broken, unreadable };
+
+    Content read(boost::json::object& values) const;
+    void change(const std::string& key, std::optional<PreferenceValue> value);
+    bool write(const std::string& key, const std::optional<PreferenceValue>& value);
+    void say(const std::string& problem);
+
+    std::filesystem::path file_;
+    Report report_;
+    std::mutex mutex_;
+    std::map<std::string, std::optional<PreferenceValue>> unwritten_;
+    std::string lastProblem_;
+};
+
+} // namespace velto

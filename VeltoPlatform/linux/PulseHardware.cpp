@@ -1,0 +1,183 @@
+#include "VeltoPlatform/linux/PulseHardware.h"
+
+#include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoPlatform/linux/PulseServer.h"
+
+#include <pulse/introspect.h>
+#include <pulse/proplist.h>
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+namespace velto {
+namespace {
+
+struct Defaults {
+    std::string sink;
+    std::string source;
+};
+
+/// Clients of the server and their recording streams, reduced to one process.
+struct ProcessUse {
+    pid_t pid = 0;
+    std::vector<std::uint32_t> clients;
+    struct Recording {
+        std::uint32_t client = 0;
+        bool ofProcess = false;
+        bool corked = false;
+    };
+    std::vector<Recording> recordings;
+};
+
+bool belongsTo(pid_t pid, pa_proplist* properties) {
+    const char* text = pa_proplist_gets(properties, PA_PROP_APPLICATION_PROCESS_ID);
+    if (text == nullptr)
+        return false;
+    const std::string_view digits(text);
+    pid_t value = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return read.ec == std::errc() && value == pid;
+}
+
+std::string text(const char* characters) {
+    return characters == nullptr ? std::string() : std::string(characters);
+}
+
+std::optional<PulseDevice> find(PulseServer& server, AudioObjectID id) {
+    const auto devices = PulseCatalogue::read(server);
+    if (!devices)
+        return std::nullopt;
+    const auto found = std::ranges::find(*devices, id, &PulseDevice::id);
+    if (found == devices->end())
+        return std::nullopt;
+    return *found;
+}
+
+std::optional<ProcessUse> use(PulseServer& server, pid_t pid) {
+    ProcessUse use;
+    use.pid = pid;
+    const bool answered = server.ask([&](pa_context* context) {
+        return std::vector<pa_operation*>{
+            pa_context_get_client_info_list(
+                context,
+                [](pa_context*, const pa_client_info* client, int end, void* data) {
+                    auto* found = static_cast<ProcessUse*>(data);
+                    if (end == 0 && belongsTo(found->pid, client->proplist))
+                        found->clients.push_back(client->index);
+                },
+                &use),
+            pa_context_get_source_output_info_list(
+                context,
+                [](pa_context*, const pa_source_output_info* output, int end, void* data) {
+                    auto* found = static_cast<ProcessUse*>(data);
+                    if (end == 0)
+                        found->recordings.push_back(
+                            {output->client, belongsTo(found->pid, output->proplist), output->corked != 0});
+                },
+                &use)};
+    });
+    if (!answered)
+        return std::nullopt;
+    return use;
+}
+
+} // namespace
+
+PulseHardware::PulseHardware(std::shared_ptr<PulseServer> server) : server_(std::move(server)) {}
+
+PulseHardware::~PulseHardware() {
+    observeReturn({});
+}
+
+std::optional<std::vector<AudioObjectID>> PulseHardware::devices() {
+    const auto devices = PulseCatalogue::read(*server_);
+    if (!devices)
+        return std::nullopt;
+    std::vector<AudioObjectID> list;
+    std::ranges::transform(*devices, std::back_inserter(list), &PulseDevice::id);
+    return list;
+}
+
+std::optional<std::string> PulseHardware::deviceName(AudioObjectID id) {
+    const auto device = find(*server_, id);
+    if (!device || device->name().empty())
+        return std::nullopt;
+    return device->name();
+}
+
+std::optional<std::vector<std::uint32_t>> PulseHardware::streamConfiguration(AudioObjectID id,
+                                                                             AudioDirection direction) {
+    const auto device = find(*server_, id);
+    if (!device)
+        return std::nullopt;
+    std::vector<std::uint32_t> streams;
+    if (const auto channels = device->side(direction).channels; channels > 0)
+        streams.push_back(channels);
+    return streams;
+}
+
+std::optional<AudioObjectID> PulseHardware::defaultDevice(AudioDirection direction) {
+    Defaults defaults;
+    const bool answered = server_->ask([&](pa_context* context) {
+        return std::vector<pa_operation*>{pa_context_get_server_info(
+            context,
+            [](pa_context*, const pa_server_info* info, void* data) {
+                if (info != nullptr)
+                    *static_cast<Defaults*>(data) = {text(info->default_sink_name),
+                                                     text(info->default_source_name)};
+            },
+            &defaults)};
+    });
+    const auto devices = answered ? PulseCatalogue::read(*server_) : std::nullopt;
+    if (!devices)
+        return std::nullopt;
+    const auto& name = direction == AudioDirection::input ? defaults.source : defaults.sink;
+    const auto found = std::ranges::find_if(*devices, [&](const PulseDevice& device) {
+        return device.side(direction).channels > 0 && device.side(direction).serverName == name;
+    });
+    return found == devices->end() ? 0 : found->id;
+}
+
+bool PulseHardware::setDefaultDevice(AudioDirection direction, AudioObjectID id) {
+    const auto device = find(*server_, id);
+    if (!device || device->side(direction).channels == 0)
+        return false;
+    const auto& name = device->side(direction).serverName;
+    bool accepted = false;
+    const auto answer = [](pa_context*, int success, void* data) {
+        *static_cast<bool*>(data) = success != 0;
+    };
+    const bool answered = server_->ask([&](pa_context* context) {
+        return std::vector<pa_operation*>{
+            direction == AudioDirection::input
+                ? pa_context_set_default_source(context, name.c_str(), answer, &accepted)
+                : pa_context_set_default_sink(context, name.c_str(), answer, &accepted)};
+    });
+    return answered && accepted;
+}
+
+std::optional<AudioObjectID> PulseHardware::processObject(pid_t pid) {
+    const auto found = use(*server_, pid);
+    if (!found)
+        return std::nullopt;
+    const bool known =
+        !found->clients.empty() || std::ranges::any_of(found->recordings, &ProcessUse::Recording::ofProcess);
+    return known && pid > 0 ? static_cast<AudioObjectID>(pid) : 0;
+}
+
+std::optional<bool> PulseHardware::processIsRunningInput(AudioObjectID process) {
+    const auto found = use(*server_, static_cast<pid_t>(process));
+    if (!found)
+        return std::nullopt;
+    return std::ranges::any_of(found->recordings, [&](const ProcessUse::Recording& recording) {
+        return !recording.corked &&
+               (recording.ofProcess || std::ranges::count(found->clients, recording.client) > 0);
+    });
+}
+
+void PulseHardware::observeReturn(std::function<void()> returned) {
+    server_->observeReturn(std::move(returned));
+}
+
+} // namespace velto

@@ -1,0 +1,270 @@
+#include "VeltoPlatform/linux/PulseServer.h"
+
+#include <pulse/error.h>
+#include <pulse/introspect.h>
+#include <pulse/rtclock.h>
+#include <pulse/timeval.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace velto {
+namespace {
+
+constexpr pa_usec_t tickPeriod = 125 * PA_USEC_PER_MSEC;
+constexpr pa_usec_t retryPeriod = 250 * PA_USEC_PER_MSEC;
+/// A server that accepts the connection and then says nothing is tried afresh.
+constexpr pa_usec_t connectLimit = 2 * PA_USEC_PER_SEC;
+/// How long the observer of the return waits for units to find their devices again.
+constexpr pa_usec_t settleLimit = PA_USEC_PER_SEC;
+
+/// Operations that one asker waits for.
+struct Question {
+    std::mutex mutex;
+    std::condition_variable ended;
+    std::size_t open = 0;
+
+    static void changed(pa_operation* operation, void* self) {
+        if (pa_operation_get_state(operation) == PA_OPERATION_RUNNING)
+            return;
+        auto* question = static_cast<Question*>(self);
+        std::lock_guard guard(question->mutex);
+        --question->open;
+        question->ended.notify_one();
+    }
+
+    bool wait(std::chrono::steady_clock::time_point until) {
+        std::unique_lock guard(mutex);
+        return ended.wait_until(guard, until, [this] { return open == 0; });
+    }
+};
+
+} // namespace
+
+PulseServer::Lock::Lock(const PulseServer& server)
+    : loop_(pa_threaded_mainloop_in_thread(server.loop_) != 0 ? nullptr : server.loop_) {
+    if (loop_ != nullptr)
+        pa_threaded_mainloop_lock(loop_);
+}
+
+PulseServer::Lock::~Lock() {
+    if (loop_ != nullptr)
+        pa_threaded_mainloop_unlock(loop_);
+}
+
+PulseServer::PulseServer(Log log, std::string address)
+    : log_(std::move(log)), address_(std::move(address)), loop_(pa_threaded_mainloop_new()) {
+    pa_threaded_mainloop_set_name(loop_, "velto-sound");
+    connections_[0] = {this, AudioDirection::output};
+    connections_[1] = {this, AudioDirection::input};
+    for (auto& connection : connections_)
+        connect(connection);
+    timer_ = pa_context_rttime_new(
+        connections_[0].context, pa_rtclock_now() + tickPeriod,
+        [](pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
+            static_cast<PulseServer*>(self)->tick();
+        },
+        this);
+    pa_threaded_mainloop_start(loop_);
+}
+
+PulseServer::~PulseServer() {
+    pa_threaded_mainloop_stop(loop_);
+    pa_threaded_mainloop_get_api(loop_)->time_free(timer_);
+    for (auto& connection : connections_)
+        drop(connection);
+    pa_threaded_mainloop_free(loop_);
+}
+
+void PulseServer::connect(Connection& connection) {
+    drop(connection);
+    connection.context = pa_context_new(pa_threaded_mainloop_get_api(loop_), "Velto");
+    connection.failed = false;
+    connection.since = pa_rtclock_now();
+    pa_context_set_state_callback(
+        connection.context,
+        [](pa_context*, void* data) {
+            auto* changedOne = static_cast<Connection*>(data);
+            changedOne->server->changed(*changedOne);
+        },
+        &connection);
+    const char* server = address_.empty() ? nullptr : address_.c_str();
+    if (pa_context_connect(connection.context, server, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
+        failed(connection);
+}
+
+void PulseServer::drop(Connection& connection) {
+    if (connection.context == nullptr)
+        return;
+    pa_context_set_state_callback(connection.context, nullptr, nullptr);
+    pa_context_disconnect(connection.context);
+    pa_context_unref(connection.context);
+    connection.context = nullptr;
+    connection.ready = false;
+}
+
+void PulseServer::changed(Connection& connection) {
+    const auto state = pa_context_get_state(connection.context);
+    if (PA_CONTEXT_IS_GOOD(state)) {
+        if (state != PA_CONTEXT_READY)
+            return;
+        connection.ready = true;
+        for (auto* listener : listeners_)
+            listener->connected(connection.direction);
+        if (std::ranges::all_of(connections_, &Connection::ready))
+            becameReady();
+    } else {
+        failed(connection);
+    }
+}
+
+void PulseServer::failed(Connection& connection) {
+    if (connection.failed)
+        return;
+    connection.failed = true;
+    connection.ready = false;
+    connection.since = pa_rtclock_now();
+    publish(State::lost);
+    if (lostAt_ != 0)
+        return;
+    lostAt_ = connection.since;
+    log(everReady_ ? "sound: server lost"
+                   : std::string("sound: no server: ") + pa_strerror(pa_context_errno(connection.context)));
+}
+
+void PulseServer::becameReady() {
+    if (lostAt_ != 0) {
+        const auto away = static_cast<double>(pa_rtclock_now() - lostAt_) / PA_USEC_PER_SEC;
+        std::array<char, 64> line{};
+        std::snprintf(line.data(), line.size(), "sound: server back after %.1f s", away);
+        log(line.data());
+        lostAt_ = 0;
+        returnAt_ = pa_rtclock_now();
+    }
+    everReady_ = true;
+    publish(State::ready);
+}
+
+void PulseServer::publish(State state) {
+    std::lock_guard guard(stateMutex_);
+    state_ = state;
+    if (state == State::ready)
+        unanswering_ = false;
+    stateChanged_.notify_all();
+}
+
+bool PulseServer::waitUntilReady(std::chrono::steady_clock::time_point until) {
+    std::unique_lock guard(stateMutex_);
+    if (unanswering_)
+        return false;
+    if (!stateChanged_.wait_until(guard, until, [this] { return state_ != State::connecting; }))
+        unanswering_ = true;
+    return state_ == State::ready;
+}
+
+bool PulseServer::ask(const std::function<std::vector<pa_operation*>(pa_context*)>& begin) {
+    const auto until = std::chrono::steady_clock::now() + answerLimit;
+    if (pa_threaded_mainloop_in_thread(loop_) != 0 || !waitUntilReady(until))
+        return false;
+    Question question;
+    std::vector<pa_operation*> operations;
+    {
+        Lock lock(*this);
+        auto* there = context(AudioDirection::output);
+        if (there == nullptr)
+            return false;
+        operations = begin(there);
+        question.open = static_cast<std::size_t>(
+            std::ranges::count_if(operations, [](auto* operation) { return operation != nullptr; }));
+        for (auto* operation : operations)
+            if (operation != nullptr)
+                pa_operation_set_state_callback(operation, &Question::changed, &question);
+    }
+    const bool ended = question.wait(until);
+    Lock lock(*this);
+    bool answered = ended && !operations.empty();
+    for (auto* operation : operations) {
+        if (operation == nullptr || pa_operation_get_state(operation) != PA_OPERATION_DONE)
+            answered = false;
+        if (operation == nullptr)
+            continue;
+        pa_operation_set_state_callback(operation, nullptr, nullptr);
+        pa_operation_cancel(operation);
+        pa_operation_unref(operation);
+    }
+    if (!ended)
+        leftUnanswered();
+    return answered;
+}
+
+void PulseServer::leftUnanswered() {
+    auto* there = context(AudioDirection::output);
+    if (there == nullptr)
+        return;
+    {
+        std::lock_guard guard(stateMutex_);
+        unanswering_ = true;
+    }
+    log("sound: server does not answer");
+    // Answered when the server has come to itself; a new connection forgets it.
+    auto* probe = pa_context_get_server_info(
+        there,
+        [](pa_context*, const pa_server_info*, void* self) {
+            auto* server = static_cast<PulseServer*>(self);
+            server->log("sound: server answers again");
+            std::lock_guard guard(server->stateMutex_);
+            server->unanswering_ = false;
+        },
+        this);
+    if (probe != nullptr)
+        pa_operation_unref(probe);
+}
+
+void PulseServer::tick() {
+    const auto now = pa_rtclock_now();
+    for (auto& connection : connections_) {
+        const auto age = now - connection.since;
+        if (!connection.ready && age >= (connection.failed ? retryPeriod : connectLimit)) {
+            if (!connection.failed)
+                failed(connection);
+            connect(connection);
+        }
+    }
+    for (auto* listener : listeners_)
+        listener->tick();
+    if (returnAt_ != 0 && lostAt_ == 0 &&
+        (std::ranges::all_of(listeners_, &PulseListener::settled) || now - returnAt_ > settleLimit))
+        tellReturn();
+    pa_context_rttime_restart(connections_[0].context, timer_, pa_rtclock_now() + tickPeriod);
+}
+
+void PulseServer::tellReturn() {
+    returnAt_ = 0;
+    if (returned_)
+        returned_();
+}
+
+void PulseServer::observeReturn(std::function<void()> returned) {
+    Lock lock(*this);
+    returned_ = std::move(returned);
+}
+
+pa_context* PulseServer::context(AudioDirection direction) const {
+    const auto& connection = connections_[direction == AudioDirection::output ? 0 : 1];
+    return connection.ready ? connection.context : nullptr;
+}
+
+void PulseServer::add(PulseListener& listener) {
+    listeners_.push_back(&listener);
+}
+
+void PulseServer::remove(PulseListener& listener) {
+    std::erase(listeners_, &listener);
+}
+
+void PulseServer::log(const std::string& line) const {
+    if (log_)
+        log_(line);
+}
+
+} // namespace velto

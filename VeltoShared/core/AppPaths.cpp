@@ -1,0 +1,49 @@
+#include "VeltoShared/core/AppPaths.h"
+
+#include "VeltoPlatform/Folders.h"
+#include "VeltoPlatform/Platform.h"
+
+namespace velto::AppPaths {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path created(const fs::path& folder) {
+    std::error_code ignored;
+    fs::create_directories(folder, ignored);
+    return folder;
+}
+
+} // namespace
+
+fs::path resources() {
+    auto& folders = *platform().folders;
+    std::error_code ignored;
+    if (const auto bundle = folders.bundleResources())
+        return fs::absolute(*bundle, ignored);
+    return fs::absolute(folders.executable(), ignored).parent_path();
+}
+
+fs::path drivers() {
+    return resources() / "Drivers";
+}
+fs::path support() {
+    return created(platform().folders->applicationSupport() / bundleID);
+}
+fs::path logs() {
+    return created(platform().folders->logs() / "Velto");
+}
+fs::path logFile() {
+    return logs() / "velto.log";
+}
+fs::path recordings() {
+    return created(support() / "Recordings");
+}
+fs::path historyFile() {
+    return support() / "history.json";
+}
+fs::path controlSocket() {
+    return support() / "control.sock";
+}
+
+} // namespace velto::AppPaths

@@ -1,0 +1,334 @@
+#include "VeltoApp/session/NativeCallSession.h"
+
+#include "VeltoShared/core/AppPaths.h"
+#include "VeltoShared/core/KeychainStore.h"
+#include "VeltoShared/core/SecretKey.h"
+#include "tests/session/SessionFakes.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using State = NativeCallSession::State;
+
+struct Session : ::testing::Test {
+    Session() { KeychainStore::set(" key\t", SecretKey::geminiAPIKey); }
+
+    bool logged(const std::string& line) const {
+        return std::count(session->log().begin(), session->log().end(), line) > 0;
+    }
+    int timesLogged(const std::string& line) const {
+        return static_cast<int>(std::count(session->log().begin(), session->log().end(), line));
+    }
+    /// Dials, connects and answers.
+    void goLive() {
+        session->number.set("5551234");
+        session->start("Book a table", true);
+        line.answered = true;
+        loop.advance(2s);
+        ASSERT_EQ(session->state(), State::live);
+    }
+    void say(std::initializer_list<const char*> lines) {
+        for (const char* text : lines)
+            agents.latest->log(text);
+        loop.drain();
+    }
+
+    TestComputer computer;
+    Loop loop;
+    Notes notes;
+    FakeLine line{notes};
+    FakeAudio audio{notes};
+    FakeAgents agents{notes};
+    FakeArchive archive{notes};
+    AppSettings settings{computer.preferences};
+    std::shared_ptr<NativeCallSession> session =
+        std::make_shared<NativeCallSession>(SessionCollaborators{&line, &audio, &agents, &archive}, settings);
+};
+
+TEST_F(Session, placesACallFromWarmUpToTheRecord) {
+    session->number.set("5551234");
+    std::vector<std::string> states;
+    auto watch = session->state.observe([&](State next) { states.emplace_back(rawValue(next)); });
+    session->start("Book a table", true);
+    EXPECT_TRUE(session->running());
+    EXPECT_EQ(session->state(), State::idle); // the flow sets it, not the start
+    loop.advance(1100ms);
+    EXPECT_TRUE(logged("dialled 5551234"));
+    line.answered = true;
+    loop.advance(550ms); // seen answered at 1.3 s
+    EXPECT_EQ(std::count(notes.begin(), notes.end(), "greet"), 0);
+    loop.advance(50ms);
+    EXPECT_EQ(std::count(notes.begin(), notes.end(), "greet"), 1);
+
+    say({"agent: Hello", "agent:  there. ", "turn complete", "caller: A table", "caller:  please",
+         "agent: Sure", "stats: downlink frames=5 peak=6", "caller:  ", "turn complete"});
+    EXPECT_EQ(session->audioStats(), "downlink frames=5 peak=6");
+    const std::vector<std::string> transcript{"Agent: Hello there.", "Caller: A table please", "Agent: Sure"};
+    EXPECT_EQ(session->transcriptLines(), transcript);
+    say({"caller: By"});
+    EXPECT_EQ(session->liveTranscript().back(), "Caller: By");
+    EXPECT_EQ(session->transcriptLines(), transcript);
+
+    EXPECT_EQ(agents.latest->onToolCall("end_call", R"({"reason":"done"})"), R"({"status":"hanging_up"})");
+    EXPECT_EQ(agents.latest->onToolCall("other", "{}"), R"({"status":"unsupported"})");
+    loop.advance(2499ms);
+    EXPECT_EQ(std::count(notes.begin(), notes.end(), "hangup"), 0);
+    loop.advance(1ms);
+    EXPECT_TRUE(logged("agent requested hangup {\"reason\":\"done\"}") && logged("hung up"));
+    EXPECT_TRUE(session->running());
+    loop.advance(500ms);
+    EXPECT_FALSE(session->running());
+    EXPECT_TRUE(logged("call ended"));
+    EXPECT_EQ(states, (std::vector<std::string>{"dialing", "warming", "live", "ended"}));
+
+    ASSERT_EQ(archive.records.size(), 1u);
+    EXPECT_EQ(archive.records[0].number, "5551234");
+    EXPECT_EQ(archive.records[0].transcript,
+              "Agent: Hello there.\nCaller: A table please\nAgent: Sure\nCaller: By");
+    EXPECT_NEAR(archive.records[0].duration, 5.0, 0.7);
+    EXPECT_EQ(notes, (Notes{"save and enforce", "agent start", "dial 5551234", "greet", "hangup",
+                            "agent stop", "saved", "restore"}));
+    EXPECT_TRUE(logged("audio: restored your default devices"));
+    EXPECT_NE(readFile(AppPaths::logFile()).find("] session: dialled 5551234\n"), std::string::npos);
+    EXPECT_EQ(loop.clock.waiting(), 0u);
+}
+
+TEST_F(Session, theAgentIsMadeFromTheSettings) {
+    settings.monitorAgent.set(true);
+    settings.monitorDevice.set("Headphones");
+    settings.geminiVoice.set("Kore");
+    session->start("goal", false);
+    loop.drain();
+    EXPECT_EQ(agents.made.at(0),
+              (CallAgentOptions{VoiceProvider::gemini, "key", "goal", "Kore", "VeltoLoop 2ch",
+                                "VeltoVoice 2ch Feed", "Headphones", 24000}));
+    EXPECT_TRUE(logged("provider: Gemini Live · voice Kore"));
+    EXPECT_EQ(session->state(), State::warming);
+    session->start("again", true); // running: no effect
+    EXPECT_EQ(session->sessionNumber(), 1);
+    EXPECT_EQ(timesLogged("session 1 starting"), 1);
+}
+
+TEST_F(Session, picksTheProviderWhoseKeyIsThere) {
+    settings.provider.set("openai");
+    KeychainStore::set("  \t", SecretKey::openAIAPIKey);
+    session->start("", false);
+    loop.drain();
+    EXPECT_EQ(agents.made.back().provider, VoiceProvider::gemini);
+    session->stop();
+    KeychainStore::set("sk", SecretKey::openAIAPIKey);
+    session->start("", false);
+    loop.drain();
+    EXPECT_EQ(agents.made.back().provider, VoiceProvider::openai);
+    EXPECT_EQ(agents.made.back().voice, "alloy");
+    EXPECT_TRUE(logged("provider: OpenAI Realtime · voice alloy"));
+}
+
+TEST_F(Session, refusesWithoutKeyOrTrust) {
+    line.isTrusted = false;
+    session->start("", true);
+    EXPECT_TRUE(logged("Accessibility not granted"));
+    KeychainStore::set("\n", SecretKey::geminiAPIKey); // a line end is not a blank: still a key
+    session->start("", true);
+    EXPECT_EQ(timesLogged("Accessibility not granted"), 2);
+    KeychainStore::remove(SecretKey::geminiAPIKey);
+    session->start("", true);
+    EXPECT_TRUE(logged("no API key"));
+    EXPECT_EQ(session->state(), State::error);
+    EXPECT_FALSE(session->running());
+    EXPECT_EQ(session->sessionNumber(), 0);
+    EXPECT_TRUE(notes.empty() && archive.records.empty());
+}
+
+TEST_F(Session, routesTheDownlink) {
+    settings.routeSystemAudio.set(false);
+    session->start("", false);
+    EXPECT_TRUE(logged("downlink: 'VeltoLoop 2ch' (system routing not switched)"));
+    session->stop();
+
+    settings.useProcessTap.set(true);
+    settings.muteCallLocally.set(true);
+    session->start("", false);
+    loop.drain();
+    EXPECT_TRUE(logged("downlink: process tap on Phone.app ('VeltoTap')"));
+    EXPECT_EQ(agents.made.back().inputDevice, "VeltoTap");
+    session->stop();
+    EXPECT_EQ(notes.at(notes.size() - 2), "tap destroyed");
+
+    settings.routeSystemAudio.set(true);
+    session->start("", false);
+    EXPECT_TRUE(logged("audio: Uplink routing (input only) · in='VeltoVoice 2ch Mic' (output untouched)"));
+    session->stop();
+
+    audio.tapSucceeds = false;
+    audio.devicesExist = false;
+    session->start("", false);
+    loop.drain();
+    EXPECT_TRUE(
+        logged("downlink: tap unavailable — grant “Screen & System Audio Recording”, quit & reopen Velto"));
+    EXPECT_TRUE(
+        logged("audio: Bridge devices not installed — install in Settings → Debug → Drivers · in='Mic' "
+               "out='Speaker'"));
+    EXPECT_EQ(agents.made.back().inputDevice, "VeltoLoop 2ch");
+    session->stop();
+
+    audio.supportsTaps = false;
+    const auto before = session->log().size();
+    session->start("", false);
+    EXPECT_EQ(session->log().size(), before + 2); // "starting" and one routing line
+    settings.restoreDevices.set(false);
+    const auto restores = std::count(notes.begin(), notes.end(), "restore");
+    session->stop();
+    EXPECT_EQ(std::count(notes.begin(), notes.end(), "restore"), restores);
+}
+
+TEST_F(Session, waitsNinetySecondsForTheLine) {
+    session->start("", false);
+    loop.advance(200ms + 300 * 300ms);
+    EXPECT_TRUE(session->running());
+    loop.advance(300ms);
+    EXPECT_TRUE(logged("no call connected; stopping"));
+    EXPECT_EQ(session->state(), State::ended);
+    EXPECT_EQ(archive.records.size(), 1u);
+}
+
+TEST_F(Session, greetsAfterFifteenSecondsWithoutAnAnswer) {
+    line.active = true;
+    session->start("", false);
+    loop.advance(200ms + 50 * 300ms);
+    EXPECT_EQ(timesLogged("waiting for answer… phone shows: Mobile | Calling…"), 5);
+    EXPECT_EQ(session->state(), State::warming);
+    loop.advance(300ms);
+    EXPECT_TRUE(logged("answer not detected; greeting anyway") && logged("call answered — greeting"));
+    EXPECT_EQ(session->state(), State::live);
+    loop.advance(400ms);
+    EXPECT_EQ(notes.back(), "greet");
+    line.active = false; // it was up when the session started
+    loop.advance(500ms);
+    EXPECT_TRUE(logged("call ended"));
+}
+
+TEST_F(Session, aFailedDialEndsWhenTheAgentIsDone) {
+    line.dialSucceeds = false;
+    agents.startTime = 5s;
+    session->number.set("1");
+    session->start("", true);
+    loop.advance(4900ms);
+    EXPECT_TRUE(logged("dial failed (no line)") && session->running());
+    loop.advance(200ms);
+    EXPECT_EQ(session->state(), State::ended);
+    ASSERT_EQ(archive.records.size(), 1u);
+    EXPECT_EQ(archive.records[0].transcript, "");
+    EXPECT_NEAR(archive.records[0].duration, 5, 0.3);
+}
+
+TEST_F(Session, anAgentThatFailsLeavesTheCallUp) {
+    agents.failure = "no route to host";
+    session->number.set("1");
+    session->start("", true);
+    loop.advance(500ms);
+    EXPECT_TRUE(logged("agent error: no route to host"));
+    EXPECT_EQ(session->state(), State::error);
+    EXPECT_TRUE(session->running());
+    loop.advance(600ms);
+    EXPECT_EQ(session->state(), State::warming);
+}
+
+TEST_F(Session, stopEndsAtOnceAndOnlyOnce) {
+    line.active = true;
+    session->start("", false);
+    loop.advance(3s);
+    session->stop();
+    EXPECT_EQ(session->state(), State::ended);
+    session->stop();
+    const auto lines = session->log().size();
+    loop.advance(120s);
+    EXPECT_EQ(archive.records.size(), 1u);
+    EXPECT_EQ(session->log().size(), lines + 1); // the agent's final statistics
+    EXPECT_EQ(std::count(notes.begin(), notes.end(), "agent stop"), 1);
+}
+
+TEST_F(Session, whatComesLateFromAnEarlierCallDoesNothing) {
+    goLive();
+    const auto earlier = agents.latest;
+    earlier->onToolCall("end_call", "{}");
+    loop.drain();
+    session->stop();
+    line.active = false;
+    goLive();
+    earlier->log("caller: from the past");
+    earlier->onToolCall("end_call", "{}");
+    loop.advance(10s);
+    EXPECT_EQ(std::count(notes.begin(), notes.end(), "hangup"), 0);
+    EXPECT_TRUE(session->liveTranscript().empty());
+    session->finish(1);
+    EXPECT_TRUE(session->running());
+
+    auto weak = std::weak_ptr(session);
+    session.reset();
+    EXPECT_TRUE(weak.expired());
+    EXPECT_EQ(agents.latest->onToolCall("end_call", "{}"), R"({"status":"error"})");
+    agents.latest->log("into nothing");
+    loop.advance(10s);
+}
+
+TEST_F(Session, aHangUpThatFailsIsSaidAndTheCallGoesOn) {
+    goLive();
+    line.hangupSucceeds = false;
+    agents.latest->onToolCall("end_call", "{}");
+    agents.latest->onToolCall("end_call", "{}");
+    loop.advance(3s);
+    EXPECT_EQ(timesLogged("hangup did not complete"), 2);
+    EXPECT_EQ(session->state(), State::live);
+}
+
+TEST_F(Session, recordsWhenAsked) {
+    settings.recordCalls.set(true);
+    goLive();
+    EXPECT_TRUE(audio.recordedFile.filename().string().starts_with("call-2026111"));
+    EXPECT_TRUE(logged("recording → " + audio.recordedFile.filename().string()));
+    session->stop();
+    EXPECT_EQ(archive.records.at(0).recordingPath, audio.recordedFile.string());
+    const Notes tail(notes.end() - 4, notes.end());
+    EXPECT_EQ(tail, (Notes{"agent stop", "recorder stopped", "saved", "restore"}));
+
+    audio.recorderSucceeds = false;
+    line.active = false;
+    goLive();
+    EXPECT_TRUE(logged("recording unavailable (capture device missing)"));
+    session->stop();
+    EXPECT_EQ(archive.records.at(0).recordingPath, std::nullopt);
+}
+
+TEST_F(Session, aSoundServerThatReturnsIsRoutedAgain) {
+    goLive();
+    audio.devicesExist = false;
+    audio.returned();
+    loop.advance(500ms);
+    audio.devicesExist = true;
+    loop.advance(200ms);
+    EXPECT_EQ(timesLogged("audio: Bridge routing OK · in='VeltoVoice 2ch Mic' out='VeltoLoop 2ch'"), 2);
+    EXPECT_TRUE(session->running());
+    session->stop();
+    EXPECT_FALSE(audio.returned);
+}
+
+TEST_F(Session, keepsTheNewestFourHundredLines) {
+    goLive();
+    for (int i = 0; i < 450; ++i)
+        agents.latest->log("line " + std::to_string(i));
+    loop.drain();
+    EXPECT_EQ(session->log().size(), 400u);
+    EXPECT_EQ(session->log().back(), "line 449");
+    EXPECT_NE(readFile(AppPaths::logFile()).find("session: line 0\n"), std::string::npos);
+}
+
+} // namespace
+} // namespace velto::test

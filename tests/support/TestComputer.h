@@ -1,0 +1,47 @@
+// A simulated computer in a folder of its own, installed as the platform for the length of a test.
+#pragma once
+
+#include "VeltoPlatform/simulated/SimulatedAudio.h"
+#include "VeltoPlatform/simulated/SimulatedDesktop.h"
+#include "VeltoPlatform/simulated/SimulatedStores.h"
+
+#include <filesystem>
+#include <string>
+
+namespace velto::test {
+
+/// A fresh folder below the system's temporary folder, removed at the end.
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    const std::filesystem::path& path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+class TestComputer {
+  public:
+    TestComputer();
+    ~TestComputer();
+
+    const std::filesystem::path& root() const { return folder_.path(); }
+
+  private:
+    TemporaryFolder folder_;
+
+  public:
+    SimulatedFolders folders{folder_.path()};
+    SimulatedPreferences preferences;
+    SimulatedSecretStore secrets;
+    SimulatedAudio audio;
+    SimulatedDesktop desktop;
+};
+
+/// Empty when it cannot be read.
+std::string readFile(const std::filesystem::path& file);
+
+} // namespace velto::test
