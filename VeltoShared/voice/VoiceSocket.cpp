@@ -85,6 +85,7 @@ struct VoiceSocket::Impl {
     Stage stage = Stage::idle;
     bool isClosed = false; ///< by us
     bool isCut = false;
+    bool hasCloseFrame = false;
     bool isWriting = false;
     std::list<Waiter*> waiters;
 };
@@ -174,7 +175,7 @@ Failure VoiceSocket::Impl::receiveFailure(const error_code& error) {
                                 std::to_string(static_cast<unsigned>(reason.code)) +
                                 (text.empty() ? std::string() : ": " + text));
     }
-    if (error == websocket::error::closed)
+    if (hasCloseFrame)
         return transportFailure(host() + " closed the connection without a code");
     if (error == websocket::error::message_too_big || error == websocket::error::buffer_overflow)
         return transportFailure(host() + " sent a message of more than " + std::to_string(limits.message) +
@@ -254,6 +255,10 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     stream.set_option(websocket::stream_base::timeout{
         std::chrono::duration_cast<websocket::stream_base::duration>(impl_->limits.closing),
         websocket::stream_base::none(), false});
+    // After a close frame the read may end with whatever the server's way of ending TLS gives.
+    stream.control_callback([impl = impl_.get()](websocket::frame_type kind, beast::string_view) {
+        impl->hasCloseFrame |= kind == websocket::frame_type::close;
+    });
     stream.text(true);
     co_return Result<>();
 }
