@@ -221,6 +221,8 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     auto& tls = stream.next_layer();
     error_code error;
     impl_->socket().set_option(tcp::no_delay(true), error);
+    // Asio has OpenSSL free its record buffers whenever they are empty: one allocation for every message.
+    SSL_clear_mode(tls.native_handle(), SSL_MODE_RELEASE_BUFFERS);
     if (!TlsTrust::expectHost(tls.native_handle(), *impl_->address))
         co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
     co_await tls.async_handshake(asio::ssl::stream_base::client,
