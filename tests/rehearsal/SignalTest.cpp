@@ -1,0 +1,202 @@
+// Marks survive what a call does to sound, and nothing else is taken for one.
+#include "rehearsal/signal/ActivityDetector.h"
+#include "rehearsal/signal/Dtmf.h"
+#include "rehearsal/signal/LineVoice.h"
+#include "rehearsal/signal/MarkListener.h"
+#include "rehearsal/signal/Resampler.h"
+#include "rehearsal/signal/Speech.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace velto::rehearsal {
+namespace {
+
+constexpr double kRate = 16000;
+const std::string kText = "I would like to book a table for two people on Friday evening, please.";
+
+std::vector<Mark> heardIn(const Samples& samples, std::size_t chunk = 160) {
+    std::vector<Mark> marks;
+    MarkListener listener(kRate, [&](const Mark& mark) { marks.push_back(mark); });
+    Samples padded = samples;
+    appendSilence(padded, Milliseconds(100), kRate);
+    for (std::size_t at = 0; at < padded.size(); at += chunk)
+        listener.feed(std::span(padded).subspan(at, std::min(chunk, padded.size() - at)));
+    return marks;
+}
+
+std::string symbolsIn(const Samples& samples) {
+    std::string symbols;
+    DtmfDecoder decoder(kRate, [&](const HeardSymbol& heard) { symbols += heard.symbol; });
+    decoder.feed(samples);
+    return symbols;
+}
+
+/// What an automatic gain does that starts at 32, clips hard and moves 40 % of the way each 10 ms.
+Samples throughGainControl(Samples samples, double gain = 32) {
+    for (std::size_t at = 0; at + 160 <= samples.size(); at += 160) {
+        const auto chunk = std::span(samples).subspan(at, 160);
+        if (const auto level = loudness(chunk); level > 0.0015)
+            gain = 0.6 * gain + 0.4 * std::clamp(0.15 / level, 1.0, 80.0);
+        scale(chunk, gain);
+    }
+    return samples;
+}
+
+const std::vector<Mark> kBothMarks{{42, Mark::Place::begin}, {42, Mark::Place::end}};
+
+TEST(Marks, EveryNumberHasADifferentCodeThatReadsBackAndWrongOnesAreRefused) {
+    std::set<std::string> codes;
+    for (int number = 0; number < Mark::numbers; ++number)
+        for (const auto place : {Mark::Place::begin, Mark::Place::end}) {
+            const Mark mark{number, place};
+            const auto code = mark.symbols();
+            codes.insert(code);
+            EXPECT_EQ(Mark::parse(code), mark);
+            for (std::size_t i = 1; i < code.size(); ++i)
+                for (char digit = '0'; digit <= '9'; ++digit)
+                    if (auto wrong = code; digit != code[i]) {
+                        wrong[i] = digit;
+                        EXPECT_FALSE(Mark::parse(wrong)) << wrong;
+                    }
+        }
+    EXPECT_EQ(codes.size(), 200U);
+    for (const auto* text : {"", "A12", "A12#", "C123", "A1234"})
+        EXPECT_FALSE(Mark::parse(text)) << text;
+}
+
+TEST(Marks, AllSixteenSymbolsAreDecodedAtEveryLevelAndClippedSquare) {
+    Samples clean;
+    Dtmf::append(clean, Dtmf::symbols, kRate);
+    appendSilence(clean, Milliseconds(60), kRate);
+    for (const double factor : {0.01, 0.1, 1.0, 4.0, 32.0, 80.0}) {
+        auto samples = clean;
+        scale(samples, factor);
+        EXPECT_EQ(symbolsIn(samples), Dtmf::symbols) << factor;
+    }
+    // Two octaves of rates: what a sound server resamples.
+    EXPECT_EQ(symbolsIn(resampled(resampled(clean, kRate, 48000), 48000, kRate)), Dtmf::symbols);
+}
+
+TEST(Marks, AWholeLineIsHeardThroughTheGainControlAtAnyLevelAndChunking) {
+    for (const double level : {0.02, 0.3, 1.0})
+        for (const std::size_t chunk : {1UL, 97UL, 160UL, 4096UL}) {
+            const auto line = speakLine(42, kText, "en-us", kRate, level).samples;
+            EXPECT_EQ(heardIn(line, chunk), kBothMarks) << level << ' ' << chunk;
+            EXPECT_EQ(heardIn(throughGainControl(line), chunk), kBothMarks) << level << ' ' << chunk;
+        }
+}
+
+TEST(Marks, NoiseIsToleratedAndACutMarkIsNoMark) {
+    std::mt19937 random(7);
+    std::normal_distribution<double> noise(0, 400);
+    auto line = speakLine(42, kText, "en-us", kRate).samples;
+    for (auto& sample : line)
+        sample = static_cast<std::int16_t>(std::clamp(sample + noise(random), -32768.0, 32767.0));
+    EXPECT_EQ(heardIn(line), kBothMarks);
+
+    Samples mark;
+    Dtmf::append(mark, Mark{42, Mark::Place::begin}.symbols(), kRate);
+    const auto symbol = mark.size() / 4;
+    const auto at = [&](std::size_t index) { return mark.begin() + static_cast<std::ptrdiff_t>(index); };
+    EXPECT_TRUE(heardIn(Samples(at(0), at(3 * symbol + symbol / 8))).empty()) << "its end cut off";
+    EXPECT_TRUE(heardIn(Samples(at(symbol), mark.end())).empty()) << "its begin cut off";
+    auto hole = mark;
+    std::fill_n(hole.begin() + static_cast<std::ptrdiff_t>(symbol), symbol, std::int16_t{0});
+    EXPECT_TRUE(heardIn(hole).empty()) << "a symbol lost";
+}
+
+TEST(Marks, SpeechTonesAndNoiseAreNotTakenForSymbols) {
+    std::mt19937 random(11);
+    std::uniform_int_distribution<int> noise(-20000, 20000);
+    Samples samples(16000 * 5);
+    for (auto& sample : samples)
+        sample = static_cast<std::int16_t>(noise(random));
+    EXPECT_EQ(symbolsIn(samples), "");
+    for (const double hz : {480.0, 697.0, 941.0, 1000.0, 1209.0, 1633.0}) {
+        Samples tone;
+        appendTones(tone, std::array{hz}, 12000, Milliseconds(500), kRate);
+        EXPECT_EQ(symbolsIn(tone), "") << hz;
+        EXPECT_EQ(symbolsIn(throughGainControl(tone)), "") << hz;
+    }
+    if (!speech("yes", "en-us", kRate))
+        GTEST_SKIP() << "no speech synthesiser";
+    for (const auto* voice : {"en-us", "en-gb", "en-us+f3", "en-gb+m7", "de", "fr+f2"})
+        for (const double gain : {1.0, 32.0}) {
+            Samples talk =
+                *speech("One two three four five six seven eight nine ten. " + kText +
+                            " Ooh, aah, eee. Hello? Who is calling, and what about? Nine, eight, "
+                            "seven, six, five, four, three, two, one. You owe me a yo-yo. Murmuring "
+                            "murmurs, woolly wool, lee-way, yellow lily, mama, Malaya, oh no no no.",
+                        voice, kRate);
+            talk = throughGainControl(talk, gain);
+            EXPECT_TRUE(heardIn(talk).empty()) << voice;
+            EXPECT_LE(symbolsIn(talk).size(), 1U) << voice << ' ' << symbolsIn(talk);
+        }
+}
+
+TEST(Speech, WavStreamsAreReadAndBrokenOnesRefused) {
+    const std::string format{"fmt \x10\0\0\0\1\0\1\0\x22\x56\0\0\x44\xac\0\0\2\0\x10\0", 24};
+    const std::string data{"data\xff\xff\xff\x7f\1\0\2\0", 12};
+    const std::string head{"RIFF\xff\xff\xff\x7fWAVE", 12};
+    const auto recording = parseWav(head + format + data);
+    ASSERT_TRUE(recording);
+    EXPECT_EQ(recording->rate, 22050);
+    EXPECT_EQ(recording->samples, (Samples{1, 2}));
+    for (const auto& broken : {std::string(), head, head + format, head + data, head + format.substr(0, 20),
+                               std::string("RIFX") + head.substr(4) + format + data})
+        EXPECT_FALSE(parseWav(broken));
+}
+
+TEST(Speech, ALineHasNoPauseThatEndsATurnAndStartsAndEndsWithSound) {
+    const auto line =
+        speakLine(7, "First. Second, after a full stop. Third; and more... Fourth!", "en-us", kRate);
+    ActivityDetector detector({.rate = kRate, .hangover = Milliseconds(350)});
+    auto samples = line.samples;
+    appendSilence(samples, Milliseconds(600), kRate);
+    const auto changes = detector.feed(samples);
+    ASSERT_EQ(changes.size(), 2U) << "one start, one end";
+    EXPECT_LE(changes[0].frame, frameCount(Milliseconds(20), kRate));
+    EXPECT_NEAR(static_cast<double>(changes[1].frame), static_cast<double>(line.samples.size()),
+                static_cast<double>(frameCount(Milliseconds(80), kRate)));
+}
+
+TEST(Activity, ShortNoisesDoNotStartItAndShortPausesDoNotEndIt) {
+    const auto changesOf = [](std::initializer_list<std::pair<bool, int>> parts) {
+        Samples samples;
+        for (const auto& [loud, ms] : parts)
+            loud ? appendTones(samples, std::array{300.0}, 3000, Milliseconds(ms), kRate)
+                 : appendSilence(samples, Milliseconds(ms), kRate);
+        ActivityDetector detector({});
+        std::vector<std::pair<bool, std::uint64_t>> changes;
+        for (std::size_t at = 0; at < samples.size(); at += 77)
+            for (const auto& change : detector.feed(
+                     std::span(samples).subspan(at, std::min<std::size_t>(77, samples.size() - at))))
+                changes.emplace_back(change.active, change.frame);
+        return changes;
+    };
+    using Changes = std::vector<std::pair<bool, std::uint64_t>>;
+    EXPECT_EQ(changesOf({{false, 100}, {true, 40}, {false, 600}}), Changes{});
+    EXPECT_EQ(changesOf({{false, 100}, {true, 200}, {false, 490}, {true, 200}, {false, 490}}),
+              (Changes{{true, 1600}}));
+    EXPECT_EQ(changesOf({{true, 200}, {false, 600}, {true, 200}}),
+              (Changes{{true, 0}, {false, 3200}, {true, 12800}}));
+}
+
+TEST(Resampler, KeepsToneAndLevelAndRemovesWhatTheLowerRateCannotHold) {
+    Samples tone;
+    appendTones(tone, std::array{1000.0}, 10000, Milliseconds(500), 22050);
+    const auto up = resampled(tone, 22050, 24000);
+    EXPECT_EQ(up.size(), tone.size() * 24000 / 22050);
+    EXPECT_NEAR(loudness(up), loudness(tone), 0.002);
+    Samples high;
+    appendTones(high, std::array{9000.0}, 10000, Milliseconds(500), 24000);
+    EXPECT_LT(loudness(resampled(high, 24000, 16000)), 0.01);
+    EXPECT_TRUE(resampled({}, 24000, 16000).empty());
+}
+
+} // namespace
+} // namespace velto::rehearsal
