@@ -12,7 +12,9 @@ target_include_directories(velto_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # Asio and Beast are compiled once; users see declarations only.
 add_library(velto_boost STATIC ${PROJECT_SOURCE_DIR}/cmake/BoostImplementation.cpp)
 target_compile_definitions(velto_boost PUBLIC
-  BOOST_ASIO_SEPARATE_COMPILATION BOOST_ASIO_NO_DEPRECATED BOOST_BEAST_SEPARATE_COMPILATION)
+  BOOST_ASIO_SEPARATE_COMPILATION BOOST_ASIO_NO_DEPRECATED BOOST_BEAST_SEPARATE_COMPILATION
+  # Blocks that Asio keeps per thread and purpose: as many as coroutines are nested on the way of a chunk.
+  BOOST_ASIO_RECYCLING_ALLOCATOR_CACHE_SIZE=8)
 target_link_libraries(velto_boost PUBLIC Boost::headers Boost::json OpenSSL::SSL Threads::Threads)
 
 # One precompiled header for every target: coroutines and the standard containers are what costs.
