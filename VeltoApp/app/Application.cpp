@@ -29,8 +29,7 @@ void applicationDidFinishLaunching() {
     startControlServer();
 }
 
-int runHeadless(const Platform& platform, const std::function<void()>& prepare) {
-    installPlatform(platform);
+int runHeadless(const std::function<void()>& prepare) {
     asio::io_context main{1};
     const auto guard = asio::make_work_guard(main);
     MainThread::install(main.get_executor());

@@ -1,8 +1,6 @@
 // The application's life: what runs once the program has started.
 #pragma once
 
-#include "VeltoPlatform/Platform.h"
-
 #include <functional>
 
 namespace velto {
@@ -13,9 +11,9 @@ namespace velto {
 void applicationDidFinishLaunching();
 
 /// Runs the application without windows on the calling thread, which becomes the main thread, until the
-/// process is ended: installs `platform`, starts the background thread, calls `prepare` (may be empty) on the
-/// main thread, then the launch sequence. There is no shutdown handling: what a quit interrupts is repaired
-/// at the next launch.
-int runHeadless(const Platform& platform, const std::function<void()>& prepare = {});
+/// process is ended. The platform is installed. Starts the background thread, calls `prepare` (may be empty)
+/// on the main thread, then the launch sequence. There is no shutdown handling: what a quit interrupts is
+/// repaired at the next launch.
+int runHeadless(const std::function<void()>& prepare = {});
 
 } // namespace velto

@@ -1,0 +1,30 @@
+#include "VeltoPlatform/linux/LinuxPlatform.h"
+
+#include "VeltoPlatform/linux/PulseServer.h"
+
+namespace velto {
+
+LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report,
+                             const std::function<void(Platform&)>& replace)
+    : folders_(std::move(executable)), preferences_(LinuxFolders::config() / bundleID / "preferences.json", report) {
+    Platform parts;
+    parts.folders = &folders_;
+    parts.preferences = &preferences_;
+    parts.accessibility = &desktop_;
+    parts.workspace = &desktop_;
+    parts.secretStore = &desktop_;
+    installPlatform(parts);
+
+    const auto server = std::make_shared<PulseServer>(report);
+    hardware_ = std::make_unique<PulseHardware>(server);
+    units_ = std::make_unique<PulseUnits>(server);
+    parts.audioHardware = hardware_.get();
+    parts.outputUnits = units_.get();
+    if (replace)
+        replace(parts);
+    installPlatform(parts);
+}
+
+LinuxPlatform::~LinuxPlatform() { installPlatform({}); }
+
+} // namespace velto

@@ -1,0 +1,40 @@
+// This operating system, whole: what a program's composition root builds and keeps.
+#pragma once
+
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/AbsentDesktop.h"
+#include "VeltoPlatform/linux/LinuxFolders.h"
+#include "VeltoPlatform/linux/LinuxPreferences.h"
+#include "VeltoPlatform/linux/PulseHardware.h"
+#include "VeltoPlatform/linux/PulseUnits.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace velto {
+
+/// Installs itself as the process's platform, folders and preferences before sound, so that `report` may write
+/// the log from the first moment. `report` gets one finished line a trouble, on any thread.
+class LinuxPlatform {
+  public:
+    using Report = std::function<void(const std::string&)>;
+
+    /// `executable`: the first command-line argument. `bundleID` names the folder of the preferences file.
+    /// `replace` may put other implementations in place before the platform is installed.
+    LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report,
+                  const std::function<void(Platform&)>& replace = {});
+    ~LinuxPlatform();
+    LinuxPlatform(const LinuxPlatform&) = delete;
+    LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+  private:
+    LinuxFolders folders_;
+    LinuxPreferences preferences_;
+    AbsentDesktop desktop_;
+    std::unique_ptr<PulseHardware> hardware_;
+    std::unique_ptr<PulseUnits> units_;
+};
+
+} // namespace velto

@@ -1,0 +1,36 @@
+// A message that is the same for every chunk of audio except for the base64 in its middle.
+#pragma once
+
+#include "VeltoShared/voice/Base64.h"
+
+#include <cstddef>
+#include <cstring>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace velto {
+
+/// Fixed prefix, base64 written in place, fixed suffix, in one buffer that only grows.
+class AudioMessage {
+  public:
+    AudioMessage(std::string_view prefix, std::string_view suffix)
+        : buffer_(prefix), prefix_(prefix.size()), suffix_(suffix) {}
+
+    /// Valid until the next call.
+    std::string_view build(std::span<const std::byte> pcm) {
+        const std::size_t size = prefix_ + Base64::encodedSize(pcm.size()) + suffix_.size();
+        if (buffer_.size() < size)
+            buffer_.resize(size);
+        char* const data = buffer_.data() + prefix_;
+        std::memcpy(data + Base64::encode(pcm, data), suffix_.data(), suffix_.size());
+        return std::string_view(buffer_).substr(0, size);
+    }
+
+  private:
+    std::string buffer_;
+    std::size_t prefix_;
+    std::string_view suffix_; ///< a literal
+};
+
+} // namespace velto

@@ -1,0 +1,201 @@
+// Connecting, sending, receiving and closing, for every provider alike.
+#include "VeltoShared/voice/VoiceClient.h"
+
+#include "VeltoShared/core/Executors.h"
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
+
+#include <atomic>
+
+namespace velto {
+namespace {
+
+constexpr std::size_t kWaitingAudio = 8;
+
+/// Runs a coroutine on `Background` and resumes where it was awaited.
+template <class T>
+asio::awaitable<T> onBackground(asio::awaitable<T> task) {
+    const asio::any_io_executor here = co_await asio::this_coro::executor;
+    const asio::any_io_executor there = Background::executor();
+    if (here == there)
+        co_return co_await std::move(task);
+    co_return co_await asio::co_spawn(there, std::move(task), asio::use_awaitable);
+}
+
+std::string withoutSecret(std::string text, const std::string& secret) {
+    constexpr std::string_view kBlot = "(key)";
+    if (secret.empty())
+        return text;
+    for (auto at = text.find(secret); at != std::string::npos; at = text.find(secret, at + kBlot.size()))
+        text.replace(at, secret.size(), kBlot);
+    return text;
+}
+
+} // namespace
+
+/// All but `events` and `isReady` belongs to `Background`.
+struct VoiceClient::State {
+    State(std::unique_ptr<ProviderMessages> theirs, std::string hidden, VoiceSocket::Limits limited)
+        : messages(std::move(theirs)), secret(std::move(hidden)), limits(limited) {}
+
+    static asio::awaitable<Result<>> connect(std::shared_ptr<State> state);
+    asio::awaitable<Result<>> openAndConfigure(VoiceSocket& fresh);
+    static asio::awaitable<void> receive(std::weak_ptr<State> weak, std::shared_ptr<VoiceSocket> socket);
+    static asio::awaitable<void> sendAudio(std::shared_ptr<State> state, std::span<const std::byte> pcm);
+    static asio::awaitable<void> sendAll(std::shared_ptr<State> state, std::vector<std::string> texts);
+    static asio::awaitable<void> close(std::shared_ptr<State> state);
+    void abandon();
+    void deliver(std::span<VoiceEvent> received);
+    Failure described(Failure failure) const {
+        failure.description = withoutSecret(std::move(failure.description), secret);
+        return failure;
+    }
+
+    const std::unique_ptr<ProviderMessages> messages;
+    const std::string secret;
+    const VoiceSocket::Limits limits;
+    VoiceEvents events{kVoiceEventCapacity};
+    std::atomic<bool> isReady = false;
+    std::shared_ptr<VoiceSocket> socket;
+    std::vector<std::shared_ptr<VoiceSocket>> replaced; ///< by a second `connect`; they go on delivering
+    bool isClosed = false;
+};
+
+asio::awaitable<Result<>> VoiceClient::State::connect(std::shared_ptr<State> state) {
+    if (state->isClosed)
+        co_return Failure{kErrorNotConnected, "the session was closed"};
+    const auto executor = Background::executor();
+    const auto socket = VoiceSocket::make(executor, state->messages->request(), state->limits);
+    if (state->socket)
+        state->replaced.push_back(std::move(state->socket));
+    state->socket = socket;
+    Result<> connected;
+    try {
+        connected = co_await state->openAndConfigure(*socket);
+    } catch (const boost::system::system_error&) {
+        socket->abort();
+        connected = Failure{kErrorNotConnected, "connecting was cancelled"};
+    }
+    if (!connected)
+        co_return state->described(connected.error());
+    asio::co_spawn(executor, receive(state, socket), asio::detached);
+    co_return connected;
+}
+
+asio::awaitable<Result<>> VoiceClient::State::openAndConfigure(VoiceSocket& fresh) {
+    auto done = co_await fresh.open();
+    if (done)
+        done = co_await fresh.send(messages->configuration());
+    co_return done;
+}
+
+asio::awaitable<void> VoiceClient::State::receive(std::weak_ptr<State> weak,
+                                                  std::shared_ptr<VoiceSocket> socket) {
+    for (;;) {
+        const auto message = co_await socket->receive();
+        const auto state = weak.lock();
+        if (!state || socket->isClosed())
+            co_return;
+        if (!message) {
+            auto failure = state->described(message.error());
+            state->events.push(event::Closed{std::move(failure.description)});
+            co_return;
+        }
+        state->deliver(state->messages->handle(*message));
+    }
+}
+
+void VoiceClient::State::deliver(std::span<VoiceEvent> received) {
+    for (auto& each : received) {
+        if (std::holds_alternative<event::SetupComplete>(each))
+            isReady = true;
+        events.push(std::move(each));
+    }
+}
+
+asio::awaitable<void> VoiceClient::State::sendAudio(std::shared_ptr<State> state,
+                                                    std::span<const std::byte> pcm) {
+    const auto socket = state->socket;
+    if (!socket)
+        co_return;
+    // The message is built with the turn in hand, because its buffer is the one that is being written.
+    if (auto mine = socket->tryTurn()) {
+        co_await socket->write(state->messages->audio(pcm));
+        co_return;
+    }
+    const auto mine = co_await socket->turn(kWaitingAudio);
+    if (mine)
+        co_await socket->write(state->messages->audio(pcm));
+}
+
+asio::awaitable<void> VoiceClient::State::sendAll(std::shared_ptr<State> state,
+                                                  std::vector<std::string> texts) {
+    for (auto& text : texts)
+        if (const auto socket = state->socket)
+            co_await socket->send(std::move(text));
+}
+
+asio::awaitable<void> VoiceClient::State::close(std::shared_ptr<State> state) {
+    state->isClosed = true;
+    if (const auto socket = std::move(state->socket))
+        socket->close();
+    state->socket.reset();
+    for (const auto& socket : std::exchange(state->replaced, {}))
+        socket->abort();
+    state->events.push(event::Closed{"client closed"});
+    state->events.finish();
+    co_return;
+}
+
+void VoiceClient::State::abandon() {
+    isClosed = true;
+    if (const auto gone = std::move(socket))
+        gone->abort();
+    socket.reset();
+    for (const auto& gone : std::exchange(replaced, {}))
+        gone->abort();
+}
+
+VoiceClient::VoiceClient(std::unique_ptr<ProviderMessages> messages, std::string secret,
+                         VoiceSocket::Limits limits)
+    : state_(std::make_shared<State>(std::move(messages), std::move(secret), limits)) {}
+
+VoiceClient::~VoiceClient() {
+    // Without a background thread no connection is left either.
+    if (const auto background = Background::executor())
+        asio::post(background, [state = std::move(state_)] { state->abandon(); });
+}
+
+VoiceEvents& VoiceClient::events() {
+    return state_->events;
+}
+
+bool VoiceClient::isReady() const {
+    return state_->isReady;
+}
+
+asio::awaitable<Result<>> VoiceClient::connect() {
+    return onBackground(State::connect(state_));
+}
+
+asio::awaitable<void> VoiceClient::sendAudio(std::span<const std::byte> pcm) {
+    return onBackground(State::sendAudio(state_, pcm));
+}
+
+asio::awaitable<void> VoiceClient::sendClientText(std::string text) {
+    return onBackground(State::sendAll(state_, state_->messages->clientText(text)));
+}
+
+asio::awaitable<void> VoiceClient::sendToolResponse(std::string id, std::string name,
+                                                    std::string resultJSON) {
+    return onBackground(State::sendAll(state_, state_->messages->toolResponse(id, name, resultJSON)));
+}
+
+asio::awaitable<void> VoiceClient::close() {
+    return onBackground(State::close(state_));
+}
+
+} // namespace velto

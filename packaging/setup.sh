@@ -1,0 +1,48 @@
+# Shell functions shared by ./run, ./test and ./measure: packages and builds. To be sourced from the top folder.
+
+# ensure_packages [bench]: installs what packaging/packages.txt names and this machine lacks.
+ensure_packages() {
+  local wanted missing=() package
+  if [ "${1:-}" = bench ]; then
+    wanted=$(sed -e 's/#.*//' -e 's/\[bench\]//' packaging/packages.txt)
+  else
+    wanted=$(sed -e 's/#.*//' -e '/\[bench\]/d' packaging/packages.txt)
+  fi
+  for package in $wanted; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "Missing packages, and no right to install them. As root: apt-get install ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "Installing: ${missing[*]}" >&2
+  local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}")
+  # The package lists may be missing or old on a fresh machine: refresh them when the first try fails.
+  "${install[@]}" >/dev/null 2>&1 && return 0
+  "${as_root[@]}" apt-get update -q >&2 && "${install[@]}" >&2
+}
+
+# build PRESET [TARGET …]: configures and builds; sets build_folder.
+build() {
+  local preset=$1
+  shift
+  build_folder=$PWD/build/$preset
+  if ! mkdir -p "$build_folder" 2>/dev/null || [ ! -w "$build_folder" ] ||
+     { [ -e "$build_folder/build.ninja" ] && [ ! -w "$build_folder/build.ninja" ]; }; then
+    # Somebody else's checkout: build it in a place of our own.
+    build_folder=${XDG_CACHE_HOME:-$HOME/.cache}/velto/$(printf %s "$PWD" | cksum | cut -d' ' -f1)/$preset
+    mkdir -p "$build_folder"
+  fi
+  if [ ! -e "$build_folder/build.ninja" ]; then
+    cmake --preset "$preset" -B "$build_folder" >"$build_folder/configure.log" 2>&1 ||
+      { cat "$build_folder/configure.log" >&2; return 1; }
+  fi
+  local targets=()
+  [ $# -eq 0 ] || targets=(--target "$@")
+  cmake --build "$build_folder" "${targets[@]}" >&2
+}

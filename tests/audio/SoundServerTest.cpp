@@ -1,0 +1,388 @@
+// The backend against a real sound server of its own.
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoPlatform/linux/PulseHardware.h"
+#include "VeltoPlatform/linux/PulseServer.h"
+#include "VeltoPlatform/linux/PulseUnits.h"
+#include "VeltoShared/audio/AudioCapture.h"
+#include "VeltoShared/audio/AudioDevices.h"
+#include "VeltoShared/audio/AudioPlayback.h"
+#include "VeltoShared/audio/AudioRouting.h"
+#include "rehearsal/PrivateSoundServer.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
+#include <pulse/introspect.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <condition_variable>
+#include <cstdlib>
+#include <numbers>
+#include <numeric>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using rehearsal::PrivateSoundServer;
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr double amplitude = 12000;
+constexpr auto patience = 20s;
+
+/// Waits on a condition that another thread makes true.
+class Monitor {
+  public:
+    template <class Change>
+    void change(Change&& apply) {
+        std::lock_guard guard(mutex_);
+        apply();
+        changed_.notify_all();
+    }
+    template <class Condition>
+    bool wait(Condition&& condition, std::chrono::milliseconds limit = patience) {
+        std::unique_lock guard(mutex_);
+        return changed_.wait_for(guard, limit, condition);
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+};
+
+std::vector<std::int16_t> tone(double sampleRate, double seconds) {
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(sampleRate * seconds));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = static_cast<std::int16_t>(std::lround(
+            amplitude * std::sin(2 * std::numbers::pi * 1000 * static_cast<double>(i) / sampleRate)));
+    return samples;
+}
+
+/// A capture that keeps the level of each 20 ms.
+class Ear {
+  public:
+    Ear(const std::string& device, double sampleRate) : block_(static_cast<std::size_t>(sampleRate / 50)) {
+        levels_.reserve(100'000);
+        capture_ = AudioCapture::open(device, sampleRate, 2,
+                                      [this](auto samples) { monitor_.change([&] { listen(samples); }); });
+        if (capture_)
+            capture_->start();
+    }
+
+    explicit operator bool() const { return capture_ != nullptr; }
+    void forget() {
+        monitor_.change([this] { levels_.clear(); });
+    }
+    bool hearsLoud(std::size_t blocks) {
+        return monitor_.wait([this, blocks] { return loudBlocks() >= blocks; });
+    }
+    /// Waits for a second's worth of loud blocks and answers the median of their levels; 0 when none come.
+    double loudness() {
+        if (!hearsLoud(50))
+            return 0;
+        std::vector<double> all;
+        monitor_.change([&] { std::ranges::copy_if(levels_, std::back_inserter(all), isLoud); });
+        std::ranges::nth_element(all, all.begin() + static_cast<std::ptrdiff_t>(all.size() / 2));
+        return all[all.size() / 2];
+    }
+    bool hearsAnything(std::chrono::milliseconds limit = patience) {
+        forget();
+        return monitor_.wait([this] { return !levels_.empty(); }, limit);
+    }
+    double seconds() {
+        double heard = 0;
+        monitor_.change([&] { heard = static_cast<double>(levels_.size()) / 50; });
+        return heard;
+    }
+
+  private:
+    static bool isLoud(double level) { return level > 1000; }
+    std::size_t loudBlocks() const {
+        return static_cast<std::size_t>(std::ranges::count_if(levels_, isLoud));
+    }
+    void listen(std::span<const std::int16_t> samples) {
+        for (const double sample : samples) {
+            energy_ += sample * sample;
+            if (++filled_ < block_)
+                continue;
+            if (levels_.size() < levels_.capacity())
+                levels_.push_back(std::sqrt(energy_ / static_cast<double>(block_)));
+            energy_ = 0;
+            filled_ = 0;
+        }
+    }
+
+    Monitor monitor_;
+    std::size_t block_;
+    std::size_t filled_ = 0;
+    double energy_ = 0;
+    std::vector<double> levels_;
+    std::unique_ptr<AudioCapture> capture_;
+};
+
+class SoundServer : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        auto started = PrivateSoundServer::start(folder_.path());
+        ASSERT_TRUE(started) << started.error().description;
+        server = std::move(*started);
+        for (const auto& [name, value] : server->clientEnvironment())
+            ::setenv(name.c_str(), value.c_str(), 1);
+        const auto log = [this](const std::string& line) { logged.change([&] { lines.push_back(line); }); };
+        connection = std::make_shared<PulseServer>(log, server->address());
+        hardware = std::make_unique<PulseHardware>(connection);
+        units = std::make_unique<PulseUnits>(connection);
+        Platform all;
+        all.audioHardware = hardware.get();
+        all.outputUnits = units.get();
+        installPlatform(all);
+    }
+    void TearDown() override { installPlatform({}); }
+
+    bool waitForLine(std::string_view part, std::chrono::milliseconds limit = patience) {
+        return logged.wait(
+            [&] {
+                return std::ranges::any_of(
+                    lines, [&](const std::string& line) { return line.find(part) != std::string::npos; });
+            },
+            limit);
+    }
+    /// Loads a module and answers its index.
+    std::uint32_t load(const char* module, const char* arguments) {
+        std::uint32_t index = PA_INVALID_INDEX;
+        connection->ask([&](pa_context* context) {
+            return std::vector<pa_operation*>{pa_context_load_module(
+                context, module, arguments,
+                [](pa_context*, std::uint32_t loaded, void* data) {
+                    *static_cast<std::uint32_t*>(data) = loaded;
+                },
+                &index)};
+        });
+        return index;
+    }
+    void unload(std::uint32_t module) {
+        connection->ask([&](pa_context* context) {
+            return std::vector<pa_operation*>{pa_context_unload_module(
+                context, module, [](pa_context*, int, void*) {}, nullptr)};
+        });
+    }
+
+    TemporaryFolder folder_;
+    std::unique_ptr<PrivateSoundServer> server;
+    Monitor logged;
+    std::vector<std::string> lines;
+    std::shared_ptr<PulseServer> connection;
+    std::unique_ptr<PulseHardware> hardware;
+    std::unique_ptr<PulseUnits> units;
+};
+
+TEST(PulseCatalogue, pairsSidesByDescriptionAndKeepsIdentifiersApart) {
+    const std::vector<PulseEndpoint> sinks{{"s1", "Card", 2}, {"s2", "Card", 6}, {"s3", "Speaker", 1}};
+    const std::vector<PulseEndpoint> sources{{"c1", "Card", 1}, {"c2", "Mic", 2}};
+    const auto devices = PulseCatalogue::devices(sinks, sources);
+    ASSERT_EQ(devices.size(), 4u);
+    EXPECT_EQ(devices[0].input.serverName, "c1");
+    EXPECT_EQ(devices[1].input.channels, 0u);
+    EXPECT_EQ(devices[3].name(), "Mic");
+    const auto alone = PulseCatalogue::devices({sinks[2]}, {});
+    EXPECT_EQ(alone[0].id, devices[2].id);
+
+    // Enough names for hashes of 31 bits to meet.
+    std::vector<PulseEndpoint> many;
+    for (int i = 0; i < 200'000; ++i)
+        many.push_back({"alsa_output." + std::to_string(i), std::to_string(i), 2});
+    const auto identifiers = [](const std::vector<PulseDevice>& list) {
+        std::map<std::string, AudioObjectID> all;
+        for (const auto& device : list)
+            all[device.output.serverName] = device.id;
+        return all;
+    };
+    const auto forwards = identifiers(PulseCatalogue::devices(many, {}));
+    std::ranges::reverse(many);
+    EXPECT_EQ(identifiers(PulseCatalogue::devices(many, {})), forwards);
+    std::vector<AudioObjectID> values;
+    for (const auto& [name, id] : forwards)
+        values.push_back(id);
+    std::ranges::sort(values);
+    EXPECT_EQ(std::ranges::adjacent_find(values), values.end());
+    EXPECT_GT(values.front(), 0u);
+}
+
+TEST_F(SoundServer, showsDevicesDefaultsAndProcesses) {
+    std::map<std::string, std::pair<int, int>> channels;
+    for (const auto& device : AudioDevices::all())
+        channels[device.name] = {device.inputChannels, device.outputChannels};
+    EXPECT_EQ(channels, (std::map<std::string, std::pair<int, int>>{{"VeltoVoice 2ch Feed", {0, 2}},
+                                                                    {"VeltoVoice 2ch Mic", {2, 0}},
+                                                                    {"VeltoLoop 2ch", {2, 2}},
+                                                                    {"Speaker", {0, 2}},
+                                                                    {"Microphone", {2, 0}},
+                                                                    {"Microphone Line", {0, 2}}}));
+    const auto mic = AudioDevices::find("VeltoVoice 2ch Mic").value();
+    const auto speaker = AudioRouting::defaultOutputID();
+    EXPECT_EQ(AudioRouting::defaultInputName() + " / " + AudioRouting::defaultOutputName(),
+              "Microphone / Speaker");
+    AudioRouting::setDefaultInput(mic.id);
+    AudioRouting::setDefaultOutput(AudioDevices::find("VeltoLoop 2ch")->id);
+    EXPECT_EQ(AudioRouting::defaultInputName() + " / " + AudioRouting::defaultOutputName(),
+              "VeltoVoice 2ch Mic / VeltoLoop 2ch");
+    EXPECT_FALSE(hardware->setDefaultDevice(AudioDirection::output, mic.id)); // it has no such side
+    EXPECT_FALSE(hardware->setDefaultDevice(AudioDirection::input, 12345));
+    AudioRouting::setDefaultOutput(speaker.value());
+    EXPECT_EQ(AudioRouting::defaultOutputName(), "Speaker");
+
+    EXPECT_EQ(hardware->processObject(1), 0u);
+    const auto self = hardware->processObject(::getpid());
+    ASSERT_TRUE(self && *self != 0);
+    EXPECT_EQ(hardware->processIsRunningInput(*self), false);
+    {
+        Ear ear("Microphone", 16000);
+        ASSERT_TRUE(ear.hearsAnything());
+        EXPECT_EQ(hardware->processIsRunningInput(*self), true);
+    }
+    EXPECT_EQ(hardware->processIsRunningInput(*self), false);
+
+    ASSERT_TRUE(server->restart());
+    ASSERT_TRUE(waitForLine("server back"));
+    EXPECT_EQ(AudioDevices::find("VeltoVoice 2ch Mic"), mic);
+}
+
+TEST_F(SoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
+    struct Case {
+        const char* output;
+        const char* input;
+        double played;
+        double captured;
+    };
+    for (const auto& [output, input, played, captured] :
+         {Case{"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", 24000, 16000},
+          Case{"VeltoLoop 2ch", "VeltoLoop 2ch", 24000, 24000},
+          Case{"Microphone Line", "Microphone", 48000, 16000}}) {
+        auto playback = AudioPlayback::open(output, played, 2);
+        ASSERT_TRUE(playback);
+        const auto began = SteadyClock::now();
+        Ear ear(input, captured);
+        ASSERT_TRUE(ear);
+        playback->write(tone(played, 4));
+        playback->start();
+        ASSERT_TRUE(ear.hearsAnything());
+        const auto before = allocationCount();
+        EXPECT_TRUE(ear.hearsLoud(20)) << input;
+        EXPECT_EQ(allocationCount(), before) << input;
+        EXPECT_NEAR(ear.loudness(), amplitude / std::numbers::sqrt2, 0.03 * amplitude) << input;
+        EXPECT_GT(playback->stats().rendered, static_cast<std::int64_t>(played / 2));
+        // Nothing that was there before: no more sound than time.
+        const std::chrono::duration<double> passed = SteadyClock::now() - began;
+        EXPECT_LE(ear.seconds(), passed.count() + 0.1) << input;
+    }
+}
+
+TEST_F(SoundServer, killedAndStartedAgainTheSoundComesBack) {
+    Monitor told;
+    int returns = 0;
+    hardware->observeReturn([&] { told.change([&] { ++returns; }); });
+    auto playback = AudioPlayback::open("VeltoVoice 2ch Feed", 24000, 2);
+    Ear ear("VeltoVoice 2ch Mic", 16000);
+    playback->start();
+    ASSERT_TRUE(ear.hearsAnything());
+
+    server->kill();
+    ASSERT_TRUE(waitForLine("sound: server lost"));
+    const auto asked = SteadyClock::now();
+    EXPECT_EQ(hardware->devices(), std::nullopt);
+    EXPECT_TRUE(AudioDevices::all().empty());
+    EXPECT_EQ(AudioRouting::defaultInputID(), std::nullopt);
+    EXPECT_FALSE(AudioCapture::open("VeltoLoop 2ch", 16000, 2, {}));
+    EXPECT_LT(SteadyClock::now() - asked, 1s);
+    EXPECT_FALSE(ear.hearsAnything(300ms));
+
+    ASSERT_TRUE(server->restart());
+    playback->flush();
+    playback->write(tone(24000, 6));
+    EXPECT_NEAR(ear.loudness(), amplitude / std::numbers::sqrt2, 0.03 * amplitude);
+    EXPECT_TRUE(told.wait([&] { return returns == 1; }));
+    EXPECT_TRUE(waitForLine("sound: server back after "));
+    hardware->observeReturn({});
+
+    // And without the loop, whose unit is told apart from a lost server.
+    Ear loop("VeltoLoop 2ch", 16000);
+    ASSERT_TRUE(loop.hearsAnything());
+    ASSERT_TRUE(server->restart({.without = {"VeltoLoop 2ch"}, .muted = {}}));
+    EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is gone"));
+    EXPECT_TRUE(ear.hearsAnything());
+    ASSERT_TRUE(server->restart({}));
+    EXPECT_TRUE(loop.hearsAnything());
+    EXPECT_EQ(returns, 1);
+}
+
+TEST_F(SoundServer, aDeviceThatComesBackIsFoundByItsName) {
+    const auto module =
+        load("module-null-sink", "sink_name=extra sink_properties='device.description=Extra'");
+    auto playback = AudioPlayback::open("Extra", 24000, 2);
+    ASSERT_TRUE(playback);
+    playback->start();
+    const auto moves = [&] {
+        const auto before = playback->stats().rendered;
+        const auto until = SteadyClock::now() + patience;
+        while (playback->stats().rendered == before && SteadyClock::now() < until)
+            std::this_thread::yield();
+        return playback->stats().rendered > before;
+    };
+    ASSERT_TRUE(moves());
+    unload(module);
+    EXPECT_TRUE(waitForLine("sound: device Extra is gone"));
+    EXPECT_FALSE(AudioPlayback::open("Extra", 24000, 2));
+    // Under another name of the server's, as after a device has been plugged into another socket.
+    load("module-null-sink", "sink_name=extra.2 sink_properties='device.description=Extra'");
+    EXPECT_TRUE(waitForLine("sound: device Extra is back"));
+    EXPECT_TRUE(moves());
+}
+
+TEST_F(SoundServer, aServerThatHangsHoldsNobodyUp) {
+    Ear ear("VeltoLoop 2ch", 16000);
+    ASSERT_TRUE(ear.hearsAnything());
+    ::kill(server->pid(), SIGSTOP);
+    const auto asked = SteadyClock::now();
+    EXPECT_TRUE(AudioDevices::all().empty());
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(AudioRouting::defaultInputName(), "");
+        hardware->setDefaultDevice(AudioDirection::input, 1);
+    }
+    {
+        Ear other("VeltoLoop 2ch", 16000);
+        EXPECT_FALSE(other);
+    }
+    EXPECT_LT(SteadyClock::now() - asked, 1s);
+    EXPECT_TRUE(waitForLine("sound: VeltoLoop 2ch stands still"));
+    ::kill(server->pid(), SIGCONT);
+    EXPECT_TRUE(waitForLine("sound: server answers again"));
+    EXPECT_TRUE(ear.hearsAnything());
+    EXPECT_EQ(AudioRouting::defaultInputName(), "Microphone");
+}
+
+TEST_F(SoundServer, unitsRefuseWhatTheyCannotDo) {
+    auto unit = units->instantiate();
+    EXPECT_NE(unit->setCurrentDevice(1), kAudioNoError);
+    EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {std::nan(""), 2}), kAudioNoError);
+    EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {24000, 300}), kAudioNoError);
+    EXPECT_NE(unit->initialize(), kAudioNoError);
+    EXPECT_NE(unit->start(), kAudioNoError);
+    EXPECT_EQ(unit->stop(), kAudioNoError);
+
+    // The last owner of the connection may be a unit that plays.
+    auto playback = AudioPlayback::open("Speaker", 24000, 2);
+    playback->start();
+    installPlatform({});
+    units.reset();
+    hardware.reset();
+    connection.reset();
+    server->kill();
+    playback.reset();
+}
+
+} // namespace
+} // namespace velto::test

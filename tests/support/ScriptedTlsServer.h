@@ -1,0 +1,85 @@
+// A TLS WebSocket server that does to its client whatever a test tells it, byte by byte if need be.
+#pragma once
+
+#include "rehearsal/LocalAuthority.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace velto::test {
+
+/// The server's side of one connection; blocking, on the server's thread. Every operation is harmless after
+/// the client has gone.
+class ServerPeer {
+  public:
+    struct Frame {
+        int opcode = 0;
+        std::string payload;
+    };
+
+    ServerPeer(int socket, const LocalAuthority::Issued& identity);
+    ~ServerPeer();
+    ServerPeer(const ServerPeer&) = delete;
+    ServerPeer& operator=(const ServerPeer&) = delete;
+
+    bool acceptTls();
+    /// Reads the request of the handshake, head and all; empty when there is none.
+    std::string readRequest();
+    void answerHandshake(const std::string& request);
+    /// TLS and WebSocket at once; answers the request's head.
+    std::string accept();
+
+    /// The next frame of the client, unmasked; none when the connection is gone.
+    std::optional<Frame> read();
+    void sendText(std::string_view payload) { send(frame(0x1, payload)); }
+    void sendBinary(std::string_view payload) { send(frame(0x2, payload)); }
+    /// A server's frame; `payload` need not be all that `size` promises.
+    static std::string frame(int opcode, std::string_view payload, bool isLast = true,
+                             std::optional<std::uint64_t> size = {});
+    void send(std::string_view bytes);
+    void sendBytewise(std::string_view bytes);
+    /// Ends the TCP connection with a reset.
+    void reset();
+    /// Waits until the client has gone.
+    void drain();
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+/// Listens on 127.0.0.1 and runs the script for every connection, one after the other.
+class ScriptedTlsServer {
+  public:
+    using Script = std::function<void(ServerPeer&)>;
+
+    explicit ScriptedTlsServer(Script script, std::string certifiedHost = "localhost");
+    ScriptedTlsServer(Script script, LocalAuthority::Issued identity);
+    /// Cuts a connection that still runs.
+    ~ScriptedTlsServer();
+    ScriptedTlsServer(const ScriptedTlsServer&) = delete;
+    ScriptedTlsServer& operator=(const ScriptedTlsServer&) = delete;
+
+    std::uint16_t port() const { return port_; }
+    /// "localhost:port".
+    std::string host() const { return "localhost:" + std::to_string(port_); }
+
+  private:
+    void run();
+
+    Script script_;
+    LocalAuthority::Issued identity_;
+    int listener_ = -1;
+    std::uint16_t port_ = 0;
+    std::atomic<int> current_ = -1;
+    std::atomic<bool> ended_ = false;
+    std::thread thread_;
+};
+
+} // namespace velto::test

@@ -1,0 +1,174 @@
+// The accessibility toolkit against trees of every shape, with its limits and faults.
+#include "VeltoShared/telephony/AX.h"
+
+#include "VeltoShared/telephony/ElementWalk.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
+
+namespace velto::test {
+namespace {
+
+class AXTest : public ::testing::Test {
+  protected:
+    TestComputer computer;
+    SimulatedDesktop& desktop = computer.desktop;
+    SimulatedElementRef center = desktop.launch("com.apple.notificationcenterui", 40);
+
+    static std::vector<std::string> described() {
+        std::vector<std::string> texts;
+        for (const auto& button : AX::buttons())
+            texts.push_back(button.description);
+        return texts;
+    }
+};
+
+TEST_F(AXTest, buttonsListsDescribedButtonsInPreOrder) {
+    auto banner = center->add({.role = "AXGroup"});
+    auto outer = banner->add({.role = "AXButton", .description = "Outer", .position = ScreenPoint{3, 4.5}});
+    outer->addButton("Inner");
+    banner->addButton("");
+    banner->add({.role = "AXMenuButton", .description = "no button"});
+    auto odd = banner->addButton("x");
+    odd->set(Attribute::description, 7.0);
+    auto unplaced = center->addButton("Last");
+    unplaced->set(Attribute::position, std::string("3,4"));
+
+    const auto buttons = AX::buttons();
+    EXPECT_EQ(described(), (std::vector<std::string>{"Outer", "Inner", "Last"}));
+    EXPECT_EQ(buttons[0].x, 3);
+    EXPECT_EQ(buttons[0].y, 4.5);
+    EXPECT_EQ(buttons[2].x, 0);
+}
+
+TEST_F(AXTest, withoutAccessOrNotificationCenterNothingIsReadOrPressed) {
+    auto button = center->addButton("End");
+    desktop.setTrusted(false);
+    EXPECT_TRUE(AX::buttons().empty());
+    EXPECT_TRUE(AX::texts().empty());
+    EXPECT_FALSE(AX::press("End"));
+    EXPECT_EQ(desktop.elementReads(), 0);
+    AX::promptForTrust();
+    EXPECT_EQ(desktop.promptCount(), 1);
+
+    desktop.setTrusted(true);
+    desktop.quit("com.apple.notificationcenterui");
+    EXPECT_EQ(AX::notificationCenterPID(), std::nullopt);
+    EXPECT_FALSE(AX::press("End"));
+    EXPECT_EQ(button->pressAttempts(), 0);
+}
+
+TEST_F(AXTest, pressTakesTheFirstMatchWhosePressSucceeds) {
+    auto refusing = center->addButton("END");
+    refusing->failPress();
+    auto below = refusing->addButton("End"); // never searched below a match
+    auto titled = center->add({.role = "AXButton", .title = "eNd"});
+    auto later = center->addButton("End");
+    EXPECT_TRUE(AX::press("end"));
+    EXPECT_EQ(refusing->pressAttempts(), 1);
+    EXPECT_EQ(below->pressAttempts(), 0);
+    EXPECT_EQ(titled->presses(), 1);
+    EXPECT_EQ(later->pressAttempts(), 0);
+
+    auto other = center->addButton("Auflegen Ü");
+    other->addButton("Nested");
+    EXPECT_TRUE(AX::press("auflegen ü"));
+    EXPECT_TRUE(AX::press("nested")); // below a button that is no match
+    EXPECT_FALSE(AX::press("Absent"));
+}
+
+TEST_F(AXTest, textsTakesUpToThreeEntriesFromTextElements) {
+    center->add({.role = "AXStaticText", .title = "t", .description = "d", .value = "v"});
+    center->add({.role = "AXGenericElement", .description = "d", .value = 3.0});
+    center->add({.role = "AXTextField", .value = "no"});
+    EXPECT_EQ(AX::texts(), (std::vector<std::string>{"d", "v", "t", "d"}));
+    EXPECT_TRUE(AX::texts("com.example.absent").empty());
+    desktop.launch("com.example.app")->addText("first");
+    desktop.launch("com.example.app")->addText("second");
+    EXPECT_EQ(AX::texts("com.example.app"), std::vector<std::string>{"first"});
+}
+
+TEST_F(AXTest, walksEndAtDepth79AndAtTheBudget) {
+    auto at79 = center->addChain(78)->addButton("at 79");
+    at79->addButton("at 80");
+    EXPECT_EQ(described(), std::vector<std::string>{"at 79"});
+    EXPECT_FALSE(AX::press("at 80"));
+
+    center->clear();
+    center->addChain(120);
+    EXPECT_EQ(AX::roleCounts("com.apple.notificationcenterui")["AXGroup"], 79);
+    // The application, then groups of one button each: 1 + 2 · 9 999 elements, and one more.
+    center->clear();
+    for (int i = 0; i < 12'500; ++i)
+        center->add({.role = "AXGroup"})->addButton(std::to_string(i));
+    const auto found = described();
+    EXPECT_EQ(found.size(), 9'999u);
+    EXPECT_EQ(found.back(), "9998");
+    EXPECT_TRUE(AX::press("9998"));
+    EXPECT_FALSE(AX::press("9999"));
+
+    // Over all branches of a cycle, which is endless otherwise.
+    auto cyclic = desktop.launch("com.example.cycle");
+    cyclic->set(Attribute::children, std::vector<ElementRef>{cyclic, cyclic});
+    EXPECT_EQ(AX::roleCounts("com.example.cycle"), (std::map<std::string, int>{{"AXApplication", 60'000}}));
+}
+
+TEST_F(AXTest, attributesAreReadWhereTheRoleNeedsThemAndInBundles) {
+    for (int i = 0; i < 500; ++i)
+        center->add({.role = "AXGroup"});
+    center->addButton("End");
+    AX::buttons();
+    // Role and children of each, description and position of the one button.
+    EXPECT_EQ(desktop.attributeReads(), 2 * 502 + 2);
+    EXPECT_EQ(desktop.largestBatch(), ElementWalk::kReadsInFlight);
+}
+
+TEST_F(AXTest, aTreeThatChangesOrFailsUnderTheWalkEndsIt) {
+    auto group = center->add({.role = "AXGroup"});
+    group->addButton("hidden");
+    group->failRead(Attribute::children);
+    auto wrong = center->add({.role = "AXGroup"});
+    wrong->set(Attribute::children, std::string("none"));
+    center->addButton("seen");
+    EXPECT_EQ(described(), std::vector<std::string>{"seen"});
+
+    for (int i = 0; i < 300; ++i)
+        center->addButton("b");
+    int reads = 0;
+    desktop.beforeRead([&] {
+        if (++reads == 100)
+            desktop.quit("com.apple.notificationcenterui");
+    });
+    EXPECT_LT(AX::buttons().size(), 301u);
+    EXPECT_GE(reads, 100);
+}
+
+TEST_F(AXTest, scanAllAppsSearchesEverythingOutsideMenus) {
+    auto app = desktop.launch("com.example.app", 77);
+    app->add({.role = "AXMenuBar", .title = "Needle"})->add({.role = "AXMenuItem", .title = "Needle"});
+    app->add({.role = "AXGroup"})->add({.role = "AXMenu"})->add({.role = "AXButton", .title = "needle"});
+    app->add({.role = "AXButton", .title = "the nee", .description = "dle"});
+    app->add({.role = "AXButton", .title = "x", .description = "A NEEDLE", .value = "v"});
+    desktop.launch("")->addText("needle");
+
+    const auto found = AX::scanAllApps("nEEdle");
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].pid, 77);
+    EXPECT_EQ(found[0].bundleID, "com.example.app");
+    EXPECT_EQ(found[0].role + found[0].title + found[0].description + found[0].value, "AXButtonxA NEEDLEv");
+    EXPECT_EQ(AX::scanAllApps("the nee dle").size(), 1u); // joined by blanks
+    EXPECT_EQ(AX::scanAllApps("", "com.example.app").size(), 4u);
+    EXPECT_EQ(AX::scanAllApps("", "com.example").size(), 0u);
+}
+
+TEST_F(AXTest, roleCountsCountsElementsWithoutARoleToo) {
+    center->add({});
+    center->addButton("x")->failRead(Attribute::role);
+    center->add({.role = "AXGroup"});
+    EXPECT_EQ(AX::roleCounts("com.apple.notificationcenterui"),
+              (std::map<std::string, int>{{"?", 2}, {"AXApplication", 1}, {"AXGroup", 1}}));
+    EXPECT_TRUE(AX::roleCounts("com.example.absent").empty());
+}
+
+} // namespace
+} // namespace velto::test
