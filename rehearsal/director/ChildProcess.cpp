@@ -25,7 +25,8 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 }
 
 /// Between fork and exec: nothing here may allocate or lock.
-[[noreturn]] void become(char* const* arguments, char* const* environment, pid_t parent, int output, int errors) {
+[[noreturn]] void become(char* const* arguments, char* const* environment, pid_t parent, int output,
+                         int errors) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent)
         ::_exit(127);
@@ -79,9 +80,9 @@ ChildProcess::ChildProcess(std::string title, pid_t pid, int output, int exitDes
     : title_(std::move(title)), pid_(pid), output_(output), exitDescriptor_(exitDescriptor) {}
 
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
-    : title_(std::move(other.title_)), pid_(std::exchange(other.pid_, 0)), output_(std::exchange(other.output_, -1)),
-      exitDescriptor_(std::exchange(other.exitDescriptor_, -1)), buffer_(std::move(other.buffer_)),
-      status_(other.status_) {}
+    : title_(std::move(other.title_)), pid_(std::exchange(other.pid_, 0)),
+      output_(std::exchange(other.output_, -1)), exitDescriptor_(std::exchange(other.exitDescriptor_, -1)),
+      buffer_(std::move(other.buffer_)), status_(other.status_) {}
 
 ChildProcess::~ChildProcess() {
     if (pid_ > 0 && !status_) {

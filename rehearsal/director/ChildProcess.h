@@ -12,10 +12,10 @@
 namespace velto::rehearsal {
 
 struct ChildProgram {
-    std::string title; ///< for people: "the voice server"
-    std::vector<std::string> arguments; ///< the first is the program's path
+    std::string title;                              ///< for people: "the voice server"
+    std::vector<std::string> arguments;             ///< the first is the program's path
     std::map<std::string, std::string> environment; ///< all of it
-    std::filesystem::path errorFile;    ///< gets its standard error
+    std::filesystem::path errorFile;                ///< gets its standard error
 };
 
 /// Runs in a process group of its own, so that Ctrl-C reaches the director alone; dies with the thread that

@@ -41,8 +41,8 @@ std::string textIn(const json::object& object, std::string_view key) {
 class Rehearsal {
   public:
     Rehearsal(const DirectorOptions& options, const GuardianLink& guardian)
-        : options_(options), scenario_(options.scenario), guardian_(guardian), surroundings_(guardian.folder()),
-          stage_(guardian),
+        : options_(options), scenario_(options.scenario), guardian_(guardian),
+          surroundings_(guardian.folder()), stage_(guardian),
           printer_(out(), !options.json && ::isatty(STDOUT_FILENO) != 0, options.scenario, evidence_) {}
 
     int run() {
@@ -134,7 +134,8 @@ DefaultDevices Rehearsal::defaultDevices() {
     return {nameOf(AudioDirection::input), nameOf(AudioDirection::output)};
 }
 
-ChildProgram Rehearsal::program(const char* title, const char* name, std::vector<std::string> arguments) const {
+ChildProgram Rehearsal::program(const char* title, const char* name,
+                                std::vector<std::string> arguments) const {
     ChildProgram program;
     program.title = title;
     program.arguments = std::move(arguments);
@@ -162,9 +163,9 @@ bool Rehearsal::startPrograms() {
         return fail("the callee did not start");
     if (!surroundings_.writePreferences(evidence_.serverPort))
         return fail("the application's preferences could not be written");
-    application_ = stage_.add(
-        program("the application (velto-rehearsal-app)", "velto-rehearsal-app", {"--line", line}),
-        [](const json::object&) {});
+    application_ =
+        stage_.add(program("the application (velto-rehearsal-app)", "velto-rehearsal-app", {"--line", line}),
+                   [](const json::object&) {});
     inquiry_ = std::make_unique<Inquiry>();
     const auto deadline = std::chrono::steady_clock::now() + kToStart;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
@@ -197,8 +198,8 @@ bool Rehearsal::placeCall() {
 void Rehearsal::explain() {
     const auto environment = surroundings_.environmentForPeople(sound_->clientEnvironment());
     out() << "From a second shell, while it runs:\n  export " << environment << "\n  "
-          << (options_.programs / "veltoctl").string() << " status      pactl list short sinks\nLog: "
-          << surroundings_.applicationLog().string() << "\n\n"
+          << (options_.programs / "veltoctl").string()
+          << " status      pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
           << "Calling " << scenario_.number << ": " << scenario_.goal << std::endl;
 }
 
@@ -219,7 +220,8 @@ void Rehearsal::watchUsage() {
 }
 
 bool Rehearsal::follow() {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(scenario_.deadline);
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::duration<double>(scenario_.deadline);
     bool over = false;
     while (!over && stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
         const auto status = ask({{"cmd", "status"}});

@@ -26,7 +26,8 @@ struct DirectorOptions {
 };
 
 /// Blocks until the rehearsal is over; answers the exit code: 0 when everything was as it should be, 1 when
-/// not, 128 and the signal's number after a signal. Results go to standard output, troubles to standard error.
+/// not, 128 and the signal's number after a signal. Results go to standard output, troubles to standard
+/// error.
 int direct(const DirectorOptions& options, const GuardianLink& guardian);
 
 } // namespace velto::rehearsal

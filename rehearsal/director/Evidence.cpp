@@ -88,13 +88,15 @@ void Evidence::fromCallee(const json::object& event) {
     } else if (what == "measures") {
         callee = {static_cast<std::uint64_t>(integer(event, "framesHeard")),
                   static_cast<std::uint64_t>(integer(event, "framesSaid")),
-                  static_cast<int>(integer(event, "peakHeard")), static_cast<int>(integer(event, "peakSaid"))};
+                  static_cast<int>(integer(event, "peakHeard")),
+                  static_cast<int>(integer(event, "peakSaid"))};
     }
 }
 
 bool Evidence::calleeHeard(int mark, Mark::Place place) const {
-    return std::any_of(heardByCallee.begin(), heardByCallee.end(),
-                       [&](const HeardMark& heard) { return heard.mark == Mark{mark, place}; });
+    return std::any_of(heardByCallee.begin(), heardByCallee.end(), [&](const HeardMark& heard) {
+        return heard.mark == Mark{mark, place};
+    });
 }
 
 std::vector<double> Evidence::responseSeconds() const {

@@ -7,14 +7,17 @@
 namespace velto::rehearsal {
 
 /// The calling process makes a private folder under /tmp and forks; the child runs `direct` and ends with its
-/// answer. When the child ends, whichever way, this process kills every process that descends from it, removes
-/// the folder and answers the exit code (1 when the child was killed, which is said on standard error).
-/// SIGINT, SIGTERM and SIGHUP are passed on to the child, which has 1.5 s to end. They are blocked in both.
+/// answer. When the child ends, whichever way, this process kills every process that descends from it,
+/// removes the folder and answers the exit code (1 when the child was killed, which is said on standard
+/// error). SIGINT, SIGTERM and SIGHUP are passed on to the child, which has 1.5 s to end. They are blocked in
+/// both.
 ///
-/// When the calling process itself is killed, the child must end everything: it calls `GuardianLink::cleanUp`.
+/// When the calling process itself is killed, the child must end everything: it calls
+/// `GuardianLink::cleanUp`.
 class GuardianLink {
   public:
-    GuardianLink(std::filesystem::path folder, int lifeline) : folder_(std::move(folder)), lifeline_(lifeline) {}
+    GuardianLink(std::filesystem::path folder, int lifeline)
+        : folder_(std::move(folder)), lifeline_(lifeline) {}
 
     const std::filesystem::path& folder() const { return folder_; }
     /// Readable (end of file) once the guardian is gone.

@@ -12,8 +12,8 @@
 
 namespace velto::rehearsal {
 
-/// Requests are asked one after the other on a thread of its own. The destructor waits for the request that is
-/// under way, so the application must be able to answer, or be dead, by then.
+/// Requests are asked one after the other on a thread of its own. The destructor waits for the request that
+/// is under way, so the application must be able to answer, or be dead, by then.
 class Inquiry {
   public:
     using Reply = std::optional<boost::json::object>;

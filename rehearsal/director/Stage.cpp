@@ -113,7 +113,8 @@ void Stage::checkEnds() {
         }
     for (auto& watched : watched_) {
         siginfo_t info{};
-        if (ending_ || ::waitid(P_PID, static_cast<id_t>(watched.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+        if (ending_ ||
+            ::waitid(P_PID, static_cast<id_t>(watched.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
             info.si_pid == 0)
             continue;
         const bool exited = info.si_code == CLD_EXITED;

@@ -14,8 +14,8 @@
 
 namespace velto::rehearsal {
 
-/// Hands over what the programs report, and notices at once when one of them ends, when a signal asks to stop,
-/// and when the guardian is gone. One thread.
+/// Hands over what the programs report, and notices at once when one of them ends, when a signal asks to
+/// stop, and when the guardian is gone. One thread.
 class Stage {
   public:
     using Duration = std::chrono::milliseconds;
@@ -32,8 +32,8 @@ class Stage {
     /// A process that somebody else has started and will reap.
     void watch(const std::string& title, pid_t pid);
 
-    /// Lets things happen until `done` answers true (asked again after each event and every 20 ms) or the time
-    /// is over; answers whether it is done. False at once after a failure.
+    /// Lets things happen until `done` answers true (asked again after each event and every 20 ms) or the
+    /// time is over; answers whether it is done. False at once after a failure.
     bool waitUntil(const std::function<bool()>& done, Duration limit);
     /// Asks all programs to end, the last one first, and kills what is left after a second each. Their ends
     /// are no failures any more.

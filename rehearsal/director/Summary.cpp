@@ -63,18 +63,20 @@ void printSummary(std::ostream& out, const Evidence& evidence, const Measurement
         out << "  none\n";
     }
     out << "\nWhat every leg measured\n"
-        << "  callee     said " << evidence.callee.framesOut << " frames at 24 kHz, peak " << evidence.callee.peakOut
-        << "; heard " << evidence.callee.framesIn << " frames at 16 kHz, peak " << evidence.callee.peakIn << '\n'
-        << "  server     received " << evidence.server.framesIn << " frames at 16 kHz, peak " << evidence.server.peakIn
-        << "; sent " << evidence.server.framesOut << " frames at 24 kHz\n"
-        << "  agent      " << (measurements.applicationStats.empty() ? "no statistics" : measurements.applicationStats)
-        << '\n';
+        << "  callee     said " << evidence.callee.framesOut << " frames at 24 kHz, peak "
+        << evidence.callee.peakOut << "; heard " << evidence.callee.framesIn << " frames at 16 kHz, peak "
+        << evidence.callee.peakIn << '\n'
+        << "  server     received " << evidence.server.framesIn << " frames at 16 kHz, peak "
+        << evidence.server.peakIn << "; sent " << evidence.server.framesOut << " frames at 24 kHz\n"
+        << "  agent      "
+        << (measurements.applicationStats.empty() ? "no statistics" : measurements.applicationStats) << '\n';
     printTimes(out, "callee's last sound to the agent's first, at the callee: ", evidence.responseSeconds());
     if (!evidence.responseSeconds().empty())
         out << "    (0.50 s of it is the silence by which the server knows the end of a turn)\n";
     printTimes(out, "sound after an interruption, at the callee: ", evidence.soundAfterInterruptionSeconds());
-    out << "  application " << std::fixed << std::setprecision(1) << measurements.cpuPercent << " % of one core over "
-        << measurements.callSeconds << " s of call, " << measurements.residentMB << " MB resident\n";
+    out << "  application " << std::fixed << std::setprecision(1) << measurements.cpuPercent
+        << " % of one core over " << measurements.callSeconds << " s of call, " << measurements.residentMB
+        << " MB resident\n";
 }
 
 void printVerdict(std::ostream& out, const Scenario& scenario, const std::vector<std::string>& faults) {
@@ -90,8 +92,8 @@ void printVerdict(std::ostream& out, const Scenario& scenario, const std::vector
     out.flush();
 }
 
-json::object summaryObject(const Scenario& scenario, const Evidence& evidence, const Measurements& measurements,
-                           const std::vector<std::string>& faults) {
+json::object summaryObject(const Scenario& scenario, const Evidence& evidence,
+                           const Measurements& measurements, const std::vector<std::string>& faults) {
     json::object record;
     if (evidence.record)
         record = {{"number", evidence.record->number},

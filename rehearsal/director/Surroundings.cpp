@@ -17,7 +17,8 @@ namespace {
 
 constexpr std::array kFolders{"home", "data", "state", "config", "cache", "run", "tmp"};
 /// What a program may see of the user's own environment: none of it leads back to the user's session.
-constexpr std::array kPassedOn{"PATH", "LANG", "LC_ALL", "TZ", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"};
+constexpr std::array kPassedOn{"PATH",         "LANG",         "LC_ALL",       "TZ",
+                               "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"};
 
 /// With characters that must be escaped on the way to the server.
 std::string freshKey() {
@@ -39,7 +40,8 @@ bool Surroundings::prepare() {
     }
     LocalAuthority authority;
     const auto issued = authority.issue("localhost");
-    return !issued.certificatePEM.empty() && writePrivateFile(file("authority.pem"), authority.certificatePEM()) &&
+    return !issued.certificatePEM.empty() &&
+           writePrivateFile(file("authority.pem"), authority.certificatePEM()) &&
            writePrivateFile(file("server.pem"), issued.certificatePEM) &&
            writePrivateFile(file("server.key"), issued.keyPEM);
 }

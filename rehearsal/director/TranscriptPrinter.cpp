@@ -23,7 +23,7 @@ std::string TranscriptPrinter::verdict(const std::string& line) const {
         if (evidence_.calleeHeard(mark, Mark::Place::end))
             return "heard by the callee";
         return evidence_.calleeHeard(mark, Mark::Place::begin) ? "heard in part by the callee"
-                                                                : "not heard by the callee";
+                                                               : "not heard by the callee";
     }
     return "not a line of the scenario";
 }

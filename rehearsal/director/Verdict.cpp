@@ -58,7 +58,8 @@ void checkEar(const Scenario& scenario, const Ear& ear, const std::vector<Mark>&
                             (mark.place == Mark::Place::begin ? "begin" : "end") + " of line " +
                             std::to_string(mark.number) + ", which should not have sounded there");
     if (found.size() == before)
-        found.push_back(std::string("the ") + ear.listener + " heard the lines in another order, or one twice");
+        found.push_back(std::string("the ") + ear.listener +
+                        " heard the lines in another order, or one twice");
 }
 
 void checkEnd(const Scenario& scenario, const Evidence& evidence, Faults& found) {
@@ -138,8 +139,8 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
         found.emplace_back("the application did not close its session with the voice server");
     if (evidence.defaultsAfter != evidence.defaultsBefore)
         found.push_back("the default devices are " + evidence.defaultsAfter.input + " and " +
-                        evidence.defaultsAfter.output + " instead of " + evidence.defaultsBefore.input + " and " +
-                        evidence.defaultsBefore.output);
+                        evidence.defaultsAfter.output + " instead of " + evidence.defaultsBefore.input +
+                        " and " + evidence.defaultsBefore.output);
     return found;
 }
 

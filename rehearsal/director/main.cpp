@@ -13,7 +13,8 @@ using namespace velto::rehearsal;
 int list(const std::filesystem::path& folder) {
     for (const auto& name : scenarioNames(folder)) {
         const auto scenario = loadScenario(name, folder);
-        std::cout << name << ": " << (scenario ? scenario->about : "broken: " + scenario.error().message) << '\n';
+        std::cout << name << ": " << (scenario ? scenario->about : "broken: " + scenario.error().message)
+                  << '\n';
     }
     return 0;
 }
