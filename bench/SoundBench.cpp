@@ -182,7 +182,7 @@ int main() {
             return 1;
         }
         for (const auto& [name, value] : (*server)->clientEnvironment())
-            ::setenv(name.c_str(), value.c_str(), 1);
+            ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         auto connection = std::make_shared<PulseServer>();
         PulseHardware hardware(connection);
         PulseUnits units(connection);

@@ -71,8 +71,8 @@ std::optional<NativeCallSession::ProviderKey> NativeCallSession::pickProvider() 
     if (settings_.provider() == rawValue(VoiceProvider::openai))
         std::swap(order[0], order[1]);
     for (const auto provider : order) {
-        const auto stored = KeychainStore::get(keyAccount(provider));
-        if (const auto key = trimBlanks(stored.value_or("")); !key.empty())
+        const auto stored = KeychainStore::get(keyAccount(provider)).value_or("");
+        if (const auto key = trimBlanks(stored); !key.empty())
             return ProviderKey{provider, std::string(key)};
     }
     return std::nullopt;

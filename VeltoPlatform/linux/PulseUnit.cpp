@@ -140,16 +140,16 @@ void PulseUnit::tick() {
     seek();
 }
 
-/// A stream that has worked is looked for at once; one that the server did not accept, after a while.
+/// A device that has worked, or is missing, is looked for at once; one that was refused, after a while.
 void PulseUnit::ended() {
-    const bool worked = stream_->moved();
-    const auto* error = pa_strerror(pa_context_errno(server_->context(direction_)));
+    const auto error = pa_context_errno(server_->context(direction_));
+    const bool again = stream_->moved() || error == PA_ERR_NOENTITY;
     close();
-    if (worked) {
+    if (again) {
         seek();
         return;
     }
-    silent(std::string("cannot be opened: ") + error);
+    silent(std::string("cannot be opened: ") + pa_strerror(error));
     nextSeek_ = pa_rtclock_now() + patience_;
     patience_ = std::min(2 * patience_, longestPatience);
 }

@@ -75,6 +75,8 @@ SpokenLine speakLine(int mark, const std::string& text, const std::string& voice
     line.wordsEnd = line.samples.size();
     appendSilence(line.samples, kBreath, rate);
     Dtmf::append(line.samples, Mark{mark, Mark::Place::end}.symbols(), rate);
+    // The last symbol ends the line: times are measured from there.
+    line.samples.resize(line.samples.size() - frameCount(Dtmf::gapDuration, rate));
     scale(line.samples, level);
     return line;
 }

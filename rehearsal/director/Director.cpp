@@ -1,0 +1,299 @@
+// Puts a scenario on.
+#include "rehearsal/director/Director.h"
+
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/LinuxFolders.h"
+#include "VeltoPlatform/linux/PulseHardware.h"
+#include "VeltoPlatform/linux/PulseServer.h"
+#include "rehearsal/PrivateSoundServer.h"
+#include "rehearsal/director/Inquiry.h"
+#include "rehearsal/director/Stage.h"
+#include "rehearsal/director/Summary.h"
+#include "rehearsal/director/Surroundings.h"
+#include "rehearsal/director/TranscriptPrinter.h"
+#include "rehearsal/director/Verdict.h"
+#include "rehearsal/process/TextFile.h"
+
+#include <boost/json.hpp>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace velto::rehearsal {
+namespace {
+
+namespace json = boost::json;
+using namespace std::chrono_literals;
+
+constexpr auto kToStart = 15s;
+constexpr auto kToAnswerRequest = 15s;
+constexpr auto kBetweenLooks = 150ms;
+/// After the record: for the last reports of the others.
+constexpr auto kToSettle = 3s;
+
+std::string textIn(const json::object& object, std::string_view key) {
+    const auto* value = object.if_contains(key);
+    return value != nullptr && value->is_string() ? std::string(value->get_string()) : std::string();
+}
+
+class Rehearsal {
+  public:
+    Rehearsal(const DirectorOptions& options, const GuardianLink& guardian)
+        : options_(options), scenario_(options.scenario), guardian_(guardian),
+          surroundings_(guardian.folder()), stage_(guardian),
+          printer_(out(), !options.json && ::isatty(STDOUT_FILENO) != 0, options.scenario, evidence_) {}
+
+    int run() {
+        const bool played = prepare() && placeCall() && follow();
+        finish(played);
+        if (stage_.guardianGone()) {
+            std::cerr << "velto-rehearse: " << stage_.failure() << std::endl;
+            sound_.reset();
+            guardian_.cleanUp();
+        }
+        return exitCode_;
+    }
+
+  private:
+    std::ostream& out() { return options_.json ? std::cerr : std::cout; }
+
+    bool fail(const std::string& reason) {
+        // What the stage noticed is the cause; what was being waited for is not.
+        troubles_.push_back(stage_.failure().empty() ? reason : stage_.failure());
+        return false;
+    }
+
+    bool prepare();
+    bool startSound();
+    bool startPrograms();
+    ChildProgram program(const char* title, const char* name, std::vector<std::string> arguments) const;
+    DefaultDevices defaultDevices();
+    std::optional<json::object> ask(json::object request);
+    bool placeCall();
+    bool follow();
+    bool isOver(const json::object& status);
+    void watchUsage();
+    void takeRecord();
+    void finish(bool played);
+    void explain();
+
+    const DirectorOptions& options_;
+    const Scenario& scenario_;
+    const GuardianLink& guardian_;
+    Surroundings surroundings_;
+    Evidence evidence_;
+    Measurements measurements_;
+    std::vector<std::string> troubles_;
+    LinuxFolders folders_{"velto-rehearse"};
+    std::unique_ptr<PrivateSoundServer> sound_;
+    std::unique_ptr<PulseHardware> hardware_;
+    std::unique_ptr<Inquiry> inquiry_;
+    Stage stage_;
+    TranscriptPrinter printer_;
+    ChildProcess* application_ = nullptr;
+    std::optional<ProcessUsage> usageAtAnswer_;
+    int exitCode_ = 1;
+};
+
+bool Rehearsal::prepare() {
+    out() << "Rehearsal \"" << scenario_.name << "\": " << scenario_.about << std::endl;
+    surroundings_.enter();
+    Platform parts;
+    parts.folders = &folders_;
+    installPlatform(parts);
+    if (!surroundings_.prepare())
+        return fail("the folder " + guardian_.folder().string() + " could not be filled");
+    return startSound() && startPrograms();
+}
+
+bool Rehearsal::startSound() {
+    PrivateSoundServerOptions devices;
+    if (options_.cut == Cut::uplink)
+        devices.muted.insert("VeltoVoice 2ch Feed");
+    if (options_.cut == Cut::loop)
+        devices.without.insert("VeltoLoop 2ch");
+    auto started = PrivateSoundServer::start(guardian_.folder() / "sound", devices);
+    if (!started)
+        return fail(started.error().description);
+    sound_ = std::move(*started);
+    stage_.watch("the sound server (pulseaudio)", sound_->pid());
+    for (const auto& [name, value] : sound_->clientEnvironment())
+        ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    hardware_ = std::make_unique<PulseHardware>(std::make_shared<PulseServer>([](const std::string&) {}));
+    evidence_.defaultsBefore = defaultDevices();
+    return true;
+}
+
+DefaultDevices Rehearsal::defaultDevices() {
+    const auto nameOf = [&](AudioDirection direction) {
+        const auto device = hardware_->defaultDevice(direction);
+        return device && *device != 0 ? hardware_->deviceName(*device).value_or("") : std::string();
+    };
+    return {nameOf(AudioDirection::input), nameOf(AudioDirection::output)};
+}
+
+ChildProgram Rehearsal::program(const char* title, const char* name,
+                                std::vector<std::string> arguments) const {
+    ChildProgram program;
+    program.title = title;
+    program.arguments = std::move(arguments);
+    program.arguments.insert(program.arguments.begin(), options_.programs / name);
+    program.environment = surroundings_.environment();
+    program.environment.merge(sound_->clientEnvironment());
+    program.environment["VELTO_REHEARSAL_KEY"] = surroundings_.apiKey();
+    program.errorFile = surroundings_.file(std::string(name) + ".err");
+    return program;
+}
+
+bool Rehearsal::startPrograms() {
+    const std::string scenario = options_.scenarioFile;
+    const std::string line = surroundings_.file("line");
+    stage_.add(program("the voice server (velto-rehearsal-server)", "velto-rehearsal-server",
+                       {"--scenario", scenario, "--certificate", surroundings_.file("server.pem"), "--key",
+                        surroundings_.file("server.key")}),
+               [this](const json::object& event) { evidence_.fromServer(event); });
+    stage_.add(program("the callee (velto-rehearsal-callee)", "velto-rehearsal-callee",
+                       {"--scenario", scenario, "--line", line}),
+               [this](const json::object& event) { evidence_.fromCallee(event); });
+    if (!stage_.waitUntil([&] { return evidence_.serverPort != 0; }, kToStart))
+        return fail("the voice server did not start");
+    if (!stage_.waitUntil([&] { return evidence_.calleeReady; }, kToStart))
+        return fail("the callee did not start");
+    if (!surroundings_.writePreferences(evidence_.serverPort))
+        return fail("the application's preferences could not be written");
+    application_ =
+        stage_.add(program("the application (velto-rehearsal-app)", "velto-rehearsal-app", {"--line", line}),
+                   [](const json::object&) {});
+    inquiry_ = std::make_unique<Inquiry>();
+    const auto deadline = std::chrono::steady_clock::now() + kToStart;
+    while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
+        if (ask({{"cmd", "ping"}}))
+            return true;
+        stage_.waitUntil([] { return false; }, 20ms);
+    }
+    return fail("the application did not open its control socket");
+}
+
+std::optional<json::object> Rehearsal::ask(json::object request) {
+    auto reply = inquiry_->ask(std::move(request));
+    if (!stage_.waitUntil([&] { return reply.wait_for(0s) == std::future_status::ready; }, kToAnswerRequest))
+        return {};
+    return reply.get();
+}
+
+bool Rehearsal::placeCall() {
+    explain();
+    const auto reply = ask({{"cmd", "call"}, {"number", scenario_.number}, {"goal", scenario_.goal}});
+    const auto* ok = reply ? reply->if_contains("ok") : nullptr;
+    if (ok == nullptr || *ok != true)
+        return fail("the application did not take the call: " +
+                    (reply ? json::serialize(*reply) : std::string("no answer")));
+    if (textIn(*reply, "state") == "error")
+        return fail("the application could not start the call; see its log");
+    return true;
+}
+
+void Rehearsal::explain() {
+    const auto environment = surroundings_.environmentForPeople(sound_->clientEnvironment());
+    out() << "From a second shell, while it runs:\n  export " << environment << "\n  "
+          << (options_.programs / "veltoctl").string()
+          << " status      pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
+          << "Calling " << scenario_.number << ": " << scenario_.goal << std::endl;
+}
+
+bool Rehearsal::isOver(const json::object& status) {
+    const auto* running = status.if_contains("running");
+    return running != nullptr && *running == false;
+}
+
+void Rehearsal::watchUsage() {
+    const auto usage = processUsage(application_->pid());
+    if (!usage || !evidence_.answered)
+        return;
+    if (!usageAtAnswer_)
+        usageAtAnswer_ = usage;
+    measurements_.residentMB = std::max(measurements_.residentMB, usage->residentMB);
+    measurements_.cpuPercent = cpuPercent(*usageAtAnswer_, *usage);
+    measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtAnswer_->at).count();
+}
+
+bool Rehearsal::follow() {
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::duration<double>(scenario_.deadline);
+    bool over = false;
+    while (!over && stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
+        const auto status = ask({{"cmd", "status"}});
+        over = status && isOver(*status);
+        if (!over)
+            watchUsage();
+        if (const auto reply = ask({{"cmd", "transcript"}}))
+            if (const auto* lines = reply->if_contains("lines"); lines != nullptr && lines->is_array()) {
+                std::vector<std::string> texts;
+                for (const auto& line : lines->get_array())
+                    texts.emplace_back(line.is_string() ? std::string(line.get_string()) : "?");
+                printer_.show(texts);
+            }
+        if (!over)
+            stage_.waitUntil([] { return false; }, kBetweenLooks);
+    }
+    if (!over) {
+        printer_.finish();
+        if (stage_.failure().empty())
+            ask({{"cmd", "hangup"}});
+        return fail("the call was not over " + std::to_string(static_cast<int>(scenario_.deadline)) +
+                    " s after it was placed");
+    }
+    stage_.waitUntil([&] { return evidence_.ended && evidence_.serverClosed; }, kToSettle);
+    printer_.finish();
+    takeRecord();
+    evidence_.defaultsAfter = defaultDevices();
+    return stage_.failure().empty() || fail("");
+}
+
+void Rehearsal::takeRecord() {
+    const auto reply = ask({{"cmd", "history"}});
+    const auto* calls = reply ? reply->if_contains("calls") : nullptr;
+    if (calls == nullptr || !calls->is_array() || calls->get_array().size() != 1 ||
+        !calls->get_array().front().is_object())
+        return;
+    const auto& call = calls->get_array().front().get_object();
+    const auto* duration = call.if_contains("duration");
+    json::error_code error;
+    evidence_.record = CallEntry{textIn(call, "number"), textIn(call, "transcript"),
+                                 duration != nullptr ? duration->to_number<double>(error) : 0};
+}
+
+void Rehearsal::finish(bool played) {
+    // The application first, for a request that it does not answer to end.
+    stage_.end();
+    inquiry_.reset();
+    hardware_.reset();
+    if (const auto log = readFile(surroundings_.applicationLog()))
+        measurements_.applicationStats = lastStats(*log);
+    auto found = troubles_;
+    if (evidence_.dialled && stage_.failure().empty())
+        for (auto& fault : faults(scenario_, evidence_))
+            found.push_back(std::move(fault));
+    else if (played && found.empty())
+        found.push_back(stage_.failure().empty() ? "the phone was never dialled" : stage_.failure());
+    if (options_.json) {
+        std::cout << json::serialize(summaryObject(scenario_, evidence_, measurements_, found)) << std::endl;
+    } else {
+        if (played)
+            printSummary(std::cout, evidence_, measurements_);
+        printVerdict(std::cout, scenario_, found);
+    }
+    if (options_.keepFolder)
+        out() << "Kept: " << guardian_.folder().string() << std::endl;
+    exitCode_ = stage_.stopCode() != 0 ? stage_.stopCode() : found.empty() ? 0 : 1;
+}
+
+} // namespace
+
+int direct(const DirectorOptions& options, const GuardianLink& guardian) {
+    return Rehearsal(options, guardian).run();
+}
+
+} // namespace velto::rehearsal

@@ -1,0 +1,33 @@
+// Puts a scenario on: starts every program, has the application place the call, and says how it went.
+#pragma once
+
+#include "rehearsal/director/Guardian.h"
+#include "rehearsal/scenario/Scenario.h"
+
+#include <filesystem>
+#include <string>
+
+namespace velto::rehearsal {
+
+/// A wire to cut, to see the rehearsal notice it.
+enum class Cut {
+    nothing,
+    uplink, ///< the feed device is muted: the callee hears nothing
+    loop,   ///< the loop device does not exist: the agent hears nothing
+};
+
+struct DirectorOptions {
+    Scenario scenario;
+    std::filesystem::path scenarioFile;
+    std::filesystem::path programs; ///< folder of the other programs
+    Cut cut = Cut::nothing;
+    bool json = false; ///< one JSON object at the end instead of text
+    bool keepFolder = false;
+};
+
+/// Blocks until the rehearsal is over; answers the exit code: 0 when everything was as it should be, 1 when
+/// not, 128 and the signal's number after a signal. Results go to standard output, troubles to standard
+/// error.
+int direct(const DirectorOptions& options, const GuardianLink& guardian);
+
+} // namespace velto::rehearsal

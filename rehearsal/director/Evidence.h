@@ -1,0 +1,86 @@
+// What the programs of a rehearsal report, collected and in order.
+#pragma once
+
+#include "rehearsal/scenario/Scenario.h"
+#include "rehearsal/signal/Mark.h"
+
+#include <boost/json/object.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velto::rehearsal {
+
+/// A call of the application's history.
+struct CallEntry {
+    std::string number;
+    std::string transcript;
+    double duration = 0; ///< s
+};
+
+struct DefaultDevices {
+    std::string input;
+    std::string output;
+    bool operator==(const DefaultDevices&) const = default;
+};
+
+/// One thread.
+class Evidence {
+  public:
+    using Time = std::chrono::nanoseconds;
+    struct HeardMark {
+        Mark mark;
+        Time at{};
+        bool operator==(const HeardMark&) const = default;
+    };
+    struct Leg {
+        std::uint64_t framesIn = 0;
+        std::uint64_t framesOut = 0;
+        int peakIn = 0;
+        int peakOut = 0;
+    };
+
+    void fromServer(const boost::json::object& event);
+    void fromCallee(const boost::json::object& event);
+
+    /// Whether the callee's ear has caught the mark at the end (or begin) of a line.
+    bool calleeHeard(int mark, Mark::Place place) const;
+    /// From the callee's last sound to the agent's first, both at the callee, for each turn.
+    std::vector<double> responseSeconds() const;
+    /// How long the callee still heard sound after each interruption had been told to the client, s.
+    std::vector<double> soundAfterInterruptionSeconds() const;
+
+    std::uint16_t serverPort = 0;
+    bool calleeReady = false;
+    std::vector<std::string> violations;
+    std::vector<HeardMark> heardByServer;
+    std::vector<HeardMark> heardByCallee;
+    std::vector<Time> interruptions;
+    bool greetAsked = false;
+    bool endCallAsked = false;
+    bool endCallAnswered = false;
+    bool serverClosed = false;
+    int closeCode = 0;
+    std::optional<std::string> dialled;
+    bool answered = false;
+    std::optional<std::string> ended; ///< the line's reason
+    Leg server;
+    Leg callee;
+
+    // What the director itself looks up.
+    std::optional<CallEntry> record;
+    DefaultDevices defaultsBefore;
+    DefaultDevices defaultsAfter;
+
+  private:
+    struct CalleeSound {
+        enum class Kind { said, begins, ends } kind;
+        Time at{};
+    };
+    std::vector<CalleeSound> sounds_;
+};
+
+} // namespace velto::rehearsal

@@ -1,0 +1,153 @@
+// Keeps a rehearsal from leaving anything behind.
+#include "rehearsal/director/Guardian.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <vector>
+
+namespace velto::rehearsal {
+namespace {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+constexpr std::chrono::milliseconds kTimeToEnd{1500};
+constexpr std::chrono::milliseconds kTimeToKill{2000};
+
+SteadyTime now() {
+    return std::chrono::steady_clock::now();
+}
+
+sigset_t watchedSignals() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
+        ::sigaddset(&signals, number);
+    return signals;
+}
+
+/// The fourth field of /proc/PID/stat; what precedes it is a name in parentheses that may hold anything.
+pid_t parentOf(const std::filesystem::path& process) {
+    std::ifstream file(process / "stat");
+    std::string text;
+    std::getline(file, text);
+    const auto name = text.rfind(')');
+    if (name == std::string::npos || name + 4 >= text.size())
+        return 0;
+    return static_cast<pid_t>(std::strtol(text.c_str() + name + 4, nullptr, 10));
+}
+
+std::vector<pid_t> childrenOf(pid_t parent) {
+    std::vector<pid_t> children;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
+        const auto name = entry.path().filename().string();
+        if (name.find_first_not_of("0123456789") == std::string::npos && parentOf(entry.path()) == parent)
+            children.push_back(static_cast<pid_t>(std::strtol(name.c_str(), nullptr, 10)));
+    }
+    return children;
+}
+
+void removeFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::filesystem::remove_all(folder, error);
+}
+
+/// Waits for the child to end; passes signals on to it.
+int waitFor(pid_t child) {
+    const auto signals = watchedSignals();
+    std::optional<SteadyTime> deadline;
+    while (true) {
+        int status = 0;
+        if (::waitpid(child, &status, WNOHANG) == child)
+            return status;
+        timespec patience{0, 200'000'000};
+        const int number = ::sigtimedwait(&signals, nullptr, &patience);
+        if (number == SIGINT || number == SIGTERM || number == SIGHUP) {
+            if (!deadline)
+                deadline = now() + kTimeToEnd;
+            ::kill(child, number);
+        }
+        if (deadline && now() > *deadline)
+            ::kill(child, SIGKILL);
+    }
+}
+
+} // namespace
+
+std::string describeExit(int status) {
+    if (WIFSIGNALED(status)) {
+        const auto* const name = ::sigabbrev_np(WTERMSIG(status));
+        return std::string("was killed (SIG") + (name != nullptr ? name : "?") + ")";
+    }
+    return "ended with exit code " + std::to_string(WEXITSTATUS(status));
+}
+
+void endDescendants() {
+    const auto deadline = now() + kTimeToKill;
+    // A dead child's own children come to this process, as the one that reaps: until none is left.
+    while (now() < deadline) {
+        for (const auto pid : childrenOf(::getpid()))
+            ::kill(pid, SIGKILL);
+        pid_t reaped = 0;
+        while ((reaped = ::waitpid(-1, nullptr, WNOHANG)) > 0) {
+        }
+        if (reaped < 0)
+            return;
+        ::usleep(2000);
+    }
+}
+
+void GuardianLink::cleanUp() const {
+    endDescendants();
+    removeFolder(folder_);
+}
+
+int runGuarded(const GuardianOptions& options, const std::function<int(const GuardianLink&)>& direct) {
+    // Short, because sockets live in it and their paths are limited to 107 bytes.
+    std::string pattern = "/tmp/velto-XXXXXX";
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        std::cerr << "velto-rehearse: cannot make a folder in /tmp: "
+                  << std::error_code(errno, std::generic_category()).message() << '\n';
+        return 1;
+    }
+    const std::filesystem::path folder = pattern;
+    std::array<int, 2> lifeline{-1, -1};
+    const auto signals = watchedSignals();
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    std::cout.flush();
+    const pid_t child = ::pipe2(lifeline.data(), O_CLOEXEC) == 0 ? ::fork() : -1;
+    if (child == 0) {
+        ::close(lifeline[1]);
+        ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+        const int code = direct(GuardianLink(folder, lifeline[0]));
+        std::cout.flush();
+        std::cerr.flush();
+        ::_exit(code);
+    }
+    int code = 1;
+    if (child > 0) {
+        const int status = waitFor(child);
+        if (WIFEXITED(status))
+            code = WEXITSTATUS(status);
+        else
+            std::cerr << "velto-rehearse: the director " << describeExit(status) << std::endl;
+    } else {
+        std::cerr << "velto-rehearse: cannot start a process\n";
+    }
+    endDescendants();
+    if (!options.keepFolder)
+        removeFolder(folder);
+    return code;
+}
+
+} // namespace velto::rehearsal

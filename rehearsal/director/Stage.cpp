@@ -1,0 +1,142 @@
+// Everything that runs during a rehearsal.
+#include "rehearsal/director/Stage.h"
+
+#include <boost/json.hpp>
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace velto::rehearsal {
+namespace {
+
+constexpr Stage::Duration kLook{20};
+constexpr Stage::Duration kTimeToEnd{1000};
+
+int openSignals() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        ::sigaddset(&signals, number);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+} // namespace
+
+Stage::Stage(const GuardianLink& guardian) : guardian_(guardian), signals_(openSignals()) {}
+
+Stage::~Stage() {
+    end();
+    for (const auto& watched : watched_)
+        ::close(watched.descriptor);
+    ::close(signals_);
+}
+
+ChildProcess* Stage::add(const ChildProgram& program, Heard heard) {
+    auto process = ChildProcess::start(program);
+    if (!process) {
+        fail(program.title + " could not be started");
+        return nullptr;
+    }
+    actors_.push_back({std::move(*process), std::move(heard)});
+    return &actors_.back().process;
+}
+
+void Stage::watch(const std::string& title, pid_t pid) {
+    watched_.push_back({title, pid, static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))});
+}
+
+void Stage::fail(const std::string& reason) {
+    if (failure_.empty())
+        failure_ = reason;
+}
+
+bool Stage::waitUntil(const std::function<bool()>& done, Duration limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (failure_.empty()) {
+        if (done())
+            return true;
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        pump(kLook);
+    }
+    return false;
+}
+
+void Stage::pump(Duration limit) {
+    std::vector<pollfd> all{{signals_, POLLIN, 0}, {guardian_.lifeline(), POLLIN, 0}};
+    for (const auto& actor : actors_) {
+        // poll() skips a negative descriptor.
+        all.push_back({actor.process.output(), POLLIN, 0});
+        all.push_back({actor.over ? -1 : actor.process.exitDescriptor(), POLLIN, 0});
+    }
+    for (const auto& watched : watched_)
+        all.push_back({watched.descriptor, POLLIN, 0});
+    if (::poll(all.data(), all.size(), static_cast<int>(limit.count())) <= 0)
+        return;
+    for (auto& actor : actors_)
+        listen(actor);
+    checkEnds();
+    if (signalfd_siginfo info{}; ::read(signals_, &info, sizeof info) == sizeof info) {
+        stopCode_ = 128 + static_cast<int>(info.ssi_signo);
+        const auto* const name = ::sigabbrev_np(static_cast<int>(info.ssi_signo));
+        fail(std::string("stopped by SIG") + (name != nullptr ? name : "?"));
+    }
+    if (all[1].revents != 0) {
+        guardianGone_ = true;
+        fail("the guardian (the outer velto-rehearse) was killed");
+    }
+}
+
+void Stage::listen(Actor& actor) {
+    for (const auto& line : actor.process.readLines()) {
+        boost::json::error_code error;
+        const auto value = boost::json::parse(line, error);
+        if (!error && value.is_object())
+            actor.heard(value.get_object());
+    }
+}
+
+void Stage::checkEnds() {
+    for (auto& actor : actors_)
+        if (const auto status = actor.process.exitStatus(); status && !actor.over) {
+            actor.over = true;
+            listen(actor);
+            if (!ending_)
+                fail(actor.process.title() + " " + describeExit(*status));
+        }
+    for (auto& watched : watched_) {
+        siginfo_t info{};
+        if (ending_ ||
+            ::waitid(P_PID, static_cast<id_t>(watched.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+            info.si_pid == 0)
+            continue;
+        const bool exited = info.si_code == CLD_EXITED;
+        fail(watched.title + " " + describeExit(exited ? W_EXITCODE(info.si_status, 0) : info.si_status));
+        ::close(std::exchange(watched.descriptor, -1));
+    }
+}
+
+void Stage::end() {
+    ending_ = true;
+    for (auto actor = actors_.rbegin(); actor != actors_.rend(); ++actor) {
+        const auto deadline = std::chrono::steady_clock::now() + kTimeToEnd;
+        actor->process.signal(SIGTERM);
+        while (!actor->over && std::chrono::steady_clock::now() < deadline && !guardianGone_)
+            pump(kLook);
+        if (!actor->over)
+            actor->process.signal(SIGKILL);
+        while (!actor->over) {
+            pump(kLook);
+            checkEnds();
+        }
+    }
+}
+
+} // namespace velto::rehearsal

@@ -1,0 +1,30 @@
+// The end of a rehearsal in words and in figures.
+#pragma once
+
+#include "rehearsal/director/Evidence.h"
+#include "rehearsal/director/ProcessUsage.h"
+
+#include <boost/json/object.hpp>
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace velto::rehearsal {
+
+struct Measurements {
+    std::string applicationStats; ///< the application's own last line of statistics; empty without one
+    double cpuPercent = 0;        ///< of one core, from the answer to the end of the call
+    double residentMB = 0;        ///< the most that was seen
+    double callSeconds = 0;
+};
+
+/// The text after the last "stats: " of the application's log; empty without one.
+std::string lastStats(const std::string& log);
+
+void printSummary(std::ostream& out, const Evidence& evidence, const Measurements& measurements);
+void printVerdict(std::ostream& out, const Scenario& scenario, const std::vector<std::string>& faults);
+boost::json::object summaryObject(const Scenario& scenario, const Evidence& evidence,
+                                  const Measurements& measurements, const std::vector<std::string>& faults);
+
+} // namespace velto::rehearsal

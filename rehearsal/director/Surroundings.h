@@ -1,0 +1,37 @@
+// The private world of a rehearsal: folders, environment, certificates, preferences.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace velto::rehearsal {
+
+/// Everything lies below one folder; nothing of the user's own session is in it.
+class Surroundings {
+  public:
+    explicit Surroundings(std::filesystem::path folder);
+
+    /// Makes the folders, the certificate authority with a server's certificate for "localhost", and an API
+    /// key; false when that fails.
+    bool prepare();
+    /// Where the application finds the voice server; false when that fails.
+    bool writePreferences(std::uint16_t serverPort) const;
+    /// Makes this process see the same files as the application, for the control client.
+    void enter() const;
+
+    /// Of every program: private folders, no session bus, the authority that is trusted.
+    std::map<std::string, std::string> environment() const;
+    /// Those of the variables that somebody needs to talk to the application, as shell words.
+    std::string environmentForPeople(const std::map<std::string, std::string>& sound) const;
+
+    std::filesystem::path file(const std::string& name) const { return folder_ / name; }
+    std::filesystem::path applicationLog() const;
+    const std::string& apiKey() const { return apiKey_; }
+
+  private:
+    std::filesystem::path folder_;
+    std::string apiKey_;
+};
+
+} // namespace velto::rehearsal

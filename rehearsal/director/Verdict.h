@@ -1,0 +1,18 @@
+// Whether a rehearsal went as its scenario says.
+#pragma once
+
+#include "rehearsal/director/Evidence.h"
+
+#include <string>
+#include <vector>
+
+namespace velto::rehearsal {
+
+/// One plain sentence for each thing that is not as it should be, the most telling first; empty when all is.
+/// A line counts as heard only by its mark at the other end.
+std::vector<std::string> faults(const Scenario& scenario, const Evidence& evidence);
+
+/// The call's line must be silent this soon after the client was told of an interruption, s.
+inline constexpr double kLongestSoundAfterInterruption = 0.5;
+
+} // namespace velto::rehearsal
