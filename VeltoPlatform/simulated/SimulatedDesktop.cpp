@@ -275,6 +275,7 @@ bool SimulatedDesktop::press(const ElementRef& element) {
 std::vector<RunningApplication> SimulatedDesktop::runningApplications() {
     const std::scoped_lock lock(shared_->mutex);
     std::vector<RunningApplication> running;
+    running.reserve(applications_.size());
     for (const auto& application : applications_)
         running.push_back(application.running);
     return running;
