@@ -30,8 +30,17 @@ using namespace std::chrono_literals;
 constexpr auto kToStart = 15s;
 constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
+constexpr std::size_t kLogLines = 12;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
+
+/// The end of a text, from the start of a line.
+std::string lastLines(const std::string& text, std::size_t count) {
+    auto begin = text.size();
+    while (count-- > 0 && begin > 0)
+        begin = begin < 2 ? 0 : text.rfind('\n', begin - 2) + 1;
+    return text.substr(begin);
+}
 
 std::string textIn(const json::object& object, std::string_view key) {
     const auto* value = object.if_contains(key);
@@ -93,7 +102,7 @@ class Rehearsal {
     Stage stage_;
     TranscriptPrinter printer_;
     ChildProcess* application_ = nullptr;
-    std::optional<ProcessUsage> usageAtAnswer_;
+    std::optional<ProcessUsage> usageAtDial_;
     int exitCode_ = 1;
 };
 
@@ -210,13 +219,13 @@ bool Rehearsal::isOver(const json::object& status) {
 
 void Rehearsal::watchUsage() {
     const auto usage = processUsage(application_->pid());
-    if (!usage || !evidence_.answered)
+    if (!usage || !evidence_.dialled)
         return;
-    if (!usageAtAnswer_)
-        usageAtAnswer_ = usage;
+    if (!usageAtDial_)
+        usageAtDial_ = usage;
     measurements_.residentMB = std::max(measurements_.residentMB, usage->residentMB);
-    measurements_.cpuPercent = cpuPercent(*usageAtAnswer_, *usage);
-    measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtAnswer_->at).count();
+    measurements_.cpuPercent = cpuPercent(*usageAtDial_, *usage);
+    measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtDial_->at).count();
 }
 
 bool Rehearsal::follow() {
@@ -270,8 +279,8 @@ void Rehearsal::finish(bool played) {
     stage_.end();
     inquiry_.reset();
     hardware_.reset();
-    if (const auto log = readFile(surroundings_.applicationLog()))
-        measurements_.applicationStats = lastStats(*log);
+    const auto log = readFile(surroundings_.applicationLog()).value_or("");
+    measurements_.applicationStats = lastStats(log);
     auto found = troubles_;
     if (evidence_.dialled && stage_.failure().empty())
         for (auto& fault : faults(scenario_, evidence_))
@@ -285,6 +294,8 @@ void Rehearsal::finish(bool played) {
             printSummary(std::cout, evidence_, measurements_);
         printVerdict(std::cout, scenario_, found);
     }
+    if (!found.empty() && stage_.stopCode() == 0 && !log.empty())
+        std::cerr << "\nThe last lines of the application's log:\n" << lastLines(log, kLogLines);
     if (options_.keepFolder)
         out() << "Kept: " << guardian_.folder().string() << std::endl;
     exitCode_ = stage_.stopCode() != 0 ? stage_.stopCode() : found.empty() ? 0 : 1;
