@@ -104,6 +104,7 @@ bool accepts(const std::string& path) {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> all;
+    all.reserve(texts.size() + 1);
     for (auto& text : texts)
         all.push_back(text.data());
     all.push_back(nullptr);

@@ -18,6 +18,8 @@ json::string_view view(std::string_view text) {
 
 /// Texts of the application, fit for the wire.
 json::string wireText(std::string_view text) {
+    if (isValidUtf8(text))
+        return json::string(view(text));
     return json::string(view(repairedUtf8(text)));
 }
 

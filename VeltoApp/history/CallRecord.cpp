@@ -19,9 +19,11 @@ SystemClock::time_point CallRecord::Time::timePoint() const {
     constexpr double kLimit = 9.2e9;
     const double seconds = std::isnan(sinceReference)
                                ? 0
-                               : std::clamp(sinceReference + kReferenceAfterUnixEpoch, -kLimit, kLimit);
-    return SystemClock::time_point(
-        std::chrono::duration_cast<SystemClock::duration>(std::chrono::duration<double>(seconds)));
+                               : std::clamp(sinceReference, -kLimit, kLimit - kReferenceAfterUnixEpoch);
+    // Apart, because a whole number of nanoseconds since 1970 is beyond a float's exact ones.
+    const double whole = std::floor(seconds);
+    return SystemClock::time_point(std::chrono::seconds(std::llround(whole + kReferenceAfterUnixEpoch)) +
+                                   std::chrono::nanoseconds(std::llround((seconds - whole) * 1e9)));
 }
 
 std::string CallRecord::durationText() const {

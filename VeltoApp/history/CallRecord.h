@@ -24,11 +24,11 @@ struct CallRecord {
     };
 
     UUID id = UUID::random();
-    std::string number; ///< may be empty
-    Time started;
-    double duration = 0;                      ///< seconds, finite
-    std::string transcript;                   ///< finished turns, separated by line feeds
-    std::optional<std::string> recordingPath; ///< absolute path of the recording
+    std::string number{}; ///< may be empty
+    Time started{};
+    double duration = 0;                        ///< seconds, finite
+    std::string transcript{};                   ///< finished turns, separated by line feeds
+    std::optional<std::string> recordingPath{}; ///< absolute path of the recording
 
     /// Over all fields: two records of one id with another field different are different.
     bool operator==(const CallRecord&) const = default;

@@ -89,8 +89,9 @@ std::optional<std::string> read(const fs::path& file) {
 
 bool replace(const fs::path& file, std::string_view content) {
     std::error_code error;
-    const auto target = fs::is_symlink(file, error) ? fs::weakly_canonical(file, error) : file;
-    if (error)
+    const bool isLink = fs::is_symlink(fs::symlink_status(file, error));
+    const auto target = isLink ? fs::weakly_canonical(file, error) : file;
+    if (isLink && error)
         return false;
     // A full disk must not cost the old content, so writing in place is for folders that take no new file.
     if (replaceByRename(target, content))

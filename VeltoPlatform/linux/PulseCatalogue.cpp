@@ -48,6 +48,7 @@ std::string text(const char* characters) {
 std::vector<PulseDevice> devices(const std::vector<PulseEndpoint>& sinks,
                                  const std::vector<PulseEndpoint>& sources) {
     std::vector<PulseDevice> list;
+    list.reserve(sinks.size() + sources.size());
     for (const auto& sink : sinks)
         list.push_back({0, sink, {}});
     for (const auto& source : sources) {

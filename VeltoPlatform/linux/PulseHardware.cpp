@@ -44,16 +44,6 @@ std::string text(const char* characters) {
     return characters == nullptr ? std::string() : std::string(characters);
 }
 
-std::optional<PulseDevice> find(PulseServer& server, AudioObjectID id) {
-    const auto devices = PulseCatalogue::read(server);
-    if (!devices)
-        return std::nullopt;
-    const auto found = std::ranges::find(*devices, id, &PulseDevice::id);
-    if (found == devices->end())
-        return std::nullopt;
-    return *found;
-}
-
 std::optional<ProcessUse> use(PulseServer& server, pid_t pid) {
     ProcessUse use;
     use.pid = pid;
@@ -90,8 +80,33 @@ PulseHardware::~PulseHardware() {
     observeReturn({});
 }
 
+PulseHardware::Devices PulseHardware::read() {
+    auto devices = PulseCatalogue::read(*server_);
+    std::lock_guard guard(mutex_);
+    list_ = devices ? std::make_shared<const std::vector<PulseDevice>>(std::move(*devices)) : nullptr;
+    listedAt_ = std::chrono::steady_clock::now();
+    return list_;
+}
+
+std::optional<PulseDevice> PulseHardware::find(AudioObjectID id) {
+    Devices devices;
+    {
+        std::lock_guard guard(mutex_);
+        if (std::chrono::steady_clock::now() - listedAt_ < listAge)
+            devices = list_;
+    }
+    if (!devices)
+        devices = read();
+    if (!devices)
+        return std::nullopt;
+    const auto found = std::ranges::find(*devices, id, &PulseDevice::id);
+    if (found == devices->end())
+        return std::nullopt;
+    return *found;
+}
+
 std::optional<std::vector<AudioObjectID>> PulseHardware::devices() {
-    const auto devices = PulseCatalogue::read(*server_);
+    const auto devices = read();
     if (!devices)
         return std::nullopt;
     std::vector<AudioObjectID> list;
@@ -100,7 +115,7 @@ std::optional<std::vector<AudioObjectID>> PulseHardware::devices() {
 }
 
 std::optional<std::string> PulseHardware::deviceName(AudioObjectID id) {
-    const auto device = find(*server_, id);
+    const auto device = find(id);
     if (!device || device->name().empty())
         return std::nullopt;
     return device->name();
@@ -108,7 +123,7 @@ std::optional<std::string> PulseHardware::deviceName(AudioObjectID id) {
 
 std::optional<std::vector<std::uint32_t>> PulseHardware::streamConfiguration(AudioObjectID id,
                                                                              AudioDirection direction) {
-    const auto device = find(*server_, id);
+    const auto device = find(id);
     if (!device)
         return std::nullopt;
     std::vector<std::uint32_t> streams;
@@ -129,7 +144,7 @@ std::optional<AudioObjectID> PulseHardware::defaultDevice(AudioDirection directi
             },
             &defaults)};
     });
-    const auto devices = answered ? PulseCatalogue::read(*server_) : std::nullopt;
+    const auto devices = answered ? read() : nullptr;
     if (!devices)
         return std::nullopt;
     const auto& name = direction == AudioDirection::input ? defaults.source : defaults.sink;
@@ -140,7 +155,7 @@ std::optional<AudioObjectID> PulseHardware::defaultDevice(AudioDirection directi
 }
 
 bool PulseHardware::setDefaultDevice(AudioDirection direction, AudioObjectID id) {
-    const auto device = find(*server_, id);
+    const auto device = find(id);
     if (!device || device->side(direction).channels == 0)
         return false;
     const auto& name = device->side(direction).serverName;

@@ -3,16 +3,22 @@
 
 #include "VeltoPlatform/AudioHardware.h"
 
+#include <chrono>
 #include <memory>
+#include <mutex>
 
 namespace velto {
 
 class PulseServer;
+struct PulseDevice;
 
-/// Every operation asks the server once and waits for it at most `PulseServer::answerLimit`. A process's
-/// object is its process identifier.
+/// An operation asks the server once or twice and waits at most `PulseServer::answerLimit` each time. What
+/// it lists serves the reads of single devices that follow within `listAge`, so that a walk over all devices
+/// is one question and not three for each device. A process's object is its process identifier.
 class PulseHardware final : public AudioHardware {
   public:
+    static constexpr std::chrono::milliseconds listAge{20};
+
     explicit PulseHardware(std::shared_ptr<PulseServer> server);
     ~PulseHardware() override;
 
@@ -28,7 +34,16 @@ class PulseHardware final : public AudioHardware {
     void observeReturn(std::function<void()> returned) override;
 
   private:
+    using Devices = std::shared_ptr<const std::vector<PulseDevice>>;
+
+    /// None when the server does not answer.
+    Devices read();
+    std::optional<PulseDevice> find(AudioObjectID device);
+
     std::shared_ptr<PulseServer> server_;
+    std::mutex mutex_;
+    Devices list_;
+    std::chrono::steady_clock::time_point listedAt_;
 };
 
 } // namespace velto

@@ -34,10 +34,10 @@ class PulseListener {
 class PulseServer {
   public:
     using Log = std::function<void(const std::string&)>;
-    static constexpr std::chrono::milliseconds answerLimit{400};
+    static constexpr std::chrono::milliseconds answerLimit{700};
 
-    /// `log` is told, on the sound thread and in one line each, why sound is silent and when it is back; it
-    /// must not ask the server anything. `address` as in PULSE_SERVER; "" is the user's server.
+    /// `log` is told, on any thread and in one line each, why sound is silent and when it is back; it must
+    /// not ask the server anything. `address` as in PULSE_SERVER; "" is the user's server.
     explicit PulseServer(Log log = {}, std::string address = {});
     ~PulseServer();
     PulseServer(const PulseServer&) = delete;

@@ -71,7 +71,7 @@ AudioStatus PulseUnit::start() {
     if (started_)
         return kAudioNoError;
     started_ = true;
-    gone_ = false;
+    silentBecause_.clear();
     patience_ = firstPatience;
     server_->add(*this);
     open();
@@ -107,7 +107,7 @@ void PulseUnit::connected(AudioDirection direction) {
 }
 
 bool PulseUnit::settled() const {
-    return gone_ || (stream_ && stream_->state() == PulseStream::State::running);
+    return !silentBecause_.empty() || (stream_ && stream_->state() == PulseStream::State::running);
 }
 
 void PulseUnit::tick() {
@@ -119,21 +119,46 @@ void PulseUnit::tick() {
         return;
     }
     if (stream_->state() == PulseStream::State::ended) {
-        close();
-        seek();
+        ended();
         return;
     }
     const auto quiet = stream_->quietFor();
-    if (stream_->moved() && quiet < firstPatience / 2)
+    if (stream_->moved() && quiet < firstPatience / 2) {
         patience_ = firstPatience;
+        if (!silentBecause_.empty())
+            server_->log("sound: device " + description_ + " is back");
+        silentBecause_.clear();
+        return;
+    }
     // A server that does not even answer to the opening gets the longest wait.
     const bool opening = stream_->state() == PulseStream::State::opening;
     if (quiet < (opening ? longestPatience : patience_))
         return;
-    server_->log("sound: " + description_ + " stands still, opening it again");
+    silent("stands still");
     patience_ = std::min(2 * patience_, longestPatience);
     close();
     seek();
+}
+
+/// A device that has worked, or is missing, is looked for at once; one that was refused, after a while.
+void PulseUnit::ended() {
+    const auto error = pa_context_errno(server_->context(direction_));
+    const bool again = stream_->moved() || error == PA_ERR_NOENTITY;
+    close();
+    if (again) {
+        seek();
+        return;
+    }
+    silent(std::string("cannot be opened: ") + pa_strerror(error));
+    nextSeek_ = pa_rtclock_now() + patience_;
+    patience_ = std::min(2 * patience_, longestPatience);
+}
+
+void PulseUnit::silent(const std::string& reason) {
+    if (silentBecause_ == reason)
+        return;
+    silentBecause_ = reason;
+    server_->log("sound: device " + description_ + ' ' + reason);
 }
 
 /// Looks for the device in the server's list, by its name there or else by its description, and opens it.
@@ -177,16 +202,12 @@ void PulseUnit::sought(const char* serverName, const char* description, bool las
     }
     pa_operation_unref(search_);
     search_ = nullptr;
-    if (found_) {
-        if (gone_)
-            server_->log("sound: device " + description_ + " is back");
-        gone_ = false;
-        serverName_ = *found_;
-        open();
-    } else if (!gone_) {
-        gone_ = true;
-        server_->log("sound: device " + description_ + " is gone");
+    if (!found_) {
+        silent("is gone");
+        return;
     }
+    serverName_ = *found_;
+    open();
 }
 
 void PulseUnit::open() {

@@ -42,6 +42,8 @@ class PulseUnit final : public OutputUnit, private PulseListener {
     void sought(const char* serverName, const char* description, bool last);
     void open();
     void close();
+    void ended();
+    void silent(const std::string& reason);
 
     std::shared_ptr<PulseServer> server_;
     AudioDirection direction_ = AudioDirection::output;
@@ -53,7 +55,7 @@ class PulseUnit final : public OutputUnit, private PulseListener {
 
     // Under the server's lock:
     bool started_ = false;
-    bool gone_ = false; ///< the server is there, but the device is not
+    std::string silentBecause_; ///< "" while sound moves, or may be about to
     std::unique_ptr<PulseStream> stream_;
     pa_operation* search_ = nullptr;
     std::optional<std::string> found_;

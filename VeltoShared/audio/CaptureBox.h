@@ -30,7 +30,7 @@ class CaptureBox {
     std::uint32_t channels = 2;
 
   private:
-    AudioStatus deliver(const RenderContext& render, std::uint32_t frames);
+    AudioStatus deliver(const RenderContext& render, std::uint32_t frames, AudioBuffer& buffer);
     void mixDown(const std::int16_t* interleaved, std::uint32_t frames);
 
     std::vector<std::int16_t> interleaved_;

@@ -129,7 +129,7 @@ std::size_t encode(std::span<const std::byte> bytes, char* out, Engine engine) {
         *to++ = '=';
     } else if (bytes.size() - at == 2) {
         putPair(static_cast<std::uint32_t>(in[at]) << 4 | in[at + 1] >> 4);
-        *to++ = kAlphabet[(in[at + 1] & 15) << 2];
+        *to++ = kAlphabet[(in[at + 1] & 15u) << 2];
         *to++ = '=';
     }
     return static_cast<std::size_t>(to - out);

@@ -61,9 +61,13 @@ std::optional<HostAddress> HostAddress::parse(std::string_view text) {
 }
 
 std::string HostAddress::header() const {
-    std::string text = host.find(':') == std::string::npos ? host : "[" + host + "]";
+    std::string text = host;
+    if (host.find(':') != std::string::npos) {
+        text.insert(text.begin(), '[');
+        text += ']';
+    }
     if (port != 443)
-        text += ":" + std::to_string(port);
+        text.append(":").append(std::to_string(port));
     return text;
 }
 

@@ -85,6 +85,7 @@ struct VoiceSocket::Impl {
     Stage stage = Stage::idle;
     bool isClosed = false; ///< by us
     bool isCut = false;
+    bool hasCloseFrame = false;
     bool isWriting = false;
     std::list<Waiter*> waiters;
 };
@@ -174,7 +175,7 @@ Failure VoiceSocket::Impl::receiveFailure(const error_code& error) {
                                 std::to_string(static_cast<unsigned>(reason.code)) +
                                 (text.empty() ? std::string() : ": " + text));
     }
-    if (error == websocket::error::closed)
+    if (hasCloseFrame)
         return transportFailure(host() + " closed the connection without a code");
     if (error == websocket::error::message_too_big || error == websocket::error::buffer_overflow)
         return transportFailure(host() + " sent a message of more than " + std::to_string(limits.message) +
@@ -220,6 +221,8 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     auto& tls = stream.next_layer();
     error_code error;
     impl_->socket().set_option(tcp::no_delay(true), error);
+    // Asio has OpenSSL free its record buffers whenever they are empty: one allocation for every message.
+    SSL_clear_mode(tls.native_handle(), SSL_MODE_RELEASE_BUFFERS);
     if (!TlsTrust::expectHost(tls.native_handle(), *impl_->address))
         co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
     co_await tls.async_handshake(asio::ssl::stream_base::client,
@@ -254,6 +257,10 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     stream.set_option(websocket::stream_base::timeout{
         std::chrono::duration_cast<websocket::stream_base::duration>(impl_->limits.closing),
         websocket::stream_base::none(), false});
+    // After a close frame the read may end with whatever the server's way of ending TLS gives.
+    stream.control_callback([impl = impl_.get()](websocket::frame_type kind, beast::string_view) {
+        impl->hasCloseFrame |= kind == websocket::frame_type::close;
+    });
     stream.text(true);
     co_return Result<>();
 }

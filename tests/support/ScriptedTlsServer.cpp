@@ -21,7 +21,8 @@ namespace {
 
 SSL_CTX* makeContext(const LocalAuthority::Issued& identity) {
     SSL_CTX* context = SSL_CTX_new(TLS_server_method());
-    BIO* memory = BIO_new_mem_buf(identity.certificatePEM.data(), static_cast<int>(identity.certificatePEM.size()));
+    BIO* memory =
+        BIO_new_mem_buf(identity.certificatePEM.data(), static_cast<int>(identity.certificatePEM.size()));
     X509* certificate = PEM_read_bio_X509(memory, nullptr, nullptr, nullptr);
     BIO_free(memory);
     memory = BIO_new_mem_buf(identity.keyPEM.data(), static_cast<int>(identity.keyPEM.size()));
@@ -122,15 +123,23 @@ std::optional<ServerPeer::Frame> ServerPeer::read() {
     char mask[4];
     if (!size || !impl_->readAll(mask, sizeof mask))
         return std::nullopt;
-    Frame frame{static_cast<int>(*head >> 8 & 0xF), std::string(*size, ' ')};
-    if (!impl_->readAll(frame.payload.data(), frame.payload.size()))
+    Frame received{static_cast<int>(*head >> 8 & 0xF), std::string(*size, ' ')};
+    if (!impl_->readAll(received.payload.data(), received.payload.size()))
         return std::nullopt;
-    for (std::size_t i = 0; i < frame.payload.size(); ++i)
-        frame.payload[i] = static_cast<char>(frame.payload[i] ^ mask[i % 4]);
-    return frame;
+    for (std::size_t i = 0; i < received.payload.size(); ++i)
+        received.payload[i] = static_cast<char>(received.payload[i] ^ mask[i % 4]);
+    if (received.opcode == 8)
+        send(frame(8, received.payload));
+    return received;
 }
 
-std::string ServerPeer::frame(int opcode, std::string_view payload, bool isLast, std::optional<std::uint64_t> size) {
+void ServerPeer::readUntil(int opcode) {
+    for (auto frame = read(); frame && frame->opcode != opcode;)
+        frame = read();
+}
+
+std::string ServerPeer::frame(int opcode, std::string_view payload, bool isLast,
+                              std::optional<std::uint64_t> size) {
     const std::uint64_t promised = size.value_or(payload.size());
     std::string bytes(1, static_cast<char>((isLast ? 0x80 : 0) | opcode));
     const int width = promised < 126 ? 0 : promised < 65536 ? 2 : 8;
@@ -184,10 +193,13 @@ ScriptedTlsServer::ScriptedTlsServer(Script script, LocalAuthority::Issued ident
 }
 
 ScriptedTlsServer::~ScriptedTlsServer() {
-    ended_ = true;
     ::shutdown(listener_, SHUT_RDWR);
-    if (const int socket = current_; socket >= 0)
-        ::shutdown(socket, SHUT_RDWR);
+    {
+        const std::lock_guard lock(mutex_);
+        ended_ = true;
+        if (current_ >= 0)
+            ::shutdown(current_, SHUT_RDWR);
+    }
     thread_.join();
     ::close(listener_);
 }
@@ -199,11 +211,17 @@ void ScriptedTlsServer::run() {
             return;
         const int on = 1;
         ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        current_ = socket;
-        if (!ended_) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (ended_)
+                ::shutdown(socket, SHUT_RDWR);
+            current_ = socket;
+        }
+        {
             ServerPeer peer(socket, identity_);
             script_(peer);
         }
+        const std::lock_guard lock(mutex_);
         current_ = -1;
         ::close(socket);
     }

@@ -3,10 +3,10 @@
 
 #include "rehearsal/LocalAuthority.h"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,8 +35,11 @@ class ServerPeer {
     /// TLS and WebSocket at once; answers the request's head.
     std::string accept();
 
-    /// The next frame of the client, unmasked; none when the connection is gone.
+    /// The next frame of the client, unmasked; none when the connection is gone. Answers a closing handshake.
     std::optional<Frame> read();
+    /// Drops frames up to one with this opcode, or to the end.
+    void readUntil(int opcode);
+    void readUntilClosed() { readUntil(8); }
     void sendText(std::string_view payload) { send(frame(0x1, payload)); }
     void sendBinary(std::string_view payload) { send(frame(0x2, payload)); }
     /// A server's frame; `payload` need not be all that `size` promises.
@@ -77,8 +80,9 @@ class ScriptedTlsServer {
     LocalAuthority::Issued identity_;
     int listener_ = -1;
     std::uint16_t port_ = 0;
-    std::atomic<int> current_ = -1;
-    std::atomic<bool> ended_ = false;
+    std::mutex mutex_;
+    int current_ = -1;
+    bool ended_ = false;
     std::thread thread_;
 };
 

@@ -20,8 +20,8 @@ struct Trusted {
     Trusted& operator=(const Trusted&) = delete;
 
     LocalAuthority authority;
-    std::filesystem::path file =
-        std::filesystem::temp_directory_path() / ("velto-test-authority-" + std::to_string(::getpid()) + ".pem");
+    std::filesystem::path file = std::filesystem::temp_directory_path() /
+                                 ("velto-test-authority-" + std::to_string(::getpid()) + ".pem");
 };
 
 } // namespace

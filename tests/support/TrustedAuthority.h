@@ -5,8 +5,8 @@
 
 namespace velto::test {
 
-/// The first call makes it known through SSL_CERT_FILE; it must come before the process's first connection and
-/// while there is one thread.
+/// The first call makes it known through SSL_CERT_FILE; it must come before the process's first connection
+/// and while there is one thread.
 LocalAuthority& trustedAuthority();
 
 } // namespace velto::test

@@ -1,0 +1,66 @@
+// The control server on its real socket, with a main thread and a background thread of their own.
+#pragma once
+
+#include "VeltoApp/control/ControlServer.h"
+#include "VeltoApp/history/CallHistoryStore.h"
+#include "VeltoShared/core/AppPaths.h"
+#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/Executors.h"
+#include "tests/control/ControlFakes.h"
+#include "tests/support/TestComputer.h"
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+namespace velto::test {
+
+class ServerFixture : public ::testing::Test {
+  protected:
+    ServerFixture() {
+        MainThread::install(main_.get_executor());
+        background = std::make_unique<BackgroundThread>();
+        thread_ = std::thread([this] { main_.run(); });
+        onMain([this] {
+            history = std::make_unique<CallHistoryStore>(AppPaths::historyFile());
+            server = std::make_shared<ControlServer>(*history);
+            server->start(session, agent, setup);
+        });
+    }
+    ~ServerFixture() override {
+        onMain([this] { server.reset(); });
+        background.reset();
+        guard_.reset();
+        thread_.join();
+        MainThread::install({});
+    }
+
+    /// Runs `work` on the main thread and waits for it.
+    void onMain(std::function<void()> work) {
+        std::packaged_task<void()> task(std::move(work));
+        auto done = task.get_future();
+        asio::post(main_, std::move(task));
+        done.get();
+    }
+    std::string ask(std::string_view bytes) const { return RawClient(path()).ask(bytes); }
+    static std::filesystem::path path() { return AppPaths::controlSocket(); }
+
+    TestComputer computer;
+    std::shared_ptr<FakeSession> session = std::make_shared<FakeSession>();
+    std::shared_ptr<FakeAgent> agent = std::make_shared<FakeAgent>();
+    std::shared_ptr<FakeReadiness> setup = std::make_shared<FakeReadiness>();
+    std::unique_ptr<CallHistoryStore> history;
+    std::shared_ptr<ControlServer> server;
+    std::unique_ptr<BackgroundThread> background;
+
+  private:
+    asio::io_context main_{1};
+    asio::executor_work_guard<asio::io_context::executor_type> guard_ = asio::make_work_guard(main_);
+    std::thread thread_;
+};
+
+} // namespace velto::test

@@ -1,0 +1,164 @@
+// The Gemini Live wire format: what is sent, key by key, and what each received message stands for.
+#include "VeltoShared/voice/GeminiMessages.h"
+
+#include "tests/voice/EventText.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+namespace velto {
+namespace {
+
+namespace json = boost::json;
+using Lines = std::vector<std::string>;
+
+GeminiMessages make(std::string key = "k", std::string instruction = "Be \"brief\"\n") {
+    return {std::move(key), "some-model", "Puck", std::move(instruction), "localhost:1"};
+}
+
+Lines handled(GeminiMessages& messages, std::string_view text) {
+    Lines lines;
+    for (const auto& event : messages.handle(text))
+        lines.push_back(test::text(event));
+    return lines;
+}
+
+TEST(GeminiMessages, RequestEscapesTheKey) {
+    const auto request = make("a+b/c=&d ~-._%\xC3\xA9").request();
+    EXPECT_EQ(request.host, "localhost:1");
+    EXPECT_EQ(request.target, "/ws/google.ai.generativelanguage.v1beta.GenerativeService.BidiGenerateContent"
+                              "?key=a%2Bb%2Fc%3D%26d%20~-._%25%C3%A9");
+    EXPECT_TRUE(request.headers.empty());
+}
+
+TEST(GeminiMessages, SetupHasExactlyTheseKeys) {
+    EXPECT_EQ(json::parse(make().configuration()), json::parse(R"({"setup":{
+        "model":"models/some-model",
+        "generationConfig":{"responseModalities":["AUDIO"],
+            "speechConfig":{"voiceConfig":{"prebuiltVoiceConfig":{"voiceName":"Puck"}}}},
+        "systemInstruction":{"parts":[{"text":"Be \"brief\"\n"}]},
+        "realtimeInputConfig":{"automaticActivityDetection":{"disabled":false,"silenceDurationMs":500},
+            "activityHandling":"START_OF_ACTIVITY_INTERRUPTS"},
+        "inputAudioTranscription":{},"outputAudioTranscription":{},
+        "tools":[{"functionDeclarations":[{"name":"end_call",
+            "description":"Hang up the phone call. Call this once the goal is complete and you have said goodbye.",
+            "parameters":{"type":"OBJECT","properties":{"reason":{"type":"STRING",
+                "description":"Short reason the call is ending (e.g. 'goal met', 'no longer needed')."}}}}]}]}})"));
+    EXPECT_EQ(json::parse(make("k", "bad \xFF").configuration())
+                  .at_pointer("/setup/systemInstruction/parts/0/text"),
+              "bad \xEF\xBF\xBD");
+}
+
+TEST(GeminiMessages, AudioOfEverySize) {
+    auto messages = make();
+    const std::string pcm(5000, 'x');
+    for (const std::size_t size : {640u, 0u, 1u, 2u, 3u, 5000u, 641u}) {
+        const auto bytes = std::as_bytes(std::span(pcm).first(size));
+        std::string base64(Base64::encodedSize(size), ' ');
+        Base64::encode(bytes, base64.data());
+        EXPECT_EQ(messages.audio(bytes),
+                  R"({"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":")" + base64 +
+                      R"("}}})");
+    }
+}
+
+TEST(GeminiMessages, TextTurnAndToolResponse) {
+    EXPECT_EQ(make().clientText("Say \"hi\" \x01"),
+              Lines{R"({"clientContent":{"turns":[{"role":"user","parts":[{"text":"Say \"hi\" \u0001"}]}],)"
+                    R"("turnComplete":true}})"});
+    const auto response = [](std::string result) {
+        const auto sent = make().toolResponse("id 1", "end_call", result);
+        EXPECT_EQ(sent.size(), 1u);
+        const auto parsed = json::parse(sent.front());
+        EXPECT_EQ(parsed.at_pointer("/toolResponse/functionResponses/0/id"), "id 1");
+        EXPECT_EQ(parsed.at_pointer("/toolResponse/functionResponses/0/name"), "end_call");
+        return json::serialize(parsed.at_pointer("/toolResponse/functionResponses/0/response"));
+    };
+    EXPECT_EQ(response(R"( {"status" : "hanging_up"} )"), R"({"status":"hanging_up"})");
+    EXPECT_EQ(response("[1, 2]"), "[1,2]");
+    for (const std::string text : {"", "nonsense", "{", "5", "\"text\"", "null", "true", "{} {}"})
+        EXPECT_EQ(response(text), "{}") << text;
+    EXPECT_EQ(response(std::string(100'000, '[')), "{}");
+}
+
+TEST(GeminiMessages, OrderOfBranches) {
+    auto messages = make();
+    const std::pair<const char*, Lines> cases[] = {
+        {R"({"serverContent":{"turnComplete":true},"setupComplete":{}})", {"setup"}},
+        {R"({"setupComplete":null,"goAway":1})", {"setup"}},
+        {R"({"goAway":false,"toolCall":{"functionCalls":[{}]}})", {"closed goAway"}},
+        {R"({"toolCall":{"functionCalls":[{"id":"1","name":"end_call","args":{"reason":"goal met"}},{"id":"2"}]},
+             "serverContent":{"turnComplete":true}})",
+         {R"(tool 1|end_call|{"reason":"goal met"})", "tool 2||{}"}},
+        {R"({"toolCall":{"functionCalls":[]},"serverContent":{"turnComplete":true}})", {}},
+        {R"({"serverContent":{"turnComplete":true,"modelTurn":{"parts":[
+             {"inlineData":{"data":"QUI=","mimeType":7}},{"text":"thought"},{"inlineData":{"data":"Q0Q="}}]},
+             "outputTranscription":{"text":"hello"},"interrupted":true}})",
+         {"interrupted", "agent hello", "audio AB", "audio CD", "turn"}},
+        {R"({"serverContent":{"inputTranscription":{"text":"\u00fc"},"outputTranscription":{"text":"o"}}})",
+         {"caller \xC3\xBC", "agent o"}},
+    };
+    for (const auto& [text, lines] : cases)
+        EXPECT_EQ(handled(messages, text), lines) << text;
+}
+
+TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
+    auto messages = make();
+    // A tool call of another shape does not hide the content beside it.
+    for (const char* call : {"null", "5", "[]", "{}", R"({"functionCalls":{}})", R"({"functionCalls":null})",
+                             R"({"functionCalls":[{},5]})"})
+        EXPECT_EQ(handled(messages,
+                          std::string(R"({"serverContent":{"turnComplete":true},"toolCall":)") + call + "}"),
+                  Lines{"turn"})
+            << call;
+    for (const char* fields :
+         {R"("id":5,"name":null,"args":5)", R"("id":[],"name":{},"args":"text")", R"("args":null)"})
+        EXPECT_EQ(handled(messages, std::string(R"({"toolCall":{"functionCalls":[{)") + fields + "}]}}"),
+                  Lines{"tool ||{}"})
+            << fields;
+    for (const char* wrong :
+         {R"("interrupted":"true")", R"("interrupted":1)", R"("interrupted":false)",
+          R"("inputTranscription":"hi")", R"("inputTranscription":{"text":""})",
+          R"("inputTranscription":{"text":5})", R"("outputTranscription":{})",
+          R"("outputTranscription":[{"text":"x"}])", R"("modelTurn":[])", R"("modelTurn":{"parts":{}})",
+          R"("modelTurn":{"parts":[5,{"inlineData":{"data":"QQ=="}}]})",
+          R"("modelTurn":{"parts":[{"inlineData":5},{"inlineData":{}},{"inlineData":{"data":5}}]})",
+          R"("modelTurn":{"parts":[{"inlineData":{"data":"QQ"}},{"inlineData":{"data":"Q\nQ="}}]})"})
+        EXPECT_EQ(handled(messages, std::string(R"({"serverContent":{)") + wrong +
+                                        R"(,"outputTranscription":{"text":"on"},"turnComplete":true}})"),
+                  (Lines{"agent on", "turn"}))
+            << wrong;
+    for (const char* nothing :
+         {"", " ", "null", "5", "[]", "\"setupComplete\"", "{}", "{", R"({"setupComplete":)",
+          R"({"setupComplete":{}}x)", R"({"SetupComplete":{}})", R"({"serverContent":[]})",
+          R"({"serverContent":"x"})", R"({"serverContent":{"turnComplete":"true"}})", "\xFF"})
+        EXPECT_EQ(handled(messages, nothing), Lines{}) << nothing;
+}
+
+TEST(GeminiMessages, BadBase64SkipsOnlyItsPart) {
+    auto messages = make();
+    EXPECT_EQ(handled(messages, R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":"QQ=!"}},
+        {"inlineData":{"data":"QQ=="}},{"inlineData":{"data":""}}]}}})"),
+              (Lines{"audio A", "audio "}));
+}
+
+TEST(GeminiMessages, DepthIsBoundedAndTheNextMessageUnharmed) {
+    auto messages = make();
+    for (const std::size_t depth : {100u, 1'000'000u}) {
+        EXPECT_EQ(handled(messages,
+                          R"({"setupComplete":)" + std::string(depth, '[') + std::string(depth, ']') + "}"),
+                  Lines{});
+        EXPECT_EQ(handled(messages, R"({"a":)" + std::string(depth, '{')), Lines{});
+        EXPECT_EQ(handled(messages, R"({"setupComplete":[[{}]]})"), Lines{"setup"});
+    }
+    const std::string large(3'000'000, 'A');
+    const auto events = messages.handle(R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":")" +
+                                        large + R"("}}]}}})");
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(std::get<event::Audio>(events[0]).chunk.bytes().size(), large.size() / 4 * 3);
+}
+
+} // namespace
+} // namespace velto

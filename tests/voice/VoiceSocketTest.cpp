@@ -1,0 +1,89 @@
+// Opening a connection: every refusal, who is trusted, and the limits.
+#include "VeltoShared/voice/VoiceSessionFactory.h"
+#include "tests/voice/VoiceFixture.h"
+
+namespace velto {
+namespace {
+
+using test::ScriptedTlsServer;
+using test::ServerPeer;
+
+class VoiceSocketTest : public test::VoiceFixture {
+  protected:
+    static std::string failure(const std::string& host, VoiceSocket::Limits limits = {}) {
+        const auto session = client(host, limits);
+        const auto connected = run(session->connect());
+        run(session->close());
+        // A session that never was connected delivers nothing else.
+        EXPECT_EQ(next(*session), "closed client closed");
+        return connected ? "connected" : connected.error().description;
+    }
+};
+
+const ScriptedTlsServer::Script kAccept = [](ServerPeer& peer) {
+    peer.accept();
+    peer.readUntilClosed();
+};
+
+TEST_F(VoiceSocketTest, CertificatesMustBeForTheHostAndFromAnAuthority) {
+    const ScriptedTlsServer other(kAccept, "elsewhere.example");
+    EXPECT_EQ(failure(other.host()),
+              "the certificate of " + other.host() + " was refused: hostname mismatch");
+    const ScriptedTlsServer named(kAccept, "localhost");
+    EXPECT_EQ(failure(named.host()), "connected");
+    const auto byAddress = "127.0.0.1:" + std::to_string(named.port());
+    EXPECT_EQ(failure(byAddress), "the certificate of " + byAddress + " was refused: IP address mismatch");
+    const ScriptedTlsServer addressed(kAccept, "127.0.0.1");
+    EXPECT_EQ(failure("127.0.0.1:" + std::to_string(addressed.port())), "connected");
+    LocalAuthority stranger;
+    const ScriptedTlsServer untrusted(kAccept, stranger.issue("localhost"));
+    EXPECT_EQ(failure(untrusted.host()), "the certificate of " + untrusted.host() +
+                                             " was refused: unable to get local issuer certificate");
+}
+
+TEST_F(VoiceSocketTest, RefusalsAreDescribedWithoutTheKey) {
+    const ScriptedTlsServer refusing([](ServerPeer& peer) {
+        peer.acceptTls();
+        peer.readRequest();
+        peer.send("HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n");
+    });
+    EXPECT_EQ(failure(refusing.host()), refusing.host() + " refused the connection: HTTP 403 Forbidden");
+    std::string closedHost;
+    {
+        const ScriptedTlsServer gone(kAccept);
+        closedHost = "127.0.0.1:" + std::to_string(gone.port());
+    }
+    EXPECT_EQ(failure(closedHost), "cannot connect to " + closedHost + ": Connection refused");
+    const ScriptedTlsServer silent([](ServerPeer& peer) { peer.acceptTls(); });
+    EXPECT_TRUE(failure(silent.host()).starts_with("no WebSocket connection to " + silent.host() + ": "));
+    const ScriptedTlsServer plain([](ServerPeer&) {});
+    EXPECT_TRUE(failure(plain.host()).starts_with("no secure connection to " + plain.host() + ": "));
+    EXPECT_EQ(failure("not a host"), "\"not a host\" is not a host");
+    VoiceSocket::Limits impatient;
+    impatient.connectivity = {};
+    EXPECT_TRUE(failure("name.invalid", impatient).starts_with("cannot find name.invalid: "));
+}
+
+TEST_F(VoiceSocketTest, AStalledHandshakeIsLimitedAndCanBeLeft) {
+    std::promise<void> done;
+    const auto over = done.get_future().share();
+    const ScriptedTlsServer stalled([&](ServerPeer&) { over.wait(); });
+    VoiceSocket::Limits limits;
+    limits.opening = std::chrono::milliseconds(30);
+    EXPECT_EQ(failure(stalled.host(), limits), stalled.host() + " did not answer in time");
+    const auto session = client(stalled.host());
+    auto connected = asio::co_spawn(Background::executor(), session->connect(), asio::use_future);
+    run(session->close());
+    EXPECT_EQ(connected.get().error().description, "the session was closed");
+    done.set_value();
+}
+
+TEST_F(VoiceSocketTest, AProviderWithoutAClientSaysSo) {
+    const auto session = makeVoiceSession(VoiceProvider::openai, "k", "m", "v", "i");
+    EXPECT_EQ(run(session->connect()).error().description, "OpenAI Realtime is not available in this build");
+    run(session->close());
+    EXPECT_EQ(next(*session, 2), (test::Lines{"closed client closed", "end"}));
+}
+
+} // namespace
+} // namespace velto

@@ -1,0 +1,77 @@
+// The small values of the voice room: providers, hosts, broken UTF-8.
+#include "VeltoShared/voice/HostAddress.h"
+#include "VeltoShared/voice/Utf8.h"
+#include "VeltoShared/voice/VoiceProvider.h"
+
+#include <gtest/gtest.h>
+
+namespace velto {
+namespace {
+
+TEST(VoiceProvider, OnlyTheExactRawValuesName) {
+    EXPECT_EQ(voiceProvider("gemini"), VoiceProvider::gemini);
+    EXPECT_EQ(voiceProvider("openai"), VoiceProvider::openai);
+    for (const char* text : {"", "Gemini", " openai", "openai ", "openAI", "gemini\n"})
+        EXPECT_FALSE(voiceProvider(text)) << text;
+}
+
+TEST(VoiceProvider, VoicesBeginWithTheDefault) {
+    for (const auto provider : kAllVoiceProviders)
+        EXPECT_EQ(voices(provider).front(), defaultVoice(provider));
+    EXPECT_EQ(voices(VoiceProvider::gemini).size(), 30u);
+    EXPECT_EQ(voices(VoiceProvider::gemini).back(), "Sulafat");
+    EXPECT_EQ(voices(VoiceProvider::openai).size(), 8u);
+    EXPECT_EQ(inputRate(VoiceProvider::gemini), 16000);
+    EXPECT_EQ(inputRate(VoiceProvider::openai), 24000);
+}
+
+TEST(HostAddress, HostsAndPorts) {
+    const auto expect = [](std::string_view text, std::string host, std::uint16_t port, bool isLiteral,
+                           std::string header) {
+        const auto address = HostAddress::parse(text);
+        ASSERT_TRUE(address) << text;
+        EXPECT_EQ(*address, (HostAddress{host, port, isLiteral})) << text;
+        EXPECT_EQ(address->header(), header);
+    };
+    expect("example.org", "example.org", 443, false, "example.org");
+    expect("localhost:8443", "localhost", 8443, false, "localhost:8443");
+    expect("127.0.0.1:1", "127.0.0.1", 1, true, "127.0.0.1:1");
+    expect("::1", "::1", 443, true, "[::1]");
+    expect("[::1]:65535", "::1", 65535, true, "[::1]:65535");
+    expect("[fe80::1]", "fe80::1", 443, true, "[fe80::1]");
+    for (const char* text :
+         {"", ":443", "host:", "host:0", "host:65536", "host:44x", "host:-1", "a b", "a/b", "user@host",
+          "https://host", "[::1", "[::1]x", "[host]:1", "[]:1", "a:b:c", "host\n"})
+        EXPECT_FALSE(HostAddress::parse(text)) << text;
+}
+
+TEST(Utf8, BrokenPartsBecomeReplacementCharacters) {
+    const std::string r = "\xEF\xBF\xBD";
+    const std::string plain(130, 'x');
+    const std::pair<std::string, std::string> cases[] = {
+        {"gr\xC3\xBC\xC3\x9F", "gr\xC3\xBC\xC3\x9F"},
+        {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+        {"\xFF", r},
+        {"a\x80"
+         "b",
+         "a" + r + "b"},
+        {"\xC3", r},
+        {"\xC0\xAF", r + r},                 // overlong
+        {"\xE0\x80\x80", r + r + r},         // overlong
+        {"\xED\xA0\x80", r + r + r},         // a surrogate
+        {"\xF4\x90\x80\x80", r + r + r + r}, // beyond the last character
+        {"\xF0\x9F\x98"
+         "z",
+         r + "z"},                                    // three of four bytes are one broken part
+        {"\xE2\x82\xE2\x82\xAC", r + "\xE2\x82\xAC"}, // then a whole character
+    };
+    for (const auto& [bytes, text] : cases) {
+        EXPECT_EQ(Utf8::repaired(bytes), text);
+        EXPECT_EQ(Utf8::repaired(plain + bytes + plain), plain + text + plain);
+        EXPECT_EQ(Utf8::isWellFormed(plain + bytes), bytes == text);
+        EXPECT_TRUE(Utf8::isWellFormed(Utf8::repaired(bytes)));
+    }
+}
+
+} // namespace
+} // namespace velto

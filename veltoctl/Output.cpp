@@ -1,0 +1,68 @@
+// Printing with plain writes, whose errors count.
+#include "veltoctl/Output.h"
+
+#include "VeltoShared/core/Utf8.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace velto::ctl {
+namespace {
+
+int writeAll(int fd, std::string_view text) {
+    while (!text.empty()) {
+        const auto written = ::write(fd, text.data(), text.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return errno;
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+bool isControl(std::string_view text, std::size_t i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (byte == 0xC2 && i + 1 < text.size()) // U+0080 to U+009F
+        return static_cast<unsigned char>(text[i + 1]) < 0xA0;
+    return (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F;
+}
+
+} // namespace
+
+std::string printable(std::string_view text) {
+    const auto valid = repairedUtf8(text);
+    std::string shown;
+    shown.reserve(valid.size());
+    for (std::size_t i = 0; i < valid.size(); ++i) {
+        if (!isControl(valid, i)) {
+            shown += valid[i];
+            continue;
+        }
+        shown += "\xEF\xBF\xBD";
+        if (static_cast<unsigned char>(valid[i]) == 0xC2)
+            ++i;
+    }
+    return shown;
+}
+
+bool Output::line(std::string_view text) {
+    if (error_ == 0)
+        error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n');
+    return error_ == 0;
+}
+
+void Output::message(std::string_view text) {
+    writeAll(STDERR_FILENO, "veltoctl: " + std::string(text) + '\n');
+}
+
+int Output::exitStatus(int planned) const {
+    if (error_ == 0 || error_ == EPIPE)
+        return planned;
+    message("standard output: " + std::string(::strerrordesc_np(error_)));
+    return kFailed;
+}
+
+} // namespace velto::ctl
