@@ -19,7 +19,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <deque>
 #include <iostream>
+#include <sstream>
 
 namespace velto::rehearsal {
 namespace {
@@ -34,12 +36,22 @@ constexpr std::size_t kLogLines = 12;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
 
-/// The end of a text, from the start of a line.
-std::string lastLines(const std::string& text, std::size_t count) {
-    auto begin = text.size();
-    while (count-- > 0 && begin > 0)
-        begin = begin < 2 ? 0 : text.rfind('\n', begin - 2) + 1;
-    return text.substr(begin);
+/// The newest lines of the application's log, without those that every call has plenty of.
+std::string newestLines(const std::string& log) {
+    std::deque<std::string> newest;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        const auto has = [&](const char* part) { return line.find(part) != std::string::npos; };
+        if (has("session: agent: ") || has("session: caller: ") || has("session: stats: "))
+            continue;
+        newest.push_back(line);
+        if (newest.size() > kLogLines)
+            newest.pop_front();
+    }
+    std::string text;
+    for (const auto& line : newest)
+        text += line + "\n";
+    return text;
 }
 
 std::string textIn(const json::object& object, std::string_view key) {
@@ -295,7 +307,7 @@ void Rehearsal::finish(bool played) {
         printVerdict(std::cout, scenario_, found);
     }
     if (!found.empty() && stage_.stopCode() == 0 && !log.empty())
-        std::cerr << "\nThe last lines of the application's log:\n" << lastLines(log, kLogLines);
+        std::cerr << "\nThe last lines of the application's log:\n" << newestLines(log);
     if (options_.keepFolder)
         out() << "Kept: " << guardian_.folder().string() << std::endl;
     exitCode_ = stage_.stopCode() != 0 ? stage_.stopCode() : found.empty() ? 0 : 1;
