@@ -208,9 +208,10 @@ bool Rehearsal::placeCall() {
     explain();
     const auto reply = ask({{"cmd", "call"}, {"number", scenario_.number}, {"goal", scenario_.goal}});
     const auto* ok = reply ? reply->if_contains("ok") : nullptr;
+    if (!reply)
+        return fail("the application did not answer the request for the call");
     if (ok == nullptr || *ok != true)
-        return fail("the application did not take the call: " +
-                    (reply ? json::serialize(*reply) : std::string("no answer")));
+        return fail("the application did not take the call: " + json::serialize(*reply));
     if (textIn(*reply, "state") == "error")
         return fail("the application could not start the call; see its log");
     return true;
