@@ -133,6 +133,9 @@ void PulseServer::failed(Connection& connection) {
 }
 
 void PulseServer::becameReady() {
+    everReady_ = true;
+    // Before the news: whoever hears it may ask at once.
+    publish(State::ready);
     if (lostAt_ != 0) {
         const auto away = static_cast<double>(pa_rtclock_now() - lostAt_) / PA_USEC_PER_SEC;
         std::array<char, 64> line{};
@@ -141,8 +144,6 @@ void PulseServer::becameReady() {
         lostAt_ = 0;
         returnAt_ = pa_rtclock_now();
     }
-    everReady_ = true;
-    publish(State::ready);
 }
 
 void PulseServer::publish(State state) {

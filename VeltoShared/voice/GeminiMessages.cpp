@@ -88,7 +88,9 @@ GeminiMessages::GeminiMessages(std::string apiKey, std::string model, std::strin
       audio_(kAudioPrefix, kAudioSuffix), parser_({}, bounded()) {}
 
 VoiceSocket::Request GeminiMessages::request() const {
-    return {host_, std::string(kPath) + "?key=" + percentEncoded(apiKey_), {}};
+    std::string target(kPath);
+    target.append("?key=").append(percentEncoded(apiKey_));
+    return {host_, std::move(target), {}};
 }
 
 std::string GeminiMessages::configuration() const {

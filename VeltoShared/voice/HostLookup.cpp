@@ -89,8 +89,8 @@ struct HostLookup::Impl {
     asio::posix::stream_descriptor waiting;
 };
 
-HostLookup::HostLookup(asio::any_io_executor executor)
-    : impl_(std::make_unique<Impl>(Impl{asio::posix::stream_descriptor(std::move(executor))})) {}
+HostLookup::HostLookup(const asio::any_io_executor& executor)
+    : impl_(std::make_unique<Impl>(Impl{asio::posix::stream_descriptor(executor)})) {}
 
 HostLookup::~HostLookup() = default;
 

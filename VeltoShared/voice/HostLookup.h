@@ -25,7 +25,7 @@ class HostLookup {
         bool mayPass = false; ///< the failure is one of the network, not of the name
     };
 
-    explicit HostLookup(asio::any_io_executor executor);
+    explicit HostLookup(const asio::any_io_executor& executor);
     ~HostLookup();
 
     /// The addresses in the order in which to try them. An address literal is answered at once.
