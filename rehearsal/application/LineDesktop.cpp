@@ -3,7 +3,10 @@
 
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
 #include <boost/asio/read_until.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/json.hpp>
 
@@ -34,14 +37,15 @@ std::string clockText(long seconds) {
 
 } // namespace
 
-std::shared_ptr<LineDesktop> LineDesktop::connect(SimulatedDesktop& desktop, asio::any_io_executor executor,
+std::shared_ptr<LineDesktop> LineDesktop::connect(SimulatedDesktop& desktop,
+                                                  const asio::any_io_executor& executor,
                                                   const std::string& socketPath) {
     Socket socket(executor);
     boost::system::error_code error;
     socket.connect(asio::local::stream_protocol::endpoint(socketPath), error);
     if (error)
         return nullptr;
-    const std::shared_ptr<LineDesktop> line(new LineDesktop(desktop, std::move(socket)));
+    std::shared_ptr<LineDesktop> line(new LineDesktop(desktop, std::move(socket)));
     line->start();
     return line;
 }
@@ -157,7 +161,7 @@ asio::awaitable<void> LineDesktop::read() {
     ended();
 }
 
-void LineDesktop::send(boost::json::object message) {
+void LineDesktop::send(const boost::json::object& message) {
     queue_.push_back(boost::json::serialize(message) + "\n");
     if (!std::exchange(writing_, true))
         asio::co_spawn(socket_.get_executor(), write(), asio::detached);

@@ -24,8 +24,8 @@ namespace velto::rehearsal {
 class LineDesktop : public std::enable_shared_from_this<LineDesktop> {
   public:
     /// None when nobody listens on the socket.
-    static std::shared_ptr<LineDesktop> connect(SimulatedDesktop& desktop, asio::any_io_executor executor,
-                                                const std::string& socketPath);
+    static std::shared_ptr<LineDesktop>
+    connect(SimulatedDesktop& desktop, const asio::any_io_executor& executor, const std::string& socketPath);
 
   private:
     using Socket = asio::local::stream_protocol::socket;
@@ -35,7 +35,7 @@ class LineDesktop : public std::enable_shared_from_this<LineDesktop> {
     asio::awaitable<void> read();
     asio::awaitable<void> write();
     asio::awaitable<void> countSeconds(unsigned call);
-    void send(boost::json::object message);
+    void send(const boost::json::object& message);
     void received(const boost::json::object& message);
 
     bool open(const std::string& url);

@@ -3,6 +3,9 @@
 
 #include "rehearsal/signal/LineVoice.h"
 
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <boost/json.hpp>
 
 namespace velto::rehearsal {

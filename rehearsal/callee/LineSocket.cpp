@@ -3,7 +3,10 @@
 
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
 #include <boost/asio/read_until.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/json.hpp>
 
@@ -16,7 +19,7 @@ constexpr std::size_t kLongestLine = 65536;
 
 } // namespace
 
-LineSocket::LineSocket(asio::any_io_executor executor, const std::string& path, Callbacks callbacks)
+LineSocket::LineSocket(const asio::any_io_executor& executor, const std::string& path, Callbacks callbacks)
     : acceptor_(executor, Protocol::endpoint(path)), callbacks_(std::move(callbacks)) {}
 
 asio::awaitable<void> LineSocket::serve() {
@@ -49,7 +52,7 @@ asio::awaitable<void> LineSocket::read(Peer peer) {
     }
 }
 
-void LineSocket::send(boost::json::object message) {
+void LineSocket::send(const boost::json::object& message) {
     if (!peer_)
         return;
     queue_.push_back(boost::json::serialize(message) + "\n");

@@ -22,11 +22,11 @@ class LineSocket {
     };
 
     /// Throws boost::system::system_error when the socket cannot be made at this path.
-    LineSocket(boost::asio::any_io_executor executor, const std::string& path, Callbacks callbacks);
+    LineSocket(const boost::asio::any_io_executor& executor, const std::string& path, Callbacks callbacks);
 
     boost::asio::awaitable<void> serve();
     /// Drops the object when no desktop is there.
-    void send(boost::json::object message);
+    void send(const boost::json::object& message);
 
   private:
     using Protocol = boost::asio::local::stream_protocol;

@@ -3,6 +3,7 @@
 #include "rehearsal/scenario/ScenarioFile.h"
 
 #include <CLI/CLI.hpp>
+#include <boost/asio/co_spawn.hpp>
 #include <boost/asio/signal_set.hpp>
 
 #include <iostream>
@@ -26,7 +27,7 @@ int main(int argc, char** argv) {
         boost::asio::signal_set signals(context, SIGTERM, SIGINT);
         signals.async_wait([&](auto, auto) { context.stop(); });
         Callee callee(context, *scenario, line, reportToStandardOutput);
-        boost::asio::co_spawn(context, callee.run(), [](std::exception_ptr error) {
+        boost::asio::co_spawn(context, callee.run(), [](const std::exception_ptr& error) {
             if (error)
                 std::rethrow_exception(error);
         });

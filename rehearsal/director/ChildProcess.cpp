@@ -33,7 +33,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     ::setpgid(0, 0);
     sigset_t none;
     ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
     ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);
     if (errors >= 0)
@@ -48,8 +48,9 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 std::optional<ChildProcess> ChildProcess::start(const ChildProgram& program) {
     auto arguments = program.arguments;
     std::vector<std::string> environment;
+    environment.reserve(program.environment.size());
     for (const auto& [name, value] : program.environment)
-        environment.push_back(name + "=" + value);
+        environment.emplace_back(name).append("=").append(value);
     const auto argumentPointers = pointers(arguments);
     const auto environmentPointers = pointers(environment);
     std::array<int, 2> ends{-1, -1};

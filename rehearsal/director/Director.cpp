@@ -19,7 +19,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <deque>
 #include <iostream>
+#include <sstream>
 
 namespace velto::rehearsal {
 namespace {
@@ -30,8 +32,27 @@ using namespace std::chrono_literals;
 constexpr auto kToStart = 15s;
 constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
+constexpr std::size_t kLogLines = 12;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
+
+/// The newest lines of the application's log, without those that every call has plenty of.
+std::string newestLines(const std::string& log) {
+    std::deque<std::string> newest;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        const auto has = [&](const char* part) { return line.find(part) != std::string::npos; };
+        if (has("session: agent: ") || has("session: caller: ") || has("session: stats: "))
+            continue;
+        newest.push_back(line);
+        if (newest.size() > kLogLines)
+            newest.pop_front();
+    }
+    std::string text;
+    for (const auto& line : newest)
+        text += line + "\n";
+    return text;
+}
 
 std::string textIn(const json::object& object, std::string_view key) {
     const auto* value = object.if_contains(key);
@@ -93,7 +114,7 @@ class Rehearsal {
     Stage stage_;
     TranscriptPrinter printer_;
     ChildProcess* application_ = nullptr;
-    std::optional<ProcessUsage> usageAtAnswer_;
+    std::optional<ProcessUsage> usageAtDial_;
     int exitCode_ = 1;
 };
 
@@ -187,9 +208,10 @@ bool Rehearsal::placeCall() {
     explain();
     const auto reply = ask({{"cmd", "call"}, {"number", scenario_.number}, {"goal", scenario_.goal}});
     const auto* ok = reply ? reply->if_contains("ok") : nullptr;
+    if (!reply)
+        return fail("the application did not answer the request for the call");
     if (ok == nullptr || *ok != true)
-        return fail("the application did not take the call: " +
-                    (reply ? json::serialize(*reply) : std::string("no answer")));
+        return fail("the application did not take the call: " + json::serialize(*reply));
     if (textIn(*reply, "state") == "error")
         return fail("the application could not start the call; see its log");
     return true;
@@ -210,13 +232,13 @@ bool Rehearsal::isOver(const json::object& status) {
 
 void Rehearsal::watchUsage() {
     const auto usage = processUsage(application_->pid());
-    if (!usage || !evidence_.answered)
+    if (!usage || !evidence_.dialled)
         return;
-    if (!usageAtAnswer_)
-        usageAtAnswer_ = usage;
+    if (!usageAtDial_)
+        usageAtDial_ = usage;
     measurements_.residentMB = std::max(measurements_.residentMB, usage->residentMB);
-    measurements_.cpuPercent = cpuPercent(*usageAtAnswer_, *usage);
-    measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtAnswer_->at).count();
+    measurements_.cpuPercent = cpuPercent(*usageAtDial_, *usage);
+    measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtDial_->at).count();
 }
 
 bool Rehearsal::follow() {
@@ -270,8 +292,8 @@ void Rehearsal::finish(bool played) {
     stage_.end();
     inquiry_.reset();
     hardware_.reset();
-    if (const auto log = readFile(surroundings_.applicationLog()))
-        measurements_.applicationStats = lastStats(*log);
+    const auto log = readFile(surroundings_.applicationLog()).value_or("");
+    measurements_.applicationStats = lastStats(log);
     auto found = troubles_;
     if (evidence_.dialled && stage_.failure().empty())
         for (auto& fault : faults(scenario_, evidence_))
@@ -285,6 +307,8 @@ void Rehearsal::finish(bool played) {
             printSummary(std::cout, evidence_, measurements_);
         printVerdict(std::cout, scenario_, found);
     }
+    if (!found.empty() && stage_.stopCode() == 0 && !log.empty())
+        std::cerr << "\nThe last lines of the application's log:\n" << newestLines(log);
     if (options_.keepFolder)
         out() << "Kept: " << guardian_.folder().string() << std::endl;
     exitCode_ = stage_.stopCode() != 0 ? stage_.stopCode() : found.empty() ? 0 : 1;

@@ -51,6 +51,8 @@ void Evidence::fromServer(const json::object& event) {
         violations.push_back(text(event, "what"));
     } else if (what == "heard") {
         heardByServer.push_back(heardMark(event));
+    } else if (what == "speaks") {
+        spoken.push_back(static_cast<int>(integer(event, "mark")));
     } else if (what == "interrupted") {
         interruptions.push_back(at(event));
     } else if (what == "greetAsked") {
@@ -77,6 +79,8 @@ void Evidence::fromCallee(const json::object& event) {
         answered = true;
     } else if (what == "heard") {
         heardByCallee.push_back(heardMark(event));
+    } else if (what == "says") {
+        spoken.push_back(static_cast<int>(integer(event, "mark")));
     } else if (what == "said") {
         sounds_.push_back({CalleeSound::Kind::said, at(event)});
     } else if (what == "soundBegins") {

@@ -56,6 +56,7 @@ class Evidence {
     std::uint16_t serverPort = 0;
     bool calleeReady = false;
     std::vector<std::string> violations;
+    std::vector<int> spoken; ///< marks of the lines that either side began to say, in order
     std::vector<HeardMark> heardByServer;
     std::vector<HeardMark> heardByCallee;
     std::vector<Time> interruptions;

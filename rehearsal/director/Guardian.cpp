@@ -122,7 +122,7 @@ int runGuarded(const GuardianOptions& options, const std::function<int(const Gua
     const std::filesystem::path folder = pattern;
     std::array<int, 2> lifeline{-1, -1};
     const auto signals = watchedSignals();
-    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::cout.flush();
     const pid_t child = ::pipe2(lifeline.data(), O_CLOEXEC) == 0 ? ::fork() : -1;

@@ -23,7 +23,7 @@ int openSignals() {
     ::sigemptyset(&signals);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         ::sigaddset(&signals, number);
-    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 

@@ -14,7 +14,7 @@ namespace velto::rehearsal {
 
 struct Measurements {
     std::string applicationStats; ///< the application's own last line of statistics; empty without one
-    double cpuPercent = 0;        ///< of one core, from the answer to the end of the call
+    double cpuPercent = 0;        ///< of one core, from dialling to the end of the call
     double residentMB = 0;        ///< the most that was seen
     double callSeconds = 0;
 };

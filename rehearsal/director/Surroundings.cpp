@@ -81,7 +81,7 @@ void Surroundings::enter() const {
 std::string Surroundings::environmentForPeople(const std::map<std::string, std::string>& sound) const {
     std::string text = "XDG_DATA_HOME=" + file("data").string();
     for (const auto& [name, value] : sound)
-        text += " " + name + "=" + value;
+        text.append(" ").append(name).append("=").append(value);
     return text;
 }
 

@@ -38,28 +38,71 @@ struct Ear {
     Side speaker;
 };
 
-void checkEar(const Scenario& scenario, const Ear& ear, const std::vector<Mark>& heard, Faults& found) {
-    const auto expected = expectedMarks(scenario, ear.speaker);
-    if (heard == expected)
+bool contains(const std::vector<Mark>& marks, Mark mark) {
+    return std::find(marks.begin(), marks.end(), mark) != marks.end();
+}
+
+/// Whether anything of what was said reached the listener at all.
+void checkWire(const Ear& ear, const Evidence& evidence, const std::vector<Mark>& heard,
+               const std::vector<Mark>& expected, Faults& found) {
+    if (!heard.empty() || expected.empty())
         return;
-    if (heard.empty()) {
-        found.push_back(std::string("the ") + ear.listener + " heard nothing: no mark reached " + ear.place);
-        return;
+    const bool said = std::any_of(expected.begin(), expected.end(), [&](const Mark& mark) {
+        return std::find(evidence.spoken.begin(), evidence.spoken.end(), mark.number) !=
+               evidence.spoken.end();
+    });
+    found.push_back(std::string("the ") + ear.listener + " heard nothing: no mark reached " + ear.place +
+                    (said ? "" : ", and nothing was said"));
+}
+
+void checkLines(const Scenario& scenario, const Ear& ear, const Evidence& evidence,
+                const std::vector<Mark>& heard, Faults& found) {
+    for (std::size_t i = 0; i < scenario.lines.size(); ++i) {
+        const auto& line = scenario.lines[i];
+        if (line.side != ear.speaker || scenario.isUnheard(i) ||
+            std::find(evidence.spoken.begin(), evidence.spoken.end(), line.mark) == evidence.spoken.end())
+            continue;
+        const bool begin = contains(heard, {line.mark, Mark::Place::begin});
+        const bool end = contains(heard, {line.mark, Mark::Place::end});
+        const auto subject = std::string("the ") + ear.listener;
+        if (!begin || (!end && !scenario.isCut(i)))
+            found.push_back(subject + " did not hear " +
+                            (begin ? "the end of "
+                             : end ? "the begin of "
+                                   : "") +
+                            "line " + quoted(line));
+        else if (end && scenario.isCut(i))
+            found.push_back(subject + " heard line " + quoted(line) +
+                            " to its end, though it was talked over");
     }
+}
+
+void checkEar(const Scenario& scenario, const Ear& ear, const Evidence& evidence,
+              const std::vector<Evidence::HeardMark>& heardMarks, Faults& found) {
+    const auto heard = marks(heardMarks);
+    const auto expected = expectedMarks(scenario, ear.speaker);
+    if (heard == expected || heard.empty())
+        return;
     const auto before = found.size();
-    for (const auto& mark : expected)
-        if (std::find(heard.begin(), heard.end(), mark) == heard.end())
-            found.push_back(std::string("the ") + ear.listener + " did not hear the " +
-                            (mark.place == Mark::Place::begin ? "begin" : "end") + " of line " +
-                            quoted(scenario.lines[*scenario.find(mark.number)]));
+    checkLines(scenario, ear, evidence, heard, found);
     for (const auto& mark : heard)
-        if (std::find(expected.begin(), expected.end(), mark) == expected.end())
-            found.push_back(std::string("the ") + ear.listener + " heard the " +
-                            (mark.place == Mark::Place::begin ? "begin" : "end") + " of line " +
+        if (!contains(expected, mark) && !contains(expected, {mark.number, Mark::Place::begin}))
+            found.push_back(std::string("the ") + ear.listener + " heard line " +
                             std::to_string(mark.number) + ", which should not have sounded there");
-    if (found.size() == before)
+    const bool isBegin =
+        heard.size() < expected.size() && std::equal(heard.begin(), heard.end(), expected.begin());
+    if (found.size() == before && !isBegin)
         found.push_back(std::string("the ") + ear.listener +
                         " heard the lines in another order, or one twice");
+}
+
+void checkSpoken(const Scenario& scenario, const Evidence& evidence, Faults& found) {
+    std::string missing;
+    for (const auto& line : scenario.lines)
+        if (std::find(evidence.spoken.begin(), evidence.spoken.end(), line.mark) == evidence.spoken.end())
+            missing += (missing.empty() ? "" : ", ") + std::to_string(line.mark);
+    if (!missing.empty())
+        found.push_back("never said, because nothing led to it: line " + missing);
 }
 
 void checkEnd(const Scenario& scenario, const Evidence& evidence, Faults& found) {
@@ -126,9 +169,13 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     Faults found;
     for (const auto& violation : evidence.violations)
         found.push_back("the voice server refused the application: " + violation);
-    checkEar(scenario, {"agent", "the voice server", Side::callee}, marks(evidence.heardByServer), found);
-    checkEar(scenario, {"callee", "the phone's microphone input", Side::agent}, marks(evidence.heardByCallee),
-             found);
+    const Ear agent{"agent", "the voice server", Side::callee};
+    const Ear callee{"callee", "the phone's microphone input", Side::agent};
+    checkWire(agent, evidence, marks(evidence.heardByServer), expectedMarks(scenario, Side::callee), found);
+    checkWire(callee, evidence, marks(evidence.heardByCallee), expectedMarks(scenario, Side::agent), found);
+    checkEar(scenario, agent, evidence, evidence.heardByServer, found);
+    checkEar(scenario, callee, evidence, evidence.heardByCallee, found);
+    checkSpoken(scenario, evidence, found);
     checkInterruptions(scenario, evidence, found);
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);

@@ -17,12 +17,12 @@ enum class CallEnd {
 struct ScenarioLine {
     int mark = 0; ///< 0 to 99, unlike every other line's
     Side side = Side::agent;
-    std::string text;
+    std::string text{};
     /// Callee only: how long after the silence that follows the line before, s.
     double pause = 0.2;
     /// Callee only: talk over the agent's line, this long after its begin mark was heard, s. That line is
     /// then cut: its begin is heard and its end is not.
-    std::optional<double> over;
+    std::optional<double> over{};
 };
 
 struct Scenario {

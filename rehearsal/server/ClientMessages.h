@@ -8,9 +8,11 @@
 #include <boost/system/result.hpp>
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace velto::rehearsal {

@@ -35,7 +35,8 @@ std::optional<Samples> decode(std::string_view text) {
     const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
     bytes.resize(bytes.size() - padding);
     // The decoder is lax (blanks, stray bits): only what encodes back to the same text was canonical.
-    if (bytes.size() % 2 != 0 || encodeBytes(data, bytes.size()) != text)
+    if (bytes.size() % 2 != 0 ||
+        encodeBytes(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) != text)
         return {};
     Samples samples(bytes.size() / 2);
     std::memcpy(samples.data(), bytes.data(), bytes.size());

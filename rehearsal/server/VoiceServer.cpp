@@ -3,8 +3,12 @@
 
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http.hpp>
@@ -18,7 +22,6 @@ namespace {
 namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = beast::http;
-namespace json = boost::json;
 namespace websocket = beast::websocket;
 using Tcp = asio::ip::tcp;
 using Error = boost::system::error_code;
@@ -163,9 +166,10 @@ asio::awaitable<void> VoiceServer::Impl::session(Socket& socket) {
         Conversation::Hooks{[queue](Outgoing message) { queue->push_back(std::move(message)); }, report});
     // The writer must be gone before the socket is.
     asio::steady_timer writerGone(socket.get_executor(), asio::steady_timer::time_point::max());
-    asio::co_spawn(
-        socket.get_executor(), speakOn(conversation, queue, socket, ended),
-        [&writerGone](std::exception_ptr) { writerGone.expires_at(asio::steady_timer::time_point::min()); });
+    asio::co_spawn(socket.get_executor(), speakOn(conversation, queue, socket, ended),
+                   [&writerGone](const std::exception_ptr&) {
+                       writerGone.expires_at(asio::steady_timer::time_point::min());
+                   });
     beast::flat_buffer buffer;
     std::uint16_t closeCode = 0;
     while (true) {

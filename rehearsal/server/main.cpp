@@ -5,6 +5,7 @@
 #include "rehearsal/server/VoiceServer.h"
 
 #include <CLI/CLI.hpp>
+#include <boost/asio/co_spawn.hpp>
 #include <boost/asio/signal_set.hpp>
 
 #include <cstdlib>
@@ -30,7 +31,7 @@ int run(VoiceServerOptions options) {
     boost::asio::signal_set signals(context, SIGTERM, SIGINT);
     signals.async_wait([&](auto, auto) { context.stop(); });
     VoiceServer server(std::move(options), reportToStandardOutput);
-    boost::asio::co_spawn(context, server.serve(), [](std::exception_ptr error) {
+    boost::asio::co_spawn(context, server.serve(), [](const std::exception_ptr& error) {
         if (error)
             std::rethrow_exception(error);
     });
