@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <deque>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 namespace velto::rehearsal {
@@ -29,6 +30,7 @@ namespace {
 namespace json = boost::json;
 using namespace std::chrono_literals;
 
+constexpr const char* kSoundServer = "the sound server (pulseaudio)";
 constexpr auto kToStart = 15s;
 constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
@@ -94,6 +96,7 @@ class Rehearsal {
     std::optional<json::object> ask(json::object request);
     bool placeCall();
     bool follow();
+    void restartSoundWhenDue();
     bool isOver(const json::object& status);
     void watchUsage();
     void takeRecord();
@@ -115,6 +118,7 @@ class Rehearsal {
     TranscriptPrinter printer_;
     ChildProcess* application_ = nullptr;
     std::optional<ProcessUsage> usageAtDial_;
+    std::set<int> restartedBefore_; ///< marks of the lines before which the sound server was restarted
     int exitCode_ = 1;
 };
 
@@ -139,7 +143,7 @@ bool Rehearsal::startSound() {
     if (!started)
         return fail(started.error().description);
     sound_ = std::move(*started);
-    stage_.watch("the sound server (pulseaudio)", sound_->pid());
+    stage_.watch(kSoundServer, sound_->pid());
     for (const auto& [name, value] : sound_->clientEnvironment())
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
     hardware_ = std::make_unique<PulseHardware>(std::make_shared<PulseServer>([](const std::string&) {}));
@@ -241,6 +245,24 @@ void Rehearsal::watchUsage() {
     measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtDial_->at).count();
 }
 
+void Rehearsal::restartSoundWhenDue() {
+    for (std::size_t i = 1; i < scenario_.lines.size(); ++i) {
+        const auto mark = scenario_.lines[i].mark;
+        if (!scenario_.lines[i].afterSoundRestart || restartedBefore_.contains(mark) ||
+            !evidence_.calleeHeard(scenario_.lines[i - 1].mark, Mark::Place::end))
+            continue;
+        restartedBefore_.insert(mark);
+        printer_.note("(the sound server is killed and started again)");
+        stage_.unwatch(sound_->pid());
+        sound_->kill();
+        const auto restarted = sound_->restart();
+        if (!restarted)
+            fail(restarted.error().description);
+        else
+            stage_.watch(kSoundServer, sound_->pid());
+    }
+}
+
 bool Rehearsal::follow() {
     const auto deadline =
         std::chrono::steady_clock::now() + std::chrono::duration<double>(scenario_.deadline);
@@ -257,8 +279,10 @@ bool Rehearsal::follow() {
                     texts.emplace_back(line.is_string() ? std::string(line.get_string()) : "?");
                 printer_.show(texts);
             }
-        if (!over)
+        if (!over) {
+            restartSoundWhenDue();
             stage_.waitUntil([] { return false; }, kBetweenLooks);
+        }
     }
     if (!over) {
         printer_.finish();

@@ -48,6 +48,15 @@ ChildProcess* Stage::add(const ChildProgram& program, Heard heard) {
     return &actors_.back().process;
 }
 
+void Stage::unwatch(pid_t pid) {
+    std::erase_if(watched_, [pid](const Watched& watched) {
+        if (watched.pid != pid)
+            return false;
+        ::close(watched.descriptor);
+        return true;
+    });
+}
+
 void Stage::watch(const std::string& title, pid_t pid) {
     watched_.push_back({title, pid, static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))});
 }

@@ -31,6 +31,8 @@ class Stage {
     ChildProcess* add(const ChildProgram& program, Heard heard);
     /// A process that somebody else has started and will reap.
     void watch(const std::string& title, pid_t pid);
+    /// Its end is no failure any more.
+    void unwatch(pid_t pid);
 
     /// Lets things happen until `done` answers true (asked again after each event and every 20 ms) or the
     /// time is over; answers whether it is done. False at once after a failure.

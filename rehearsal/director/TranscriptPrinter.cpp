@@ -28,6 +28,13 @@ std::string TranscriptPrinter::verdict(const std::string& line) const {
     return "not a line of the scenario";
 }
 
+void TranscriptPrinter::note(const std::string& text) {
+    if (terminal_)
+        out_ << "\r\033[K";
+    out_ << "  " << text << std::endl;
+    pending_.clear();
+}
+
 void TranscriptPrinter::print(const std::string& line) {
     if (terminal_)
         out_ << "\r\033[K";

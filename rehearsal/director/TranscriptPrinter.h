@@ -17,6 +17,8 @@ class TranscriptPrinter {
 
     /// All lines so far; the last one may still grow.
     void show(const std::vector<std::string>& lines);
+    /// A word of the director's between the lines.
+    void note(const std::string& text);
     /// The call is over: nothing grows any more.
     void finish();
 

@@ -23,6 +23,8 @@ struct ScenarioLine {
     /// Callee only: talk over the agent's line, this long after its begin mark was heard, s. That line is
     /// then cut: its begin is heard and its end is not.
     std::optional<double> over{};
+    /// Callee only: the sound server is killed and started again in the pause before this line.
+    bool afterSoundRestart = false;
 };
 
 struct Scenario {

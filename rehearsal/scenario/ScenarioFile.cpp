@@ -13,6 +13,9 @@ namespace {
 
 namespace json = boost::json;
 
+/// For the sound server to come back and everybody to find it again, s.
+constexpr double kRestartPause = 3;
+
 /// Thrown and caught in this file only.
 struct Wrong {
     std::string message;
@@ -52,6 +55,12 @@ class Fields {
             throw Wrong{at(key) + " is not a number from " + shortest(least) + " to " + shortest(most)};
         return number;
     }
+    bool flag(std::string_view key) {
+        const auto* value = find(key);
+        if (value != nullptr && !value->is_bool())
+            throw Wrong{at(key) + " is neither true nor false"};
+        return value != nullptr && value->get_bool();
+    }
     void noOthers() const {
         for (const auto& entry : *object_)
             if (!taken_.contains(std::string(entry.key())))
@@ -83,8 +92,12 @@ ScenarioLine parseLine(const json::value& value, const std::string& path) {
         throw Wrong{fields.at("text") + " has blanks at an end"};
     line.pause = fields.number("pause", 0, 30).value_or(line.pause);
     line.over = fields.number("over", 0, 30);
-    if (line.side == Side::agent && (fields.find("pause") != nullptr || line.over))
-        throw Wrong{path + ": \"pause\" and \"over\" are for lines of the callee"};
+    line.afterSoundRestart = fields.flag("afterSoundRestart");
+    if (line.side == Side::agent && (fields.find("pause") != nullptr || line.over || line.afterSoundRestart))
+        throw Wrong{path + ": \"pause\", \"over\" and \"afterSoundRestart\" are for lines of the callee"};
+    if (line.afterSoundRestart && (line.over || line.pause < kRestartPause))
+        throw Wrong{path + ": a restart of the sound server needs a pause of at least " +
+                    std::to_string(static_cast<int>(kRestartPause)) + " s"};
     fields.noOthers();
     return line;
 }
@@ -110,8 +123,8 @@ void check(const Scenario& scenario) {
             throw Wrong{path + ".mark is used twice"};
         if (i > 0 && line.side == scenario.lines[i - 1].side)
             throw Wrong{path + ".side: the sides must take turns"};
-        if (i == 0 && line.over)
-            throw Wrong{path + ".over: there is no line before it"};
+        if (i == 0 && (line.over || line.afterSoundRestart))
+            throw Wrong{path + ": there is no line before it to be talked over or waited for"};
     }
     if (scenario.lines.empty())
         throw Wrong{"scenario.lines is empty"};
