@@ -21,7 +21,7 @@ constexpr auto common = static_cast<pa_stream_flags_t>(
 
 } // namespace
 
-pa_sample_spec PulseStream::specification(const StreamFormat& format) {
+pa_sample_spec PulseStream::serverFormat(const StreamFormat& format) {
     return {PA_SAMPLE_S16NE, static_cast<std::uint32_t>(std::lround(format.sampleRate)),
             static_cast<std::uint8_t>(format.channels)};
 }
@@ -30,15 +30,15 @@ bool PulseStream::canCarry(const StreamFormat& format) {
     if (!(format.sampleRate >= 100 && format.sampleRate <= PA_RATE_MAX) || format.channels < 1 ||
         format.channels > PA_CHANNELS_MAX)
         return false;
-    const auto spec = specification(format);
-    return pa_sample_spec_valid(&spec) != 0;
+    const auto wanted = serverFormat(format);
+    return pa_sample_spec_valid(&wanted) != 0;
 }
 
 PulseStream::PulseStream(pa_context* context, AudioDirection direction, const std::string& device,
                          const StreamFormat& format, const PulseStreamCallbacks& callbacks)
     : format_(format), callbacks_(callbacks), movedAt_(pa_rtclock_now()) {
     if (direction == AudioDirection::input)
-        period_.resize(static_cast<std::size_t>(specification(format).rate / 100) * format.channels);
+        period_.resize(static_cast<std::size_t>(serverFormat(format).rate / 100) * format.channels);
     open(context, direction, device);
 }
 
@@ -52,23 +52,23 @@ PulseStream::~PulseStream() {
 }
 
 void PulseStream::open(pa_context* context, AudioDirection direction, const std::string& device) {
-    const auto spec = specification(format_);
+    const auto wanted = serverFormat(format_);
     pa_channel_map map;
-    pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
-    stream_ = pa_stream_new(context, "Velto", &spec, &map);
+    pa_channel_map_init_extend(&map, wanted.channels, PA_CHANNEL_MAP_DEFAULT);
+    stream_ = pa_stream_new(context, "Velto", &wanted, &map);
     if (stream_ == nullptr)
         return;
     pa_buffer_attr buffer;
     std::fill_n(reinterpret_cast<unsigned char*>(&buffer), sizeof buffer, static_cast<unsigned char>(0xff));
     if (direction == AudioDirection::input) {
-        buffer.fragsize = static_cast<std::uint32_t>(pa_usec_to_bytes(captureFragment, &spec));
+        buffer.fragsize = static_cast<std::uint32_t>(pa_usec_to_bytes(captureFragment, &wanted));
         pa_stream_set_read_callback(
             stream_, [](pa_stream*, std::size_t, void* self) { static_cast<PulseStream*>(self)->record(); },
             this);
         pa_stream_connect_record(stream_, device.c_str(), &buffer, common);
         return;
     }
-    buffer.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(playbackLatency, &spec));
+    buffer.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(playbackLatency, &wanted));
     pa_stream_set_write_callback(
         stream_,
         [](pa_stream*, std::size_t bytes, void* self) { static_cast<PulseStream*>(self)->play(bytes); },
@@ -76,7 +76,7 @@ void PulseStream::open(pa_context* context, AudioDirection direction, const std:
     // The server would otherwise give back the volume that some earlier stream of ours had; relative, because
     // a server with flat volumes would turn the speaker itself up.
     pa_cvolume full;
-    pa_cvolume_set(&full, spec.channels, PA_VOLUME_NORM);
+    pa_cvolume_set(&full, wanted.channels, PA_VOLUME_NORM);
     pa_stream_connect_playback(stream_, device.c_str(), &buffer,
                                static_cast<pa_stream_flags_t>(common | PA_STREAM_RELATIVE_VOLUME), &full,
                                nullptr);
@@ -149,8 +149,8 @@ std::size_t PulseStream::staleFrames(std::size_t readable) {
     const auto age = movedAt_ - runningSince_;
     if (age > pacedStart)
         return 0;
-    const auto spec = specification(format_);
-    const auto possible = pa_usec_to_bytes(age + pacingSlack, &spec) / format_.bytesPerFrame();
+    const auto wanted = serverFormat(format_);
+    const auto possible = pa_usec_to_bytes(age + pacingSlack, &wanted) / format_.bytesPerFrame();
     const auto room = possible > takenFrames_ ? possible - takenFrames_ : 0;
     const auto taken = std::min<std::size_t>(readable, room);
     takenFrames_ += taken;

@@ -45,7 +45,7 @@ class PulseStream {
     AudioStatus pull(std::uint32_t frames, AudioBufferList buffers);
 
   private:
-    static pa_sample_spec specification(const StreamFormat& format);
+    static pa_sample_spec serverFormat(const StreamFormat& format);
     void open(pa_context* context, AudioDirection direction, const std::string& device);
     void play(std::size_t bytes);
     void record();
