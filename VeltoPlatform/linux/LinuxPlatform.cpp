@@ -6,7 +6,8 @@ namespace velto {
 
 LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report,
                              const std::function<void(Platform&)>& replace)
-    : folders_(std::move(executable)), preferences_(LinuxFolders::config() / bundleID / "preferences.json", report) {
+    : folders_(std::move(executable)),
+      preferences_(LinuxFolders::config() / bundleID / "preferences.json", report) {
     Platform parts;
     parts.folders = &folders_;
     parts.preferences = &preferences_;
@@ -25,6 +26,8 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
     installPlatform(parts);
 }
 
-LinuxPlatform::~LinuxPlatform() { installPlatform({}); }
+LinuxPlatform::~LinuxPlatform() {
+    installPlatform({});
+}
 
 } // namespace velto

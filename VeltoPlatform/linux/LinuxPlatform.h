@@ -15,8 +15,8 @@
 
 namespace velto {
 
-/// Installs itself as the process's platform, folders and preferences before sound, so that `report` may write
-/// the log from the first moment. `report` gets one finished line a trouble, on any thread.
+/// Installs itself as the process's platform, folders and preferences before sound, so that `report` may
+/// write the log from the first moment. `report` gets one finished line a trouble, on any thread.
 class LinuxPlatform {
   public:
     using Report = std::function<void(const std::string&)>;

@@ -12,8 +12,8 @@
 
 namespace velto {
 
-/// The wire format of one session. No I/O. The const operations: any thread; the others: one thread. Texts that are not UTF-8
-/// are sent with U+FFFD in place of what is broken.
+/// The wire format of one session. No I/O. The const operations: any thread; the others: one thread. Texts
+/// that are not UTF-8 are sent with U+FFFD in place of what is broken.
 class ProviderMessages {
   public:
     virtual ~ProviderMessages() = default;
