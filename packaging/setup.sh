@@ -1,13 +1,11 @@
 # Shell functions shared by ./run, ./test and ./measure: packages and builds. To be sourced from the top folder.
 
-# ensure_packages [bench]: installs what packaging/packages.txt names and this machine lacks.
+# ensure_packages [TAG]: installs what this machine lacks of the untagged lines of packaging/packages.txt, and of
+# those marked [TAG].
 ensure_packages() {
   local wanted missing=() package
-  if [ "${1:-}" = bench ]; then
-    wanted=$(sed -e 's/#.*//' -e 's/\[bench\]//' packaging/packages.txt)
-  else
-    wanted=$(sed -e 's/#.*//' -e '/\[bench\]/d' packaging/packages.txt)
-  fi
+  # Never a bracket to apt-get, which takes it for a pattern that matches nearly every package there is.
+  wanted=$(awk -v tag="[${1:-}]" '{ sub(/#.*/, "") } NF == 1 || (NF == 2 && $2 == tag) { print $1 }' packaging/packages.txt)
   for package in $wanted; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
   done
