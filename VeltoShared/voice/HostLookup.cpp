@@ -1,12 +1,14 @@
 // getaddrinfo on a detached thread that reports through an eventfd.
 #include "VeltoShared/voice/HostLookup.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/use_awaitable.hpp>
 
 #include <csignal>
 #include <cstring>
+#include <locale>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -99,6 +101,12 @@ asio::awaitable<HostLookup::Answer> HostLookup::resolve(HostAddress address) {
     if (address.isLiteral) {
         boost::system::error_code impossible;
         answer.endpoints.emplace_back(asio::ip::make_address(address.host, impossible), address.port);
+        co_return answer;
+    }
+    if (boost::algorithm::iequals(address.host, "localhost", std::locale::classic())) {
+        // Always this computer (RFC 6761), also where neither a hosts file nor a name server says so.
+        answer.endpoints.emplace_back(asio::ip::address_v4::loopback(), address.port);
+        answer.endpoints.emplace_back(asio::ip::address_v6::loopback(), address.port);
         co_return answer;
     }
     const auto inquiry = std::make_shared<Inquiry>();

@@ -28,7 +28,8 @@ class HostLookup {
     explicit HostLookup(const asio::any_io_executor& executor);
     ~HostLookup();
 
-    /// The addresses in the order in which to try them. An address literal is answered at once.
+    /// The addresses in the order in which to try them. An address literal and "localhost" are
+    /// answered at once.
     asio::awaitable<Answer> resolve(HostAddress address);
     /// Lets a waiting `resolve` end without endpoints.
     void cancel();
