@@ -1,6 +1,6 @@
 // A received Gemini message, as a binary frame brings it: any bytes, one reader for all of them.
+#include "VeltoShared/core/Utf8.h"
 #include "VeltoShared/voice/GeminiMessages.h"
-#include "VeltoShared/voice/Utf8.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -9,8 +9,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static velto::GeminiMessages messages("key", "model", "Puck", "instruction", "localhost");
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const std::string text = velto::Utf8::repaired(bytes);
-    if (!velto::Utf8::isWellFormed(text) || (velto::Utf8::isWellFormed(bytes) && text != bytes))
+    const std::string text = velto::repairedUtf8(bytes);
+    if (!velto::isValidUtf8(text) || (velto::isValidUtf8(bytes) && text != bytes))
         std::abort();
     for (const auto& event : messages.handle(text)) {
         if (const auto* heard = std::get_if<velto::event::CallerText>(&event); heard && heard->text.empty())

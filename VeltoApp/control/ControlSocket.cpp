@@ -103,7 +103,7 @@ class ControlSocket::Server : public std::enable_shared_from_this<Server> {
 
         void forgetRequest() {
             server->held_ -= request.size();
-            request = {};
+            std::string().swap(request); // an assignment would keep the memory
         }
 
         std::shared_ptr<Server> server;

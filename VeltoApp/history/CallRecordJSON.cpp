@@ -61,7 +61,9 @@ std::optional<double> number(const json::object& object, json::string_view key) 
     const auto* value = object.if_contains(key);
     if (!value || !value->is_number())
         return std::nullopt;
-    return value->to_number<double>();
+    const auto number = value->to_number<double>();
+    // Beyond a float's range; such a record could never be written again, nor any beside it.
+    return std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
 std::optional<CallRecord> record(const json::value& value) {

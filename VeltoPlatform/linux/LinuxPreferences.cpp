@@ -78,6 +78,13 @@ json::value untyped(const PreferenceValue& value) {
     return std::visit([](const auto& plain) { return json::value(plain); }, value);
 }
 
+/// Texts are kept as they come, but a file with one that is not UTF-8 would read as broken ever after.
+bool readsBack(std::string_view content) {
+    boost::system::error_code error;
+    json::parse(json::string_view(content.data(), content.size()), error);
+    return !error;
+}
+
 /// The first of "<file>.broken", "<file>.broken.2", … that is free.
 fs::path freeBrokenName(const fs::path& file) {
     fs::path name = file;
@@ -173,10 +180,16 @@ bool LinuxPreferences::write(const std::string& key, const std::optional<Prefere
     else
         values.erase(key);
 
+    const auto content = json::serialize(values) + "\n";
+    if (!readsBack(content)) {
+        say("preferences: '" + key + "' is not UTF-8; it lasts for this run only");
+        return false;
+    }
+
     fs::path temporary = file_;
     temporary += ".new";
     const Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    if (!file || !writeAll(file.get(), json::serialize(values) + "\n") || ::fdatasync(file.get()) != 0 ||
+    if (!file || !writeAll(file.get(), content) || ::fdatasync(file.get()) != 0 ||
         ::rename(temporary.c_str(), file_.c_str()) != 0) {
         say("preferences: cannot write " + file_.string() + ": " + errorText() +
             "; changes last for this run only");

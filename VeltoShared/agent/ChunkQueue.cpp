@@ -11,10 +11,15 @@
 
 namespace velto {
 
-ChunkQueue::ChunkQueue(const asio::any_io_executor& consumer)
-    : slots_(kCapacity), event_(consumer, ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
+ChunkQueue::ChunkQueue(const asio::any_io_executor& consumer) : slots_(kCapacity), event_(consumer) {
     for (auto& slot : slots_)
         slot.reserve(kMaxFrames);
+    const int event = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    boost::system::error_code error;
+    if (event >= 0)
+        event_.assign(event, error);
+    if (event >= 0 && error)
+        ::close(event);
 }
 
 void ChunkQueue::wake() {

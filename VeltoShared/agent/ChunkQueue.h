@@ -21,6 +21,8 @@ class ChunkQueue {
     static constexpr std::size_t kMaxFrames = 8192; ///< samples a chunk; what is longer is cut
 
     explicit ChunkQueue(const asio::any_io_executor& consumer);
+    /// False when there was no descriptor for it; then it delivers nothing.
+    bool isOpen() const { return event_.is_open(); }
 
     /// Any thread, also a real-time one: a short lock, a copy and one system call.
     void push(std::span<const std::int16_t> samples);

@@ -30,6 +30,10 @@ bool given(const std::optional<std::string>& name) {
     return name && !name->empty();
 }
 
+Failure stoppedMeanwhile() {
+    return {kErrorNotConnected, "the agent was stopped while it started"};
+}
+
 asio::awaitable<bool> cancelled() {
     const auto state = co_await asio::this_coro::cancellation_state;
     co_return state.cancelled() != asio::cancellation_type::none;
@@ -78,10 +82,14 @@ asio::awaitable<Result<>> NativeAgent::start() {
     auto connected = co_await client_->connect();
     if (connected.has_error())
         co_return connected;
-    auto opened = openAudio();
-    if (opened.has_value())
-        startLoops();
-    co_return opened;
+    if (isStopped())
+        co_return stoppedMeanwhile();
+    co_return startUnitsAndLoops();
+}
+
+bool NativeAgent::isStopped() const {
+    std::lock_guard lock(mutex_);
+    return stopped_;
 }
 
 std::shared_ptr<AudioPlayback> NativeAgent::startPlayer(const std::string& device) {
@@ -92,7 +100,7 @@ std::shared_ptr<AudioPlayback> NativeAgent::startPlayer(const std::string& devic
     return player;
 }
 
-Result<> NativeAgent::openAudio() {
+Result<> NativeAgent::startUnitsAndLoops() {
     auto playback = startPlayer(options_.outputDevice);
     if (!playback)
         log("uplink device not found: " + options_.outputDevice + " — agent voice goes nowhere");
@@ -105,6 +113,8 @@ Result<> NativeAgent::openAudio() {
     }
 
     auto chunks = std::make_shared<ChunkQueue>(Background::executor());
+    if (!chunks->isOpen())
+        return Failure{kErrorTransport, "no file descriptor is left for the captured audio"};
     auto capture = AudioCapture::open(
         options_.inputDevice, options_.inputRate.value_or(velto::inputRate(options_.provider)), kChannels,
         [chunks](std::span<const std::int16_t> samples) { chunks->push(samples); });
@@ -113,7 +123,7 @@ Result<> NativeAgent::openAudio() {
 
     std::lock_guard lock(mutex_);
     if (stopped_) // the units die with this scope
-        return Failure{kErrorNotConnected, "the agent was stopped while it started"};
+        return stoppedMeanwhile();
     playback_ = std::move(playback);
     monitor_ = std::move(monitor);
     if (!capture)
@@ -121,17 +131,11 @@ Result<> NativeAgent::openAudio() {
     capture_ = std::move(capture);
     chunks_ = std::move(chunks);
     capture_->start();
-    return {};
-}
-
-void NativeAgent::startLoops() {
-    std::lock_guard lock(mutex_);
-    if (stopped_)
-        return;
     const auto executor = Background::executor();
     feedTask_ = Task::start(executor, feedLoop(weak_from_this(), chunks_));
     statsTask_ = Task::start(executor, statsLoop(weak_from_this()));
     eventTask_ = Task::start(executor, eventLoop(weak_from_this()));
+    return {};
 }
 
 asio::awaitable<void> NativeAgent::feedLoop(std::weak_ptr<NativeAgent> weak,

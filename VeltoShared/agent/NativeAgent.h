@@ -62,9 +62,9 @@ class NativeAgent : public std::enable_shared_from_this<NativeAgent> {
 
   private:
     void log(std::string line);
-    Result<> openAudio();
+    bool isStopped() const;
+    Result<> startUnitsAndLoops();
     std::shared_ptr<AudioPlayback> startPlayer(const std::string& device);
-    void startLoops();
     static asio::awaitable<void> feedLoop(std::weak_ptr<NativeAgent> weak,
                                           std::shared_ptr<ChunkQueue> chunks);
     static asio::awaitable<void> statsLoop(std::weak_ptr<NativeAgent> weak);

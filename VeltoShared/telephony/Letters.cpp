@@ -1,6 +1,8 @@
 // Letters by the C library's tables for the language-neutral UTF-8 locale, which needs no locale package.
 #include "VeltoShared/telephony/Letters.h"
 
+#include "VeltoShared/core/Utf8.h"
+
 #include <clocale>
 #include <cwctype>
 #include <locale.h>
@@ -16,24 +18,15 @@ locale_t neutralLocale() {
     return locale;
 }
 
-/// The character at the start of the text and its length in bytes; length 0 when it is not UTF-8 (RFC 3629).
+/// The character at the start of the text and its length in bytes; length 0 when it is not UTF-8.
 std::pair<char32_t, std::size_t> firstCharacter(std::string_view text) {
+    const auto length = utf8CharacterLength(text);
+    if (length == 0)
+        return {0, 0};
     const auto lead = static_cast<unsigned char>(text.front());
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    if (length <= 1 || length > text.size())
-        return {lead, length == 1 ? 1 : 0};
-    char32_t character = lead & (0xFFu >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto next = static_cast<unsigned char>(text[i]);
-        if ((next & 0xC0u) != 0x80)
-            return {0, 0};
-        character = (character << 6u) | (next & 0x3Fu);
-    }
+    char32_t character = length == 1 ? lead : lead & (0xFFu >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i)
+        character = (character << 6u) | (static_cast<unsigned char>(text[i]) & 0x3Fu);
     return {character, length};
 }
 

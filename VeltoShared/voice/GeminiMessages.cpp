@@ -1,8 +1,8 @@
 // Building and reading the Gemini Live messages with Boost.JSON.
 #include "VeltoShared/voice/GeminiMessages.h"
 
+#include "VeltoShared/core/Utf8.h"
 #include "VeltoShared/voice/Base64.h"
-#include "VeltoShared/voice/Utf8.h"
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -28,9 +28,9 @@ json::parse_options bounded() {
 
 std::string message(const json::value& value) {
     std::string text = json::serialize(value);
-    if (Utf8::isWellFormed(text))
+    if (isValidUtf8(text))
         return text;
-    return Utf8::repaired(text);
+    return repairedUtf8(text);
 }
 
 /// A query value (RFC 3986, section 3.4): everything but the unreserved characters is escaped.

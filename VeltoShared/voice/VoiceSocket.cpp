@@ -1,9 +1,9 @@
 // Boost.Beast over OpenSSL: the only place that compiles either's streams.
 #include "VeltoShared/voice/VoiceSocket.h"
 
+#include "VeltoShared/core/Utf8.h"
 #include "VeltoShared/voice/HostLookup.h"
 #include "VeltoShared/voice/TlsTrust.h"
-#include "VeltoShared/voice/Utf8.h"
 
 #include <boost/asio/bind_cancellation_slot.hpp>
 #include <boost/asio/cancellation_signal.hpp>
@@ -370,8 +370,8 @@ asio::awaitable<Result<std::string_view>> VoiceSocket::receive() {
         co_return failure;
     }
     std::string_view text(static_cast<const char*>(buffer.cdata().data()), buffer.size());
-    if (impl_->stream.got_binary() && !Utf8::isWellFormed(text)) {
-        impl_->repaired = Utf8::repaired(text);
+    if (impl_->stream.got_binary() && !isValidUtf8(text)) {
+        impl_->repaired = repairedUtf8(text);
         text = impl_->repaired;
     }
     co_return text;

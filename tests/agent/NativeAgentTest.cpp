@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -71,6 +73,13 @@ struct Agent : ::testing::Test {
         options.goal = "goal";
         options.inputDevice = "VeltoLoop 2ch";
         options.outputDevice = "VeltoVoice 2ch Feed";
+    }
+
+    /// A running agent and its loops hold each other.
+    ~Agent() override {
+        if (agent)
+            agent->stop();
+        loop.drain();
     }
 
     void make() {
@@ -225,10 +234,24 @@ TEST_F(Agent, aStopWhileItConnectsLeavesNothingRunning) {
     loop.advance(1s);
     EXPECT_TRUE(failed);
     EXPECT_EQ(computer.audio.runningUnits(), 0u);
+    EXPECT_EQ(lines.size(), 1u); // the final statistics, and no word of any device
     const auto weak = std::weak_ptr(agent);
     agent.reset();
     loop.drain();
     EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(Agent, withoutADescriptorItFailsToStart) {
+    make();
+    const ChunkQueue first(loop.context.get_executor()); // makes the loop open descriptors of its own
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto started = loop.run(agent->start());
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_TRUE(started.has_error());
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
 }
 
 TEST_F(Agent, aSlowConnectionDropsTheOldestChunks) {

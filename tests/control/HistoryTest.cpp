@@ -85,9 +85,9 @@ TEST(CallRecordJSON, isStrict) {
     for (const auto& bad :
          {with("id", "\"6F9619FF-8B86-D011-B42D-00C04FC964F\""), with("id", "7"), with("number", "null"),
           with("started", "\"1\""), with("duration", "true"), with("duration", "1e"),
-          with("transcript", "[]"), with("transcript", R"("x","recordingPath":5)"), std::string("[{}]"),
-          std::string("{}"), kOne, "[" + kOne, "[" + kOne + "]]", "[" + kOne + ",]", std::string(),
-          std::string("[null]"), with("number", "\"\xFF\"")})
+          with("duration", "1e999"), with("transcript", "[]"), with("transcript", R"("x","recordingPath":5)"),
+          std::string("[{}]"), std::string("{}"), kOne, "[" + kOne, "[" + kOne + "]]", "[" + kOne + ",]",
+          std::string(), std::string("[null]"), with("number", "\"\xFF\"")})
         EXPECT_FALSE(CallRecordJSON::decode(bad)) << bad;
 }
 

@@ -59,7 +59,7 @@ TEST_F(VeltoctlTest, printsResultsAndExitsWithTheAnswer) {
     EXPECT_NE(help.out.find("watch"), std::string::npos);
     for (const auto* command : {"readiness", "providers", "transcript", "hangup"})
         EXPECT_EQ(veltoctl(command).exit, 0) << command;
-    EXPECT_EQ(session->stops, 1);
+    onMain([&] { EXPECT_EQ(session->stops, 1); });
 
     const auto called = veltoctl("call +1555 --goal 'say hi'");
     EXPECT_EQ(called.exit, 0);
@@ -69,7 +69,7 @@ TEST_F(VeltoctlTest, printsResultsAndExitsWithTheAnswer) {
     EXPECT_EQ(busy.out, "");
     EXPECT_EQ(busy.err, "veltoctl: Velto says no: busy\n");
     EXPECT_EQ(veltoctl("watch --json").out, "{\"ok\":false,\"error\":\"busy\"}\n");
-    EXPECT_EQ(session->starts, Lines{"dial +1555: say hi"});
+    onMain([&] { EXPECT_EQ(session->starts, Lines{"dial +1555: say hi"}); });
 }
 
 TEST_F(VeltoctlTest, misuseAndAbsenceExitWith2) {

@@ -151,6 +151,9 @@ TEST_F(PreferencesFile, keepsTypesAndForeignKeys) {
     EXPECT_NE(readFile(file).find(R"("foreign":{"deep":[1]})"), std::string::npos);
     again.remove("count");
     EXPECT_EQ(store.object("count"), std::nullopt);
+    again.set("text", std::string("\xFF"));
+    EXPECT_EQ(again.object("text"), PreferenceValue(std::string("\xFF"))); // for this run, not in the file
+    EXPECT_EQ(store.object("text"), PreferenceValue(std::string("true")));
     struct stat status {};
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777u, 0600u);

@@ -19,6 +19,12 @@ using State = NativeCallSession::State;
 
 struct Session : ::testing::Test {
     Session() { KeychainStore::set(" key\t", SecretKey::geminiAPIKey); }
+    /// What still waits would be left in a circle of its waits.
+    ~Session() override {
+        if (session)
+            session->stop();
+        loop.advance(60s);
+    }
 
     bool logged(const std::string& line) const {
         return std::count(session->log().begin(), session->log().end(), line) > 0;

@@ -1,6 +1,6 @@
 // The small values of the voice room: providers, hosts, broken UTF-8.
+#include "VeltoShared/core/Utf8.h"
 #include "VeltoShared/voice/HostAddress.h"
-#include "VeltoShared/voice/Utf8.h"
 #include "VeltoShared/voice/VoiceProvider.h"
 
 #include <gtest/gtest.h>
@@ -66,10 +66,10 @@ TEST(Utf8, BrokenPartsBecomeReplacementCharacters) {
         {"\xE2\x82\xE2\x82\xAC", r + "\xE2\x82\xAC"}, // then a whole character
     };
     for (const auto& [bytes, text] : cases) {
-        EXPECT_EQ(Utf8::repaired(bytes), text);
-        EXPECT_EQ(Utf8::repaired(plain + bytes + plain), plain + text + plain);
-        EXPECT_EQ(Utf8::isWellFormed(plain + bytes), bytes == text);
-        EXPECT_TRUE(Utf8::isWellFormed(Utf8::repaired(bytes)));
+        EXPECT_EQ(repairedUtf8(bytes), text);
+        EXPECT_EQ(repairedUtf8(plain + bytes + plain), plain + text + plain);
+        EXPECT_EQ(isValidUtf8(plain + bytes), bytes == text);
+        EXPECT_TRUE(isValidUtf8(repairedUtf8(bytes)));
     }
 }
 
