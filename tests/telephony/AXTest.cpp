@@ -2,6 +2,7 @@
 #include "VeltoShared/telephony/AX.h"
 
 #include "VeltoShared/telephony/ElementWalk.h"
+#include "VeltoShared/telephony/Letters.h"
 #include "tests/support/TestComputer.h"
 
 #include <gtest/gtest.h>
@@ -141,6 +142,13 @@ TEST_F(AXTest, aTreeThatChangesOrFailsUnderTheWalkEndsIt) {
     });
     EXPECT_LT(AX::buttons().size(), 301u);
     EXPECT_GE(reads, 100);
+}
+
+TEST(Letters, bytesThatAreNotUTF8StayAsTheyAre) {
+    EXPECT_EQ(lowerCased("A\xC3\x89\xFF"), "a\xC3\xA9\xFF");
+    // An overlong A, and a surrogate.
+    for (const std::string broken : {"\xE0\x81\x81", "\xED\xA0\x80"})
+        EXPECT_EQ(lowerCased(broken), broken);
 }
 
 TEST_F(AXTest, scanAllAppsSearchesEverythingOutsideMenus) {
