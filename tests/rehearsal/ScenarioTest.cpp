@@ -33,8 +33,8 @@ std::string with(const std::string& from, const std::string& to) {
 
 TEST(ScenarioFile, EveryShippedScenarioLoadsUnderItsOwnName) {
     const auto names = scenarioNames(VELTO_SCENARIOS);
-    EXPECT_EQ(names,
-              (std::vector<std::string>{"appointment", "callee-hangs-up", "interruption", "no-answer"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"appointment", "callee-hangs-up", "interruption", "no-answer",
+                                               "sound-restart"}));
     for (const auto& name : names) {
         const auto scenario = loadScenario(name, VELTO_SCENARIOS);
         ASSERT_TRUE(scenario) << scenario.error().message;
@@ -60,8 +60,10 @@ TEST(ScenarioFile, MistakesAreNamedByTheirPlace) {
         {with("\"mark\":3", "\"mark\":100"), "scenario.lines[2].mark is not a whole number"},
         {with("\"mark\":3", "\"mark\":3.5"), "scenario.lines[2].mark is not a whole number"},
         {with("\"mark\":3,\"side\":\"callee\"", "\"mark\":3,\"side\":\"agent\""), "scenario.lines[2]"},
-        {with("Hello?\"", "Hello?\",\"over\":1"), "scenario.lines[0].over: there is no line before it"},
-        {with("Bye.\"", "Bye.\",\"pause\":1"), "scenario.lines[3]: \"pause\" and \"over\" are for"},
+        {with("Hello?\"", "Hello?\",\"over\":1"), "scenario.lines[0]: there is no line before it"},
+        {with("Bye.\"", "Bye.\",\"pause\":1"), "scenario.lines[3]: \"pause\", \"over\" and"},
+        {with("Stop.\"", "Stop.\",\"afterSoundRestart\":true"),
+         "scenario.lines[2]: a restart of the sound server needs"},
         {with("Bye.", "Bye. "), "scenario.lines[3].text has blanks at an end"},
         {with("\"ends\":\"agent\"", "\"ends\":\"callee\""), "scenario.lines must end with the callee"},
         {with("\"ends\":\"agent\"", "\"ends\":\"no answer\""),
