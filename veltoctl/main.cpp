@@ -71,6 +71,13 @@ int main(int argc, char** argv) {
         output.line(shown);
         return output.exitStatus(velto::ctl::kDone);
     } catch (const CLI::ParseError& error) {
+        // The parser looks for a missing command first, and would not name the one it does not know.
+        const auto unknown = app.remaining();
+        if (app.get_subcommands().empty() && !unknown.empty() && !unknown.front().starts_with('-')) {
+            velto::ctl::Output::message("no command \"" + velto::ctl::printable(unknown.front()) +
+                                        "\"; see veltoctl --help");
+            return velto::ctl::kFailed;
+        }
         velto::ctl::Output::message(velto::ctl::printable(error.what()) + "; see veltoctl --help");
         return velto::ctl::kFailed;
     }

@@ -70,7 +70,7 @@ class Connection {
 
 std::optional<json::object> request(const json::object& request) {
     const Connection connection;
-    if (!connection.open(ControlAddress(AppPaths::controlSocket())))
+    if (!connection.open(ControlAddress(AppPaths::controlSocketToReach())))
         return std::nullopt;
     connection.send(json::serialize(request) + '\n');
     const auto line = connection.receiveLine();

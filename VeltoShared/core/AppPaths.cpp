@@ -8,6 +8,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kControlSocket = "control.sock";
+
 fs::path created(const fs::path& folder) {
     std::error_code ignored;
     fs::create_directories(folder, ignored);
@@ -43,7 +45,10 @@ fs::path historyFile() {
     return support() / "history.json";
 }
 fs::path controlSocket() {
-    return support() / "control.sock";
+    return support() / kControlSocket;
+}
+fs::path controlSocketToReach() {
+    return platform().folders->applicationSupport() / bundleID / kControlSocket;
 }
 
 } // namespace velto::AppPaths

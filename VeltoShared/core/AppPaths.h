@@ -19,5 +19,7 @@ std::filesystem::path logFile();
 std::filesystem::path recordings();
 std::filesystem::path historyFile();
 std::filesystem::path controlSocket();
+/// The same path for a client: a look at whether anything listens there leaves no folder behind.
+std::filesystem::path controlSocketToReach();
 
 } // namespace velto::AppPaths

@@ -225,7 +225,7 @@ void Rehearsal::explain() {
     const auto environment = surroundings_.environmentForPeople(sound_->clientEnvironment());
     out() << "From a second shell, while it runs:\n  export " << environment << "\n  "
           << (options_.programs / "veltoctl").string()
-          << " status      pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
+          << " status\n  pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
           << "Calling " << scenario_.number << ": " << scenario_.goal << std::endl;
 }
 

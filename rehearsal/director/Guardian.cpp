@@ -29,7 +29,7 @@ SteadyTime now() {
 sigset_t watchedSignals() {
     sigset_t signals;
     ::sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD})
         ::sigaddset(&signals, number);
     return signals;
 }
@@ -61,6 +61,28 @@ void removeFolder(const std::filesystem::path& folder) {
     std::filesystem::remove_all(folder, error);
 }
 
+/// In /tmp, or where that cannot be written to, where the session has a place for such things. Empty when
+/// there is none, which has been said then.
+std::filesystem::path privateFolder() {
+    // Sockets live in it, and their paths are limited to 107 bytes.
+    constexpr std::size_t longest = 64;
+    std::error_code inTmp;
+    const std::array<const char*, 3> places{"/tmp", ::getenv("TMPDIR"),   // NOLINT(concurrency-mt-unsafe)
+                                            ::getenv("XDG_RUNTIME_DIR")}; // NOLINT(concurrency-mt-unsafe)
+    for (const auto* const place : places) {
+        if (place == nullptr || *place != '/')
+            continue;
+        auto pattern = std::string(place) + "/velto-XXXXXX";
+        if (pattern.size() <= longest && ::mkdtemp(pattern.data()) != nullptr)
+            return pattern;
+        if (!inTmp)
+            inTmp.assign(errno, std::generic_category());
+    }
+    std::cerr << "velto-rehearse: cannot make a folder in /tmp: " << inTmp.message()
+              << "; TMPDIR may name another place, not longer than 50 characters\n";
+    return {};
+}
+
 /// Waits for the child to end; passes signals on to it.
 int waitFor(pid_t child) {
     const auto signals = watchedSignals();
@@ -71,7 +93,7 @@ int waitFor(pid_t child) {
             return status;
         timespec patience{0, 200'000'000};
         const int number = ::sigtimedwait(&signals, nullptr, &patience);
-        if (number == SIGINT || number == SIGTERM || number == SIGHUP) {
+        if (number > 0 && number != SIGCHLD) {
             if (!deadline)
                 deadline = now() + kTimeToEnd;
             ::kill(child, number);
@@ -112,14 +134,9 @@ void GuardianLink::cleanUp() const {
 }
 
 int runGuarded(const GuardianOptions& options, const std::function<int(const GuardianLink&)>& direct) {
-    // Short, because sockets live in it and their paths are limited to 107 bytes.
-    std::string pattern = "/tmp/velto-XXXXXX";
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        std::cerr << "velto-rehearse: cannot make a folder in /tmp: "
-                  << std::error_code(errno, std::generic_category()).message() << '\n';
+    const auto folder = privateFolder();
+    if (folder.empty())
         return 1;
-    }
-    const std::filesystem::path folder = pattern;
     std::array<int, 2> lifeline{-1, -1};
     const auto signals = watchedSignals();
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);

@@ -21,7 +21,7 @@ constexpr Stage::Duration kTimeToEnd{1000};
 int openSignals() {
     sigset_t signals;
     ::sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         ::sigaddset(&signals, number);
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);

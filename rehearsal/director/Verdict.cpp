@@ -139,13 +139,18 @@ void checkRecord(const Scenario& scenario, const Evidence& evidence, Faults& fou
     for (std::string line; std::getline(text, line);)
         lines.push_back(line);
     for (std::size_t i = 0; i < std::max(lines.size(), scenario.lines.size()); ++i) {
-        const auto wanted = i < scenario.lines.size() ? scenario.transcriptLine(i) : "nothing";
-        const auto got = i < lines.size() ? lines[i] : "nothing";
+        const auto wanted = i < scenario.lines.size() ? scenario.transcriptLine(i) : "";
+        const auto got = i < lines.size() ? lines[i] : "";
         const bool cut = i < scenario.lines.size() && scenario.isCut(i);
         if (cut ? isProperPrefix(got, wanted, std::string("Agent: ").size()) : got == wanted)
             continue;
-        found.push_back("the record's line " + std::to_string(i + 1) + " is \"" + got + "\" instead of " +
-                        (cut ? "a part of " : "") + "\"" + wanted + "\"");
+        if (i >= lines.size())
+            found.push_back("the record ends before \"" + wanted + "\"");
+        else if (i >= scenario.lines.size())
+            found.push_back("the record goes on with \"" + got + "\"");
+        else
+            found.push_back("the record's line " + std::to_string(i + 1) + " is \"" + got + "\" instead of " +
+                            (cut ? "a part of " : "") + "\"" + wanted + "\"");
         return;
     }
 }

@@ -149,7 +149,8 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.dialled = "2"; }, "the phone dialled 2 instead of 1"},
         {[](Evidence& e) { e.endCallAnswered = false; }, "the model's call of end_call was not answered"},
         {[](Evidence& e) { e.record.reset(); }, "the history has no record"},
-        {[](Evidence& e) { e.record->transcript += "\nAgent: Bye."; }, "the record's line 5 is"},
+        {[](Evidence& e) { e.record->transcript += "\nAgent: Bye."; },
+         "the record goes on with \"Agent: Bye.\""},
         {[](Evidence& e) { e.record->transcript = "Caller: Hello?\nAgent: \nCaller: Stop.\nAgent: Bye."; },
          "the record's line 2 is"},
         {[](Evidence& e) {
