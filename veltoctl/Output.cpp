@@ -1,6 +1,7 @@
 // Printing with plain writes, whose errors count.
 #include "veltoctl/Output.h"
 
+#include "VeltoPlatform/FileDescriptor.h"
 #include "VeltoShared/core/Utf8.h"
 
 #include <unistd.h>
@@ -10,18 +11,6 @@
 
 namespace velto::ctl {
 namespace {
-
-int writeAll(int fd, std::string_view text) {
-    while (!text.empty()) {
-        const auto written = ::write(fd, text.data(), text.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            return errno;
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return 0;
-}
 
 bool isControl(std::string_view text, std::size_t i) {
     const auto byte = static_cast<unsigned char>(text[i]);
@@ -50,7 +39,7 @@ std::string printable(std::string_view text) {
 
 bool Output::line(std::string_view text) {
     if (error_ == 0)
-        error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n');
+        error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n') ? 0 : errno;
     return error_ == 0;
 }
 

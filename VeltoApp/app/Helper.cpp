@@ -1,13 +1,12 @@
 #include "VeltoApp/app/Helper.h"
 
+#include "VeltoPlatform/FileDescriptor.h"
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/Clock.h"
 #include "VeltoShared/core/ISO8601.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <string>
 
 namespace velto::Helper {
@@ -27,19 +26,10 @@ void log(std::string_view message) {
     line += message;
     line += '\n';
 
-    const int file = ::open(AppPaths::logFile().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kLogMode);
-    if (file < 0)
-        return;
-    std::string_view rest = line;
-    while (!rest.empty()) {
-        const auto written = ::write(file, rest.data(), rest.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            break;
-        rest.remove_prefix(static_cast<std::size_t>(written));
-    }
-    ::close(file);
+    const FileDescriptor file(
+        ::open(AppPaths::logFile().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kLogMode));
+    if (file)
+        writeAll(file.get(), line);
 }
 
 } // namespace velto::Helper

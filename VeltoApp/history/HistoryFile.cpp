@@ -1,13 +1,11 @@
 // Whole files over plain descriptors: flags, modes and flushing matter here.
 #include "VeltoApp/history/HistoryFile.h"
 
+#include "VeltoPlatform/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <utility>
 
 namespace velto::HistoryFile {
 namespace {
@@ -16,41 +14,12 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kOwnerOnly = 0600;
 
-class Descriptor {
-  public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return fd_; }
-    explicit operator bool() const { return fd_ >= 0; }
-    bool close() {
-        const int fd = std::exchange(fd_, -1);
-        return fd < 0 || ::close(fd) == 0;
-    }
-
-  private:
-    int fd_;
-};
-
-bool writeAll(int fd, std::string_view content) {
-    while (!content.empty()) {
-        const auto written = ::write(fd, content.data(), content.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 bool replaceByRename(const fs::path& file, std::string_view content) {
     struct stat status {};
     const bool exists = ::stat(file.c_str(), &status) == 0;
     const fs::path fresh = file.parent_path() / ("." + file.filename().string() + ".new");
-    Descriptor out(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
+    FileDescriptor out(
+        ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
     if (!out)
         return false;
     const bool written = ::fchmod(out.get(), exists ? status.st_mode & 07777u : kOwnerOnly) == 0 &&
@@ -62,29 +31,19 @@ bool replaceByRename(const fs::path& file, std::string_view content) {
 }
 
 bool replaceInPlace(const fs::path& file, std::string_view content) {
-    Descriptor out(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, kOwnerOnly));
+    FileDescriptor out(
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, kOwnerOnly));
     return out && writeAll(out.get(), content) && out.close();
 }
 
 } // namespace
 
 std::optional<std::string> read(const fs::path& file) {
-    const Descriptor in(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor in(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!in || ::fstat(in.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
-    std::string content;
-    std::array<char, 65'536> chunk{};
-    for (;;) {
-        const auto count = ::read(in.get(), chunk.data(), chunk.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return std::nullopt;
-        if (count == 0)
-            return content;
-        content.append(chunk.data(), static_cast<std::size_t>(count));
-    }
+    return readAll(in.get());
 }
 
 bool replace(const fs::path& file, std::string_view content) {

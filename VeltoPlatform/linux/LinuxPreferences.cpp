@@ -1,5 +1,7 @@
 #include "VeltoPlatform/linux/LinuxPreferences.h"
 
+#include "VeltoPlatform/FileDescriptor.h"
+
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
@@ -16,48 +18,8 @@ namespace {
 namespace fs = std::filesystem;
 namespace json = boost::json;
 
-class Descriptor {
-  public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor() {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return fd_; }
-    explicit operator bool() const { return fd_ >= 0; }
-
-  private:
-    int fd_;
-};
-
 std::string errorText() {
     return std::generic_category().message(errno);
-}
-
-bool readAll(int fd, std::string& bytes) {
-    char buffer[16384];
-    for (;;) {
-        const auto count = ::read(fd, buffer, sizeof buffer);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return count == 0;
-        bytes.append(buffer, static_cast<std::size_t>(count));
-    }
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto count = ::write(fd, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 std::optional<PreferenceValue> typed(const json::value& value) {
@@ -103,14 +65,14 @@ LinuxPreferences::LinuxPreferences(fs::path file, Report report)
     : file_(std::move(file)), report_(std::move(report)) {}
 
 LinuxPreferences::Content LinuxPreferences::read(json::object& values) const {
-    const Descriptor file(::open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor file(::open(file_.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file)
         return errno == ENOENT || errno == ENOTDIR ? Content::absent : Content::unreadable;
-    std::string bytes;
-    if (!readAll(file.get(), bytes))
+    const auto bytes = readAll(file.get());
+    if (!bytes)
         return Content::unreadable;
     boost::system::error_code error;
-    auto parsed = json::parse(bytes, error);
+    auto parsed = json::parse(*bytes, error);
     if (error || !parsed.is_object())
         return Content::broken;
     values = std::move(parsed.get_object());
@@ -148,7 +110,7 @@ bool LinuxPreferences::write(const std::string& key, const std::optional<Prefere
     fs::create_directories(file_.parent_path(), ignored);
     fs::path lockName = file_;
     lockName += ".lock";
-    const Descriptor lock(::open(lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const FileDescriptor lock(::open(lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!lock || ::flock(lock.get(), LOCK_EX) != 0) {
         say("preferences: cannot lock " + lockName.string() + ": " + errorText());
         return false;
@@ -188,7 +150,7 @@ bool LinuxPreferences::write(const std::string& key, const std::optional<Prefere
 
     fs::path temporary = file_;
     temporary += ".new";
-    const Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    const FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
     if (!file || !writeAll(file.get(), content) || ::fdatasync(file.get()) != 0 ||
         ::rename(temporary.c_str(), file_.c_str()) != 0) {
         say("preferences: cannot write " + file_.string() + ": " + errorText() +

@@ -13,8 +13,11 @@ namespace velto {
 namespace {
 
 constexpr pa_usec_t seekPeriod = 250 * PA_USEC_PER_MSEC;
-constexpr pa_usec_t firstPatience = 500 * PA_USEC_PER_MSEC;
+constexpr pa_usec_t tickPeriod = PA_USEC_PER_SEC / 8;
+constexpr pa_usec_t firstPatience = PA_USEC_PER_SEC;
 constexpr pa_usec_t longestPatience = 4 * PA_USEC_PER_SEC;
+/// A stream that has run for so long has earned the short patience again.
+constexpr pa_usec_t steadyAfter = 5 * PA_USEC_PER_SEC;
 
 } // namespace
 
@@ -122,9 +125,13 @@ void PulseUnit::tick() {
         ended();
         return;
     }
-    const auto quiet = stream_->quietFor();
+    // Quiet is counted in ticks, not read off a clock: on a busy machine this thread itself may be late, and
+    // then what the server has sent is dealt with before the next tick.
+    quietTicks_ = stream_->quietFor() < tickPeriod ? 0 : quietTicks_ + 1;
+    const auto quiet = quietTicks_ * tickPeriod;
     if (stream_->moved() && quiet < firstPatience / 2) {
-        patience_ = firstPatience;
+        if (pa_rtclock_now() - openedAt_ > steadyAfter)
+            patience_ = firstPatience;
         if (!silentBecause_.empty())
             server_->log("sound: device " + description_ + " is back");
         silentBecause_.clear();
@@ -211,6 +218,8 @@ void PulseUnit::sought(const char* serverName, const char* description, bool las
 }
 
 void PulseUnit::open() {
+    quietTicks_ = 0;
+    openedAt_ = pa_rtclock_now();
     if (auto* context = server_->context(direction_))
         stream_ = std::make_unique<PulseStream>(context, direction_, serverName_, format_, callbacks_);
 }

@@ -62,6 +62,8 @@ class PulseUnit final : public OutputUnit, private PulseListener {
     bool foundExactly_ = false;
     pa_usec_t nextSeek_ = 0;
     pa_usec_t patience_ = 0;
+    pa_usec_t quietTicks_ = 0; ///< ticks in a row that saw nothing move
+    pa_usec_t openedAt_ = 0;
 };
 
 } // namespace velto

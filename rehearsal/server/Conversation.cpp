@@ -19,7 +19,7 @@ constexpr std::size_t kLargestChunk = 24000;
 constexpr std::size_t kFirstChunk = 4800;
 constexpr int kFasterThanPlayed = 5;
 /// When the greeting was asked for and the callee, who was to speak first, says nothing.
-constexpr auto kSilenceBeforeGreeting = 2500ms;
+constexpr auto kSilenceBeforeGreeting = 4s;
 constexpr const char* kToolCallID = "function-call-1";
 
 Conversation::Time played(std::size_t frames) {

@@ -263,7 +263,7 @@ TEST_F(ConversationTest, WordsOverALineThatHasPlayedInterruptNothingAndASilentCa
            {3, Side::callee, "Yes?"},
            {4, Side::agent, "Bye."}});
     conversation->greet(now);
-    wait(2400ms);
+    wait(3900ms);
     EXPECT_EQ(said(), Said{"ready"});
     wait(200ms);
     EXPECT_EQ(said(), Said{"sound"}) << "nobody said hello: the model begins";
