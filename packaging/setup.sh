@@ -42,5 +42,6 @@ build() {
   fi
   local targets=()
   [ $# -eq 0 ] || targets=(--target "$@")
-  cmake --build "$build_folder" "${targets[@]}" >&2
+  ninja -C "$build_folder" -n "${@:-all}" 2>/dev/null | grep -q 'no work to do' ||
+    cmake --build "$build_folder" "${targets[@]}" >&2
 }
