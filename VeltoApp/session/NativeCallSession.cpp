@@ -180,7 +180,7 @@ asio::awaitable<void> NativeCallSession::flow(Weak weak, FlowOptions options) {
     MainThread::spawn(startAgent(weak, options, agentDone));
 
     if (options.dial) {
-        const std::function<void(std::string)> dialLog = [weak](std::string text) {
+        const std::function<void(std::string)> dialLog = [weak](const std::string& text) {
             if (const auto session = weak.lock())
                 session->append(text);
         };

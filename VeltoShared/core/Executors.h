@@ -29,7 +29,7 @@ class ExecutorSlot {
 
     /// Starts a coroutine on this executor; an exception that escapes it ends the process. Any thread.
     static void spawn(asio::awaitable<void> task) {
-        asio::co_spawn(slot(), std::move(task), [](std::exception_ptr error) {
+        asio::co_spawn(slot(), std::move(task), [](const std::exception_ptr& error) {
             if (error)
                 std::rethrow_exception(error);
         });

@@ -28,7 +28,7 @@ class Task {
         task.state_ = std::make_shared<State>(executor);
         asio::co_spawn(executor, std::move(work),
                        asio::bind_cancellation_slot(task.state_->signal.slot(),
-                                                    [state = task.state_](std::exception_ptr error) {
+                                                    [state = task.state_](const std::exception_ptr& error) {
                                                         if (error)
                                                             rethrowUnlessCancelled(error);
                                                     }));

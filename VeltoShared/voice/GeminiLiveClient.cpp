@@ -6,12 +6,12 @@
 
 namespace velto {
 
-GeminiLiveClient::GeminiLiveClient(std::string apiKey, std::string model, std::string voice,
+GeminiLiveClient::GeminiLiveClient(const std::string& apiKey, std::string model, std::string voice,
                                    std::string systemInstruction)
-    : GeminiLiveClient(std::move(apiKey), std::move(model), std::move(voice), std::move(systemInstruction),
+    : GeminiLiveClient(apiKey, std::move(model), std::move(voice), std::move(systemInstruction),
                        ProviderHosts::gemini()) {}
 
-GeminiLiveClient::GeminiLiveClient(std::string apiKey, std::string model, std::string voice,
+GeminiLiveClient::GeminiLiveClient(const std::string& apiKey, std::string model, std::string voice,
                                    std::string systemInstruction, std::string host,
                                    VoiceSocket::Limits limits)
     : VoiceClient(std::make_unique<GeminiMessages>(apiKey, std::move(model), std::move(voice),

@@ -10,10 +10,11 @@ namespace velto {
 class GeminiLiveClient final : public VoiceClient {
   public:
     /// Model and voice are used unchanged. The host is read from the preferences here.
-    GeminiLiveClient(std::string apiKey, std::string model, std::string voice, std::string systemInstruction);
+    GeminiLiveClient(const std::string& apiKey, std::string model, std::string voice,
+                     std::string systemInstruction);
     /// With a host of the caller's, "host[:port]".
-    GeminiLiveClient(std::string apiKey, std::string model, std::string voice, std::string systemInstruction,
-                     std::string host, VoiceSocket::Limits limits = {});
+    GeminiLiveClient(const std::string& apiKey, std::string model, std::string voice,
+                     std::string systemInstruction, std::string host, VoiceSocket::Limits limits = {});
 };
 
 } // namespace velto

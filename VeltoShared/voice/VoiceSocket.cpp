@@ -107,7 +107,7 @@ struct VoiceSocket::Waiter {
 /// Cuts the connection unless it is let go in time.
 class VoiceSocket::Watchdog {
   public:
-    Watchdog(std::shared_ptr<VoiceSocket> socket, Clock::Duration duration)
+    Watchdog(const std::shared_ptr<VoiceSocket>& socket, Clock::Duration duration)
         : Watchdog(socket, duration, [impl = socket->impl_.get()] { impl->cut(); }) {}
     Watchdog(const std::shared_ptr<VoiceSocket>& socket, Clock::Duration duration, std::function<void()> bark)
         : watch_(std::make_shared<Watch>()) {
