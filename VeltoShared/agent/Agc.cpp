@@ -12,8 +12,8 @@ constexpr double kKept = 0.6;
 double rms(std::span<const std::int16_t> samples) {
     // Exact in 64-bit integers, and so in 64-bit floats for any chunk below 8 million samples.
     std::int64_t sum = 0;
-    for (const std::int32_t sample : samples)
-        sum += std::int64_t{sample * sample};
+    for (const std::int64_t sample : samples)
+        sum += sample * sample;
     return std::sqrt(static_cast<double>(sum) / static_cast<double>(samples.size())) / 32768.0;
 }
 

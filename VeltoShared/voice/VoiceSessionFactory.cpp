@@ -30,10 +30,11 @@ class UnavailableSession final : public VoiceSession {
 
 } // namespace
 
-std::shared_ptr<VoiceSession> makeVoiceSession(VoiceProvider provider, std::string apiKey, std::string model,
-                                               std::string voice, std::string systemInstruction) {
+std::shared_ptr<VoiceSession> makeVoiceSession(VoiceProvider provider, const std::string& apiKey,
+                                               std::string model, std::string voice,
+                                               std::string systemInstruction) {
     if (provider == VoiceProvider::gemini)
-        return std::make_shared<GeminiLiveClient>(std::move(apiKey), std::move(model), std::move(voice),
+        return std::make_shared<GeminiLiveClient>(apiKey, std::move(model), std::move(voice),
                                                   std::move(systemInstruction));
     return std::make_shared<UnavailableSession>(provider);
 }

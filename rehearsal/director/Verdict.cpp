@@ -149,8 +149,13 @@ void checkRecord(const Scenario& scenario, const Evidence& evidence, Faults& fou
         else if (i >= scenario.lines.size())
             found.push_back("the record goes on with \"" + got + "\"");
         else
-            found.push_back("the record's line " + std::to_string(i + 1) + " is \"" + got + "\" instead of " +
-                            (cut ? "a part of " : "") + "\"" + wanted + "\"");
+            found.push_back(std::string("the record's line ")
+                                .append(std::to_string(i + 1))
+                                .append(" is \"")
+                                .append(got)
+                                .append(cut ? "\" instead of a part of \"" : "\" instead of \"")
+                                .append(wanted)
+                                .append("\""));
         return;
     }
 }
