@@ -12,10 +12,12 @@ TranscriptPrinter::TranscriptPrinter(std::ostream& out, bool terminal, const Sce
 
 std::string TranscriptPrinter::verdict(const std::string& line) const {
     // Which line it is, is read off its text; whether it was heard, off the marks alone.
+    bool begun = false;
     for (std::size_t i = 0; i < scenario_.lines.size(); ++i) {
         const auto wanted = scenario_.transcriptLine(i);
         const auto mark = scenario_.lines[i].mark;
         const bool cut = scenario_.isCut(i);
+        begun = begun || wanted.starts_with(line);
         if (cut ? line.size() < 8 || !wanted.starts_with(line) : wanted != line)
             continue;
         if (scenario_.lines[i].side == Side::callee)
@@ -25,7 +27,7 @@ std::string TranscriptPrinter::verdict(const std::string& line) const {
         return evidence_.calleeHeard(mark, Mark::Place::begin) ? "heard in part by the callee"
                                                                : "not heard by the callee";
     }
-    return "not a line of the scenario";
+    return begun ? "unfinished" : "not a line of the scenario";
 }
 
 void TranscriptPrinter::note(const std::string& text) {
