@@ -4,21 +4,27 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace velto {
 
 /// Owns what it is given; a negative number is no descriptor.
 class FileDescriptor {
   public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
+    explicit FileDescriptor(int fd = -1) : fd_(fd) {}
     ~FileDescriptor() { close(); }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    FileDescriptor(FileDescriptor&& other) noexcept : fd_(other.release()) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(fd_, other.fd_);
+        return *this;
+    }
 
     int get() const { return fd_; }
     explicit operator bool() const { return fd_ >= 0; }
     /// False when the system reports a failure, such as a late write error. Safe to call again.
     bool close();
+    /// The caller owns it from here on.
+    int release() { return std::exchange(fd_, -1); }
 
   private:
     int fd_;

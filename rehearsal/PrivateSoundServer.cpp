@@ -1,22 +1,12 @@
 // Writes the server's script, starts it and waits for its socket.
 #include "rehearsal/PrivateSoundServer.h"
 
-#include <fcntl.h>
-#include <linux/close_range.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <fstream>
 #include <system_error>
-#include <vector>
 
 namespace velto::rehearsal {
 namespace {
@@ -85,32 +75,6 @@ bool accepts(const std::string& path) {
     return connected;
 }
 
-/// Between fork and exec: nothing here may allocate or lock.
-[[noreturn]] void become(char* const* arguments, char* const* environment, pid_t parent, int output) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() != parent)
-        ::_exit(127);
-    // Out of the terminal's group: Ctrl-C is for the program, which then ends the server in its own order.
-    ::setpgid(0, 0);
-    sigset_t none;
-    ::sigemptyset(&none);
-    ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
-    ::dup2(output, STDOUT_FILENO);
-    ::dup2(output, STDERR_FILENO);
-    ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
-    ::execvpe(arguments[0], arguments, environment);
-    ::_exit(127);
-}
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-    std::vector<char*> all;
-    all.reserve(texts.size() + 1);
-    for (auto& text : texts)
-        all.push_back(text.data());
-    all.push_back(nullptr);
-    return all;
-}
-
 } // namespace
 
 PrivateSoundServer::PrivateSoundServer(std::filesystem::path folder, PrivateSoundServerOptions options)
@@ -153,41 +117,35 @@ Result<> PrivateSoundServer::launch() {
     if (std::ofstream file(scriptPath); !(file << script(options_, socketPath()) << std::flush))
         return failed("cannot write " + scriptPath.string());
 
-    std::vector<std::string> arguments{"pulseaudio",
-                                       "-n",
-                                       "-F",
-                                       scriptPath,
-                                       "--daemonize=no",
-                                       "--use-pid-file=no",
-                                       "--realtime=no",
-                                       "--high-priority=no",
-                                       "--fail=yes",
-                                       "--exit-idle-time=-1",
-                                       "--log-level=info",
-                                       "--log-target=newfile:" + (folder_ / "pulse.log").string()};
-    std::vector<std::string> environment{"PATH=/usr/local/bin:/usr/bin:/bin",
-                                         "LC_ALL=C.UTF-8",
-                                         "XDG_RUNTIME_DIR=" + folder_.string(),
-                                         "HOME=" + (folder_ / "home").string(),
-                                         "PULSE_RUNTIME_PATH=" + (folder_ / "pulse").string(),
-                                         "PULSE_STATE_PATH=" + (folder_ / "state").string(),
-                                         "DBUS_SESSION_BUS_ADDRESS=disabled:",
-                                         "DBUS_SYSTEM_BUS_ADDRESS=disabled:"};
     std::filesystem::remove(folder_ / "pulse.log", error);
-    const int output =
-        ::open((folder_ / "pulse.out").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    const auto argumentPointers = pointers(arguments);
-    const auto environmentPointers = pointers(environment);
-    const pid_t parent = ::getpid();
-    const pid_t child = ::fork();
-    if (child == 0)
-        become(argumentPointers.data(), environmentPointers.data(), parent, output);
-    const int forkError = errno;
-    ::close(output);
-    if (child < 0)
-        return failed("cannot fork", forkError);
-    pid_ = child;
-    pidDescriptor_ = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
+    ChildProgram program;
+    program.title = "the sound server (pulseaudio)";
+    program.arguments = {"pulseaudio",
+                         "-n",
+                         "-F",
+                         scriptPath,
+                         "--daemonize=no",
+                         "--use-pid-file=no",
+                         "--realtime=no",
+                         "--high-priority=no",
+                         "--fail=yes",
+                         "--exit-idle-time=-1",
+                         "--log-level=info",
+                         "--log-target=newfile:" + (folder_ / "pulse.log").string()};
+    program.environment = {{"PATH", "/usr/local/bin:/usr/bin:/bin"},
+                           {"LC_ALL", "C.UTF-8"},
+                           {"XDG_RUNTIME_DIR", folder_},
+                           {"HOME", folder_ / "home"},
+                           {"PULSE_RUNTIME_PATH", folder_ / "pulse"},
+                           {"PULSE_STATE_PATH", folder_ / "state"},
+                           {"DBUS_SESSION_BUS_ADDRESS", "disabled:"},
+                           {"DBUS_SYSTEM_BUS_ADDRESS", "disabled:"}};
+    program.outputFile = folder_ / "pulse.out";
+    program.errorFile = program.outputFile;
+    if (auto process = ChildProcess::start(program))
+        process_.emplace(std::move(*process));
+    else
+        return failed("cannot start a process");
     return waitUntilReady();
 }
 
@@ -197,34 +155,20 @@ Result<> PrivateSoundServer::waitUntilReady() {
     while (steady_clock::now() < until) {
         if (accepts(socketPath()))
             return {};
-        if (endsWithin(milliseconds(3)))
+        if (process_->endsWithin(milliseconds(3))) {
+            process_.reset();
             return failed("pulseaudio ended at once; is it installed? See " +
                           (folder_ / "pulse.log").string());
+        }
     }
     kill();
     return failed("not ready after " + std::to_string(options_.readyWithin.count()) + " ms");
 }
 
-bool PrivateSoundServer::endsWithin(std::chrono::milliseconds limit) {
-    if (pid_ == 0)
-        return true;
-    pollfd ended{pidDescriptor_, POLLIN, 0};
-    // Without a descriptor of the process, poll() ignores it and only waits.
-    ::poll(&ended, 1, static_cast<int>(limit.count()));
-    if (::waitpid(pid_, nullptr, WNOHANG) == 0)
-        return false;
-    pid_ = 0;
-    ::close(pidDescriptor_);
-    pidDescriptor_ = -1;
-    return true;
-}
-
 void PrivateSoundServer::kill() {
-    if (pid_ == 0)
-        return;
-    ::kill(pid_, SIGKILL);
-    while (!endsWithin(std::chrono::milliseconds(100))) {
-    }
+    if (process_)
+        process_->kill();
+    process_.reset();
 }
 
 Result<> PrivateSoundServer::restart() {
@@ -238,13 +182,10 @@ Result<> PrivateSoundServer::restart(PrivateSoundServerOptions options) {
 }
 
 void PrivateSoundServer::stop() {
-    if (pid_ == 0)
+    if (!process_)
         return;
-    ::kill(pid_, SIGTERM);
-    // One that was stopped with SIGSTOP ends only when it goes on.
-    ::kill(pid_, SIGCONT);
-    if (!endsWithin(std::chrono::seconds(1)))
-        kill();
+    process_->stop();
+    process_.reset();
     std::error_code error;
     std::filesystem::remove(socketPath(), error);
 }

@@ -2,13 +2,13 @@
 #pragma once
 
 #include "VeltoShared/core/Result.h"
-
-#include <sys/types.h>
+#include "rehearsal/process/ChildProcess.h"
 
 #include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -43,7 +43,7 @@ class PrivateSoundServer {
     /// What a client process should find in its environment: PULSE_SERVER, PULSE_COOKIE.
     std::map<std::string, std::string> clientEnvironment() const;
     /// 0 while it does not run.
-    pid_t pid() const { return pid_; }
+    pid_t pid() const { return process_ ? process_->pid() : 0; }
 
     /// SIGKILL, and waits until the process is gone.
     void kill();
@@ -59,13 +59,11 @@ class PrivateSoundServer {
 
     Result<> launch();
     Result<> waitUntilReady();
-    bool endsWithin(std::chrono::milliseconds limit);
     std::filesystem::path socketPath() const { return folder_ / "pulse" / "native"; }
 
     std::filesystem::path folder_;
     PrivateSoundServerOptions options_;
-    pid_t pid_ = 0;
-    int pidDescriptor_ = -1;
+    std::optional<ChildProcess> process_;
 };
 
 } // namespace velto::rehearsal

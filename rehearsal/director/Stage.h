@@ -1,7 +1,7 @@
 // Everything that runs during a rehearsal, watched by one thread.
 #pragma once
 
-#include "rehearsal/director/ChildProcess.h"
+#include "rehearsal/process/ChildProcess.h"
 #include "rehearsal/director/Guardian.h"
 
 #include <boost/json/object.hpp>

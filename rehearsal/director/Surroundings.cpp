@@ -8,17 +8,11 @@
 
 #include <boost/json.hpp>
 
-#include <array>
 #include <cstdlib>
 #include <random>
 
 namespace velto::rehearsal {
 namespace {
-
-constexpr std::array kFolders{"home", "data", "state", "config", "cache", "run", "tmp"};
-/// What a program may see of the user's own environment: none of it leads back to the user's session.
-constexpr std::array kPassedOn{"PATH",         "LANG",         "LC_ALL",       "TZ",
-                               "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"};
 
 /// With characters that must be escaped on the way to the server.
 std::string freshKey() {
@@ -31,13 +25,11 @@ std::string freshKey() {
 Surroundings::Surroundings(std::filesystem::path folder) : folder_(std::move(folder)), apiKey_(freshKey()) {}
 
 bool Surroundings::prepare() {
-    std::error_code error;
-    for (const auto* name : kFolders) {
-        std::filesystem::create_directory(file(name), error);
-        std::filesystem::permissions(file(name), std::filesystem::perms::owner_all, error);
-        if (error)
-            return false;
-    }
+    auto environment = makePrivateFolders(folder_);
+    if (!environment)
+        return false;
+    environment_ = std::move(*environment);
+    environment_["SSL_CERT_FILE"] = file("authority.pem");
     LocalAuthority authority;
     const auto issued = authority.issue("localhost");
     return !issued.certificatePEM.empty() &&
@@ -55,26 +47,8 @@ bool Surroundings::writePreferences(std::uint16_t serverPort) const {
     return !error && writePrivateFile(folder / "preferences.json", boost::json::serialize(preferences));
 }
 
-std::map<std::string, std::string> Surroundings::environment() const {
-    std::map<std::string, std::string> all{
-        {"HOME", file("home")},
-        {"XDG_DATA_HOME", file("data")},
-        {"XDG_STATE_HOME", file("state")},
-        {"XDG_CONFIG_HOME", file("config")},
-        {"XDG_CACHE_HOME", file("cache")},
-        {"XDG_RUNTIME_DIR", file("run")},
-        {"TMPDIR", file("tmp")},
-        {"DBUS_SESSION_BUS_ADDRESS", "disabled:"},
-        {"SSL_CERT_FILE", file("authority.pem")},
-    };
-    for (const auto* name : kPassedOn)
-        if (const char* const value = std::getenv(name)) // NOLINT(concurrency-mt-unsafe)
-            all.emplace(name, value);
-    return all;
-}
-
 void Surroundings::enter() const {
-    for (const auto& [name, value] : environment())
+    for (const auto& [name, value] : environment_)
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
 }
 

@@ -1,6 +1,8 @@
 // The private world of a rehearsal: folders, environment, certificates, preferences.
 #pragma once
 
+#include "rehearsal/process/PrivateFolders.h"
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -21,7 +23,7 @@ class Surroundings {
     void enter() const;
 
     /// Of every program: private folders, no session bus, the authority that is trusted.
-    std::map<std::string, std::string> environment() const;
+    const Environment& environment() const { return environment_; }
     /// Those of the variables that somebody needs to talk to the application, as shell words.
     std::string environmentForPeople(const std::map<std::string, std::string>& sound) const;
 
@@ -31,6 +33,7 @@ class Surroundings {
 
   private:
     std::filesystem::path folder_;
+    Environment environment_;
     std::string apiKey_;
 };
 
