@@ -3,10 +3,11 @@
 
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
-#include "VeltoPlatform/linux/PulseHardware.h"
-#include "VeltoPlatform/linux/PulseServer.h"
-#include "rehearsal/PrivateSoundServer.h"
+#include "VeltoPlatform/linux/SecretServiceStore.h"
+#include "VeltoShared/core/KeychainStore.h"
+#include "VeltoShared/core/SecretKey.h"
 #include "rehearsal/director/Inquiry.h"
+#include "rehearsal/director/PrivateSession.h"
 #include "rehearsal/director/Stage.h"
 #include "rehearsal/director/Summary.h"
 #include "rehearsal/director/Surroundings.h"
@@ -16,6 +17,7 @@
 
 #include <boost/json.hpp>
 
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,10 +32,10 @@ namespace {
 namespace json = boost::json;
 using namespace std::chrono_literals;
 
-constexpr const char* kSoundServer = "the sound server (pulseaudio)";
 constexpr auto kToStart = 15s;
 constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
+constexpr auto kPhoneStandsStill = 4s;
 constexpr std::size_t kLogLines = 12;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
@@ -73,7 +75,7 @@ class Rehearsal {
         finish(played);
         if (stage_.guardianGone()) {
             std::cerr << "velto-rehearse: " << stage_.failure() << std::endl;
-            sound_.reset();
+            session_.reset();
             guardian_.cleanUp();
         }
         return exitCode_;
@@ -89,14 +91,14 @@ class Rehearsal {
     }
 
     bool prepare();
-    bool startSound();
+    bool startSession();
     bool startPrograms();
     ChildProgram program(const char* title, const char* name, std::vector<std::string> arguments) const;
-    DefaultDevices defaultDevices();
     std::optional<json::object> ask(json::object request);
     bool placeCall();
     bool follow();
-    void restartSoundWhenDue();
+    void makeTroubleWhenDue();
+    void stopPhone();
     bool isOver(const json::object& status);
     void watchUsage();
     void takeRecord();
@@ -111,52 +113,55 @@ class Rehearsal {
     Measurements measurements_;
     std::vector<std::string> troubles_;
     LinuxFolders folders_{"velto-rehearse"};
-    std::unique_ptr<PrivateSoundServer> sound_;
-    std::unique_ptr<PulseHardware> hardware_;
+    SecretServiceStore keyring_{[this](const std::string& trouble) { troubles_.push_back(trouble); }};
     std::unique_ptr<Inquiry> inquiry_;
     Stage stage_;
+    std::unique_ptr<PrivateSession> session_;
     TranscriptPrinter printer_;
     ChildProcess* application_ = nullptr;
     std::optional<ProcessUsage> usageAtDial_;
-    std::set<int> restartedBefore_; ///< marks of the lines before which the sound server was restarted
+    std::set<int> troubledBefore_; ///< marks of the lines whose trouble has been made
     int exitCode_ = 1;
 };
 
 bool Rehearsal::prepare() {
     out() << "Rehearsal \"" << scenario_.name << "\": " << scenario_.about << std::endl;
-    surroundings_.enter();
     Platform parts;
     parts.folders = &folders_;
+    parts.secretStore = &keyring_;
     installPlatform(parts);
     if (!surroundings_.prepare())
         return fail("the folder " + guardian_.folder().string() + " could not be filled");
-    return startSound() && startPrograms();
+    return startSession() && startPrograms();
 }
 
-bool Rehearsal::startSound() {
-    PrivateSoundServerOptions devices;
+bool Rehearsal::startSession() {
+    PrivateSessionPlan plan;
+    plan.folder = guardian_.folder();
+    plan.folders = surroundings_.environment();
     if (options_.cut == Cut::uplink)
-        devices.muted.insert("VeltoVoice 2ch Feed");
+        plan.sound.muted.insert("VeltoVoice 2ch Feed");
     if (options_.cut == Cut::loop)
-        devices.without.insert("VeltoLoop 2ch");
-    auto started = PrivateSoundServer::start(guardian_.folder() / "sound", devices);
+        plan.sound.without.insert("VeltoLoop 2ch");
+    plan.phone = options_.programs / "velto-phone";
+    plan.scenario = options_.scenarioFile;
+    plan.reports = surroundings_.file("reports");
+    const bool expected = stage_.expect(
+        plan.reports, [this](const json::object& event) { evidence_.fromCallee(event); },
+        [this] {
+            if (!evidence_.ended)
+                stage_.fail("the phone app (velto-phone) has ended");
+        });
+    if (!expected)
+        return fail("");
+    auto started = PrivateSession::start(plan, stage_);
     if (!started)
         return fail(started.error().description);
-    sound_ = std::move(*started);
-    stage_.watch(kSoundServer, sound_->pid());
-    for (const auto& [name, value] : sound_->clientEnvironment())
-        ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-    hardware_ = std::make_unique<PulseHardware>(std::make_shared<PulseServer>([](const std::string&) {}));
-    evidence_.defaultsBefore = defaultDevices();
+    session_ = std::move(*started);
+    evidence_.defaultsBefore = session_->defaultDevices();
+    if (!KeychainStore::set(surroundings_.apiKey(), SecretKey::geminiAPIKey))
+        return fail("the key could not be put into the keyring");
     return true;
-}
-
-DefaultDevices Rehearsal::defaultDevices() {
-    const auto nameOf = [&](AudioDirection direction) {
-        const auto device = hardware_->defaultDevice(direction);
-        return device && *device != 0 ? hardware_->deviceName(*device).value_or("") : std::string();
-    };
-    return {nameOf(AudioDirection::input), nameOf(AudioDirection::output)};
 }
 
 ChildProgram Rehearsal::program(const char* title, const char* name,
@@ -165,32 +170,23 @@ ChildProgram Rehearsal::program(const char* title, const char* name,
     program.title = title;
     program.arguments = std::move(arguments);
     program.arguments.insert(program.arguments.begin(), options_.programs / name);
-    program.environment = surroundings_.environment();
-    program.environment.merge(sound_->clientEnvironment());
-    program.environment["VELTO_REHEARSAL_KEY"] = surroundings_.apiKey();
+    program.environment = session_->environment();
     program.errorFile = surroundings_.file(std::string(name) + ".err");
     return program;
 }
 
 bool Rehearsal::startPrograms() {
-    const std::string scenario = options_.scenarioFile;
-    const std::string line = surroundings_.file("line");
-    stage_.add(program("the voice server (velto-rehearsal-server)", "velto-rehearsal-server",
-                       {"--scenario", scenario, "--certificate", surroundings_.file("server.pem"), "--key",
-                        surroundings_.file("server.key")}),
-               [this](const json::object& event) { evidence_.fromServer(event); });
-    stage_.add(program("the callee (velto-rehearsal-callee)", "velto-rehearsal-callee",
-                       {"--scenario", scenario, "--line", line}),
-               [this](const json::object& event) { evidence_.fromCallee(event); });
+    auto server = program("the voice server (velto-rehearsal-server)", "velto-rehearsal-server",
+                          {"--scenario", options_.scenarioFile, "--certificate",
+                           surroundings_.file("server.pem"), "--key", surroundings_.file("server.key")});
+    server.environment["VELTO_REHEARSAL_KEY"] = surroundings_.apiKey();
+    stage_.add(server, [this](const json::object& event) { evidence_.fromServer(event); });
     if (!stage_.waitUntil([&] { return evidence_.serverPort != 0; }, kToStart))
         return fail("the voice server did not start");
-    if (!stage_.waitUntil([&] { return evidence_.calleeReady; }, kToStart))
-        return fail("the callee did not start");
     if (!surroundings_.writePreferences(evidence_.serverPort))
         return fail("the application's preferences could not be written");
     application_ =
-        stage_.add(program("the application (velto-rehearsal-app)", "velto-rehearsal-app", {"--line", line}),
-                   [](const json::object&) {});
+        stage_.add(program("the application (velto)", "velto", {"--headless"}), [](const json::object&) {});
     inquiry_ = std::make_unique<Inquiry>();
     const auto deadline = std::chrono::steady_clock::now() + kToStart;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
@@ -222,7 +218,7 @@ bool Rehearsal::placeCall() {
 }
 
 void Rehearsal::explain() {
-    const auto environment = surroundings_.environmentForPeople(sound_->clientEnvironment());
+    const auto environment = surroundings_.environmentForPeople(session_->soundEnvironment());
     out() << "From a second shell, while it runs:\n  export " << environment << "\n  "
           << (options_.programs / "veltoctl").string()
           << " status\n  pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
@@ -245,22 +241,44 @@ void Rehearsal::watchUsage() {
     measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtDial_->at).count();
 }
 
-void Rehearsal::restartSoundWhenDue() {
+void Rehearsal::makeTroubleWhenDue() {
     for (std::size_t i = 1; i < scenario_.lines.size(); ++i) {
-        const auto mark = scenario_.lines[i].mark;
-        if (!scenario_.lines[i].afterSoundRestart || restartedBefore_.contains(mark) ||
+        const auto& line = scenario_.lines[i];
+        if (!line.after || troubledBefore_.contains(line.mark) ||
             !evidence_.calleeHeard(scenario_.lines[i - 1].mark, Mark::Place::end))
             continue;
-        restartedBefore_.insert(mark);
-        printer_.note("(the sound server is killed and started again)");
-        stage_.unwatch(sound_->pid());
-        sound_->kill();
-        const auto restarted = sound_->restart();
-        if (!restarted)
-            fail(restarted.error().description);
-        else
-            stage_.watch(kSoundServer, sound_->pid());
+        troubledBefore_.insert(line.mark);
+        switch (*line.after) {
+        case Trouble::soundRestart:
+            printer_.note("(the sound server is killed and started again)");
+            if (const auto restarted = session_->restartSound(); !restarted)
+                fail(restarted.error().description);
+            break;
+        case Trouble::keyringKilled:
+            printer_.note("(the keyring's daemon is killed)");
+            session_->killKeyring();
+            break;
+        case Trouble::phoneStops:
+            stopPhone();
+            break;
+        }
     }
+}
+
+void Rehearsal::stopPhone() {
+    printer_.note("(the phone app stands still for four seconds)");
+    ::kill(evidence_.phone, SIGSTOP);
+    const auto begin = std::chrono::steady_clock::now();
+    evidence_.longestHold = 0;
+    while (stage_.failure().empty() && std::chrono::steady_clock::now() - begin < kPhoneStandsStill) {
+        const auto asked = std::chrono::steady_clock::now();
+        // Answered by the application's main thread.
+        ask({{"cmd", "status"}});
+        const std::chrono::duration<double> hold = std::chrono::steady_clock::now() - asked;
+        evidence_.longestHold = std::max(*evidence_.longestHold, hold.count());
+        stage_.waitUntil([] { return false; }, 5ms);
+    }
+    ::kill(evidence_.phone, SIGCONT);
 }
 
 bool Rehearsal::follow() {
@@ -280,7 +298,7 @@ bool Rehearsal::follow() {
                 printer_.show(texts);
             }
         if (!over) {
-            restartSoundWhenDue();
+            makeTroubleWhenDue();
             stage_.waitUntil([] { return false; }, kBetweenLooks);
         }
     }
@@ -294,7 +312,7 @@ bool Rehearsal::follow() {
     stage_.waitUntil([&] { return evidence_.ended && evidence_.serverClosed; }, kToSettle);
     printer_.finish();
     takeRecord();
-    evidence_.defaultsAfter = defaultDevices();
+    evidence_.defaultsAfter = session_->defaultDevices();
     return stage_.failure().empty() || fail("");
 }
 
@@ -315,7 +333,6 @@ void Rehearsal::finish(bool played) {
     // The application first, for a request that it does not answer to end.
     stage_.end();
     inquiry_.reset();
-    hardware_.reset();
     const auto log = readFile(surroundings_.applicationLog()).value_or("");
     measurements_.applicationStats = lastStats(log);
     auto found = troubles_;

@@ -72,7 +72,7 @@ void Evidence::fromServer(const json::object& event) {
 void Evidence::fromCallee(const json::object& event) {
     const auto what = text(event, "event");
     if (what == "ready") {
-        calleeReady = true;
+        phone = static_cast<pid_t>(integer(event, "pid"));
     } else if (what == "dialled") {
         dialled = text(event, "number");
     } else if (what == "answered") {

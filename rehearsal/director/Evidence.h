@@ -6,6 +6,8 @@
 
 #include <boost/json/object.hpp>
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -54,7 +56,7 @@ class Evidence {
     std::vector<double> soundAfterInterruptionSeconds() const;
 
     std::uint16_t serverPort = 0;
-    bool calleeReady = false;
+    pid_t phone = 0; ///< process of the phone app; 0 before it has started
     std::vector<std::string> violations;
     std::vector<int> spoken; ///< marks of the lines that either side began to say, in order
     std::vector<HeardMark> heardByServer;
@@ -75,6 +77,8 @@ class Evidence {
     std::optional<CallEntry> record;
     DefaultDevices defaultsBefore;
     DefaultDevices defaultsAfter;
+    /// The longest that the application took to answer while the phone app stood still, s.
+    std::optional<double> longestHold;
 
   private:
     struct CalleeSound {

@@ -6,7 +6,9 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,6 +50,40 @@ ChildProcess* Stage::add(const ChildProgram& program, Heard heard) {
     return &actors_.back().process;
 }
 
+bool Stage::expect(const std::filesystem::path& socket, Heard heard, std::function<void()> left) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const auto& path = socket.native();
+    FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    if (path.size() >= sizeof address.sun_path ||
+        ::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(listener.get(), 4) != 0) {
+        fail("no socket could be made at " + path);
+        return false;
+    }
+    entrances_.push_back({std::move(listener), std::move(heard), std::move(left), {}});
+    return true;
+}
+
+void Stage::receiveVisitors() {
+    for (auto& entrance : entrances_) {
+        if (FileDescriptor visitor(::accept4(entrance.listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+            visitor)
+            entrance.visitors.emplace_back(std::move(visitor));
+        for (auto visitor = entrance.visitors.begin(); visitor != entrance.visitors.end();) {
+            tell(visitor->readLines(), entrance.heard);
+            if (visitor->descriptor() >= 0) {
+                ++visitor;
+                continue;
+            }
+            visitor = entrance.visitors.erase(visitor);
+            if (!ending_)
+                entrance.left();
+        }
+    }
+}
+
 void Stage::unwatch(pid_t pid) {
     std::erase_if(watched_, [pid](const Watched& watched) {
         if (watched.pid != pid)
@@ -87,10 +123,16 @@ void Stage::pump(Duration limit) {
     }
     for (const auto& watched : watched_)
         all.push_back({watched.descriptor, POLLIN, 0});
+    for (const auto& entrance : entrances_) {
+        all.push_back({entrance.listener.get(), POLLIN, 0});
+        for (const auto& visitor : entrance.visitors)
+            all.push_back({visitor.descriptor(), POLLIN, 0});
+    }
     if (::poll(all.data(), all.size(), static_cast<int>(limit.count())) <= 0)
         return;
     for (auto& actor : actors_)
-        listen(actor);
+        tell(actor.process.readLines(), actor.heard);
+    receiveVisitors();
     checkEnds();
     if (signalfd_siginfo info{}; ::read(signals_, &info, sizeof info) == sizeof info) {
         stopCode_ = 128 + static_cast<int>(info.ssi_signo);
@@ -103,12 +145,12 @@ void Stage::pump(Duration limit) {
     }
 }
 
-void Stage::listen(Actor& actor) {
-    for (const auto& line : actor.process.readLines()) {
+void Stage::tell(const std::vector<std::string>& lines, const Heard& heard) {
+    for (const auto& line : lines) {
         boost::json::error_code error;
         const auto value = boost::json::parse(line, error);
         if (!error && value.is_object())
-            actor.heard(value.get_object());
+            heard(value.get_object());
     }
 }
 
@@ -116,7 +158,7 @@ void Stage::checkEnds() {
     for (auto& actor : actors_)
         if (const auto status = actor.process.exitStatus(); status && !actor.over) {
             actor.over = true;
-            listen(actor);
+            tell(actor.process.readLines(), actor.heard);
             if (!ending_)
                 fail(actor.process.title() + " " + describeExit(*status));
         }

@@ -1,8 +1,8 @@
 // Everything that runs during a rehearsal, watched by one thread.
 #pragma once
 
-#include "rehearsal/process/ChildProcess.h"
 #include "rehearsal/director/Guardian.h"
+#include "rehearsal/process/ChildProcess.h"
 
 #include <boost/json/object.hpp>
 
@@ -29,6 +29,9 @@ class Stage {
     /// None when it cannot be started, which is a failure of the stage. Each line of JSON that it writes goes
     /// to `heard`.
     ChildProcess* add(const ChildProgram& program, Heard heard);
+    /// A program that somebody else starts, and that reports through a socket at this path. `left`: its end
+    /// of the connection is closed. False when the socket cannot be made, which is a failure of the stage.
+    bool expect(const std::filesystem::path& socket, Heard heard, std::function<void()> left);
     /// A process that somebody else has started and will reap.
     void watch(const std::string& title, pid_t pid);
     /// Its end is no failure any more.
@@ -41,6 +44,7 @@ class Stage {
     /// are no failures any more.
     void end();
 
+    void fail(const std::string& reason);
     /// Why the rehearsal cannot go on; empty while it can.
     const std::string& failure() const { return failure_; }
     bool guardianGone() const { return guardianGone_; }
@@ -53,6 +57,12 @@ class Stage {
         Heard heard;
         bool over = false;
     };
+    struct Entrance {
+        FileDescriptor listener;
+        Heard heard;
+        std::function<void()> left;
+        std::list<LineReader> visitors;
+    };
     struct Watched {
         std::string title;
         pid_t pid;
@@ -60,13 +70,14 @@ class Stage {
     };
 
     void pump(Duration limit);
-    void listen(Actor& actor);
+    static void tell(const std::vector<std::string>& lines, const Heard& heard);
     void checkEnds();
-    void fail(const std::string& reason);
+    void receiveVisitors();
 
     const GuardianLink& guardian_;
     int signals_;
     std::list<Actor> actors_;
+    std::list<Entrance> entrances_;
     std::list<Watched> watched_;
     std::string failure_;
     bool ending_ = false;

@@ -74,6 +74,9 @@ void printSummary(std::ostream& out, const Evidence& evidence, const Measurement
     if (!evidence.responseSeconds().empty())
         out << "    (0.50 s of it is the silence by which the server knows the end of a turn)\n";
     printTimes(out, "sound after an interruption, at the callee: ", evidence.soundAfterInterruptionSeconds());
+    if (evidence.longestHold)
+        out << "  longest answer of the application while the phone app stood still: "
+            << seconds(*evidence.longestHold) << '\n';
     out << "  application " << std::fixed << std::setprecision(1) << measurements.cpuPercent
         << " % of one core over " << measurements.callSeconds << " s of call, " << measurements.residentMB
         << " MB resident\n";

@@ -47,8 +47,8 @@ bool Surroundings::writePreferences(std::uint16_t serverPort) const {
     return !error && writePrivateFile(folder / "preferences.json", boost::json::serialize(preferences));
 }
 
-void Surroundings::enter() const {
-    for (const auto& [name, value] : environment_)
+void Surroundings::enter(const Environment& environment) {
+    for (const auto& [name, value] : environment)
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
 }
 

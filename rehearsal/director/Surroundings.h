@@ -19,16 +19,15 @@ class Surroundings {
     bool prepare();
     /// Where the application finds the voice server; false when that fails.
     bool writePreferences(std::uint16_t serverPort) const;
-    /// Makes this process see the same files as the application, for the control client.
-    void enter() const;
-
-    /// Of every program: private folders, no session bus, the authority that is trusted.
+    /// Of every program: private folders, the authority that is trusted; the desktop adds its bus.
     const Environment& environment() const { return environment_; }
     /// Those of the variables that somebody needs to talk to the application, as shell words.
     std::string environmentForPeople(const std::map<std::string, std::string>& sound) const;
 
     std::filesystem::path file(const std::string& name) const { return folder_ / name; }
     std::filesystem::path applicationLog() const;
+    /// Makes this process one of that environment.
+    static void enter(const Environment& environment);
     const std::string& apiKey() const { return apiKey_; }
 
   private:

@@ -189,6 +189,10 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     checkInterruptions(scenario, evidence, found);
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);
+    if (evidence.longestHold && *evidence.longestHold > kLongestHold)
+        found.push_back("the application took " +
+                        std::to_string(static_cast<int>(*evidence.longestHold * 1000)) +
+                        " ms to answer while the phone app stood still");
     if (evidence.serverClosed && evidence.closeCode != 1000)
         found.push_back("the application left the voice server with close code " +
                         std::to_string(evidence.closeCode) + " instead of 1000");

@@ -12,6 +12,9 @@ namespace velto::rehearsal {
 /// A line counts as heard only by its mark at the other end.
 std::vector<std::string> faults(const Scenario& scenario, const Evidence& evidence);
 
+/// The application may keep others waiting this long while the phone app stands still, s.
+inline constexpr double kLongestHold = 0.5;
+
 /// The call's line must be silent this soon after the client was told of an interruption, s.
 inline constexpr double kLongestSoundAfterInterruption = 0.5;
 

@@ -81,7 +81,6 @@ std::optional<ChildProcess> ChildProcess::start(const ChildProgram& program) {
             return {};
         readEnd = FileDescriptor(ends[0]);
         writeEnd = FileDescriptor(ends[1]);
-        ::fcntl(readEnd.get(), F_SETFL, O_NONBLOCK);
     } else {
         writeEnd = openForAppending(program.outputFile);
     }
@@ -110,8 +109,7 @@ ChildProcess::ChildProcess(std::string title, pid_t pid, FileDescriptor output, 
 
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
     : title_(std::move(other.title_)), pid_(std::exchange(other.pid_, 0)), output_(std::move(other.output_)),
-      exitDescriptor_(std::move(other.exitDescriptor_)), buffer_(std::move(other.buffer_)),
-      status_(other.status_) {}
+      exitDescriptor_(std::move(other.exitDescriptor_)), status_(other.status_) {}
 
 ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
     // What this was dies with the other.
@@ -119,7 +117,6 @@ ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
     std::swap(pid_, other.pid_);
     std::swap(output_, other.output_);
     std::swap(exitDescriptor_, other.exitDescriptor_);
-    std::swap(buffer_, other.buffer_);
     std::swap(status_, other.status_);
     return *this;
 }
@@ -129,21 +126,6 @@ ChildProcess::~ChildProcess() {
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
     }
-}
-
-std::vector<std::string> ChildProcess::readLines() {
-    std::vector<std::string> lines;
-    std::array<char, 16384> bytes{};
-    ssize_t count = 0;
-    while (output_ && (count = ::read(output_.get(), bytes.data(), bytes.size())) > 0)
-        buffer_.append(bytes.data(), static_cast<std::size_t>(count));
-    if (output_ && count == 0)
-        output_.close();
-    std::size_t begin = 0;
-    for (std::size_t end = 0; (end = buffer_.find('\n', begin)) != std::string::npos; begin = end + 1)
-        lines.push_back(buffer_.substr(begin, end - begin));
-    buffer_.erase(0, begin);
-    return lines;
 }
 
 std::optional<int> ChildProcess::exitStatus() {

@@ -1,7 +1,7 @@
 // One program of a rehearsal: started so that it cannot outlive its parent, and heard line by line.
 #pragma once
 
-#include "VeltoPlatform/FileDescriptor.h"
+#include "rehearsal/process/LineReader.h"
 
 #include <sys/types.h>
 
@@ -37,12 +37,12 @@ class ChildProcess {
     const std::string& title() const { return title_; }
     pid_t pid() const { return pid_; }
     /// Readable when it has written, and at its end; −1 once that has been read, and with an output file.
-    int output() const { return output_.get(); }
+    int output() const { return output_.descriptor(); }
     /// Readable once it has ended.
     int exitDescriptor() const { return exitDescriptor_.get(); }
 
     /// Whole lines that have arrived since.
-    std::vector<std::string> readLines();
+    std::vector<std::string> readLines() { return output_.readLines(); }
     /// As from waitpid, once it has ended; reaps it.
     std::optional<int> exitStatus();
     /// Waits for its end; false when the time is over first.
@@ -58,9 +58,8 @@ class ChildProcess {
 
     std::string title_;
     pid_t pid_;
-    FileDescriptor output_;
+    LineReader output_;
     FileDescriptor exitDescriptor_;
-    std::string buffer_;
     std::optional<int> status_;
 };
 

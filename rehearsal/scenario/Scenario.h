@@ -14,6 +14,13 @@ enum class CallEnd {
     noAnswer,      ///< it rings until the line gives up
 };
 
+/// What befalls the machine in mid-call.
+enum class Trouble {
+    soundRestart,  ///< the sound server is killed and started again
+    phoneStops,    ///< the phone app is stopped for four seconds, then goes on
+    keyringKilled, ///< the keyring's daemon is killed
+};
+
 struct ScenarioLine {
     int mark = 0; ///< 0 to 99, unlike every other line's
     Side side = Side::agent;
@@ -23,8 +30,8 @@ struct ScenarioLine {
     /// Callee only: talk over the agent's line, this long after its begin mark was heard, s. That line is
     /// then cut: its begin is heard and its end is not.
     std::optional<double> over{};
-    /// Callee only: the sound server is killed and started again in the pause before this line.
-    bool afterSoundRestart = false;
+    /// Callee only: this happens in the pause before the line.
+    std::optional<Trouble> after{};
 };
 
 struct Scenario {

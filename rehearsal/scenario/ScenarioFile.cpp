@@ -13,8 +13,11 @@ namespace {
 
 namespace json = boost::json;
 
-/// For the sound server to come back and everybody to find it again, s.
-constexpr double kRestartPause = 3;
+/// For the director to act before the line begins and, where a server has to come back, for everybody to
+/// find it again, s.
+double shortestPause(Trouble trouble) {
+    return trouble == Trouble::soundRestart ? 3 : 1;
+}
 
 /// Thrown and caught in this file only.
 struct Wrong {
@@ -55,12 +58,6 @@ class Fields {
             throw Wrong{at(key) + " is not a number from " + shortest(least) + " to " + shortest(most)};
         return number;
     }
-    bool flag(std::string_view key) {
-        const auto* value = find(key);
-        if (value != nullptr && !value->is_bool())
-            throw Wrong{at(key) + " is neither true nor false"};
-        return value != nullptr && value->get_bool();
-    }
     void noOthers() const {
         for (const auto& entry : *object_)
             if (!taken_.contains(std::string(entry.key())))
@@ -75,6 +72,17 @@ class Fields {
     const json::object* object_ = nullptr;
     std::set<std::string> taken_;
 };
+
+Trouble parseTrouble(Fields& fields) {
+    const auto trouble = fields.text("after");
+    if (trouble == "sound restart")
+        return Trouble::soundRestart;
+    if (trouble == "phone stops")
+        return Trouble::phoneStops;
+    if (trouble == "keyring killed")
+        return Trouble::keyringKilled;
+    throw Wrong{fields.at("after") + R"( is none of "sound restart", "phone stops" and "keyring killed")"};
+}
 
 ScenarioLine parseLine(const json::value& value, const std::string& path) {
     Fields fields(value, path);
@@ -92,12 +100,13 @@ ScenarioLine parseLine(const json::value& value, const std::string& path) {
         throw Wrong{fields.at("text") + " has blanks at an end"};
     line.pause = fields.number("pause", 0, 30).value_or(line.pause);
     line.over = fields.number("over", 0, 30);
-    line.afterSoundRestart = fields.flag("afterSoundRestart");
-    if (line.side == Side::agent && (fields.find("pause") != nullptr || line.over || line.afterSoundRestart))
-        throw Wrong{path + ": \"pause\", \"over\" and \"afterSoundRestart\" are for lines of the callee"};
-    if (line.afterSoundRestart && (line.over || line.pause < kRestartPause))
-        throw Wrong{path + ": a restart of the sound server needs a pause of at least " +
-                    std::to_string(static_cast<int>(kRestartPause)) + " s"};
+    if (fields.find("after") != nullptr)
+        line.after = parseTrouble(fields);
+    if (line.side == Side::agent && (fields.find("pause") != nullptr || line.over || line.after))
+        throw Wrong{path + R"(: "pause", "over" and "after" are for lines of the callee)"};
+    if (line.after && (line.over || line.pause < shortestPause(*line.after)))
+        throw Wrong{fields.at("after") + " needs a pause of at least " +
+                    std::to_string(static_cast<int>(shortestPause(*line.after))) + " s"};
     fields.noOthers();
     return line;
 }
@@ -123,7 +132,7 @@ void check(const Scenario& scenario) {
             throw Wrong{path + ".mark is used twice"};
         if (i > 0 && line.side == scenario.lines[i - 1].side)
             throw Wrong{path + ".side: the sides must take turns"};
-        if (i == 0 && (line.over || line.afterSoundRestart))
+        if (i == 0 && (line.over || line.after))
             throw Wrong{path + ": there is no line before it to be talked over or waited for"};
     }
     if (scenario.lines.empty())

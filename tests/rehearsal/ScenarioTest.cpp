@@ -33,8 +33,8 @@ std::string with(const std::string& from, const std::string& to) {
 
 TEST(ScenarioFile, EveryShippedScenarioLoadsUnderItsOwnName) {
     const auto names = scenarioNames(VELTO_SCENARIOS);
-    EXPECT_EQ(names, (std::vector<std::string>{"appointment", "callee-hangs-up", "interruption", "no-answer",
-                                               "sound-restart"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"appointment", "bad-day", "callee-hangs-up", "interruption",
+                                               "no-answer", "sound-restart"}));
     for (const auto& name : names) {
         const auto scenario = loadScenario(name, VELTO_SCENARIOS);
         ASSERT_TRUE(scenario) << scenario.error().message;
@@ -62,8 +62,9 @@ TEST(ScenarioFile, MistakesAreNamedByTheirPlace) {
         {with("\"mark\":3,\"side\":\"callee\"", "\"mark\":3,\"side\":\"agent\""), "scenario.lines[2]"},
         {with("Hello?\"", "Hello?\",\"over\":1"), "scenario.lines[0]: there is no line before it"},
         {with("Bye.\"", "Bye.\",\"pause\":1"), "scenario.lines[3]: \"pause\", \"over\" and"},
-        {with("Stop.\"", "Stop.\",\"afterSoundRestart\":true"),
-         "scenario.lines[2]: a restart of the sound server needs"},
+        {with("Stop.\"", "Stop.\",\"after\":\"rain\""), "scenario.lines[2].after is none of"},
+        {with("Stop.\"", "Stop.\",\"pause\":1,\"after\":\"sound restart\""),
+         "scenario.lines[2].after needs a pause of at least 3 s"},
         {with("Bye.", "Bye. "), "scenario.lines[3].text has blanks at an end"},
         {with("\"ends\":\"agent\"", "\"ends\":\"callee\""), "scenario.lines must end with the callee"},
         {with("\"ends\":\"agent\"", "\"ends\":\"no answer\""),
@@ -158,6 +159,7 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
                  "Caller: Hello?\nAgent: A long story begins here.\nCaller: Stop.\nAgent: Bye.";
          },
          "the record's line 2 is"},
+        {[](Evidence& e) { e.longestHold = 0.6; }, "the application took 600 ms to answer"},
         {[](Evidence& e) { e.closeCode = 1006; },
          "the application left the voice server with close code 1006"},
         {[](Evidence& e) { e.defaultsAfter.output = "VeltoLoop 2ch"; }, "the default devices are"},
