@@ -40,8 +40,10 @@ void say(QLabel& label, const QString& text) {
 }
 
 /// Only when the press is over: it may be this very button that has to go.
+/// Buttons of a window that never has the focus show none.
 template <class Work>
 void onPress(Button* button, QObject* owner, Work work) {
+    button->setFocusPolicy(Qt::NoFocus);
     QObject::connect(button, &QPushButton::clicked, owner, work, Qt::QueuedConnection);
 }
 
@@ -54,7 +56,6 @@ Banner::Banner(Phone& phone)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowTitle(tr("Phone call"));
-    setFixedWidth(kWidth);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -69,6 +70,8 @@ Banner::Kind Banner::kindOfState() const {
         return Kind::nothing;
     if (phone_.callUp())
         return Kind::call;
+    if (phone_.state() == PhoneState::refused)
+        return Kind::refusal;
     return phone_.state() == PhoneState::offered && phone_.hasLine() ? Kind::offer : Kind::message;
 }
 
@@ -95,10 +98,12 @@ void Banner::build() {
     if (kind_ == Kind::nothing)
         return;
     body_ = new QWidget;
+    body_->setFixedWidth(kWidth);
     auto* const column = new QVBoxLayout(body_);
-    column->setContentsMargins(kMargin, 10, kMargin, kMargin - 2);
+    column->setContentsMargins(kMargin, 12, kMargin, kMargin);
     column->setSpacing(2);
     column->addWidget(head());
+    column->addSpacing(4);
     number_ = plainLabel({}, scaledFont(kNumberScale, QFont::DemiBold));
     number_->hide();
     column->addWidget(number_);
@@ -122,8 +127,7 @@ QWidget* Banner::head() {
     auto* const icon = new QLabel;
     icon->setPixmap(phoneIcon().pixmap(QSize(22, 22), devicePixelRatioF()));
     caption_ = plainLabel(tr("Phone"), scaledFont(1.0, QFont::Medium));
-    auto* const keypad = Button::disc(Glyph::keypad, tr("Keypad"), Button::Colour::bare, 36);
-    keypad->setFocusPolicy(Qt::NoFocus);
+    auto* const keypad = Button::disc(Glyph::keypad, tr("Keypad"), Button::Colour::plain, 32);
     onPress(keypad, this, [this] { Q_EMIT keypadWanted(); });
     line->addWidget(icon);
     line->addWidget(caption_, 1);

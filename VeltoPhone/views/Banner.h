@@ -27,7 +27,7 @@ class Banner : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
-    enum class Kind { nothing, offer, message, call };
+    enum class Kind { nothing, offer, refusal, message, call };
 
     Kind kindOfState() const;
     void follow();

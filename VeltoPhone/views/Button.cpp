@@ -57,7 +57,8 @@ QSize Button::sizeHint() const {
 }
 
 void Button::paintGround(QPainter& painter, const Look& look) const {
-    const auto inner = QRectF(rect()).adjusted(2 * kRing, 2 * kRing, -2 * kRing, -2 * kRing);
+    const auto room = focusPolicy() == Qt::NoFocus ? 0 : 2 * kRing;
+    const auto inner = QRectF(rect()).adjusted(room, room, -room, -room);
     const auto radius = inner.height() / 2;
     auto ground = colour_ == Colour::call ? look.call : colour_ == Colour::end ? look.end : look.key;
     const bool dark = look.ground.lightness() < 128;

@@ -17,17 +17,18 @@ QColor mixed(const QColor& a, const QColor& b, double share) {
     return {part(a.red(), b.red()), part(a.green(), b.green()), part(a.blue(), b.blue())};
 }
 
-/// Lying like a bridge: a bow with an ear piece at either end.
+/// Lying like a bridge: a bow with an ear piece at either end, as one shape, so that it may be translucent.
 void paintHandset(QPainter& painter, const QColor& colour) {
-    painter.setPen(QPen(colour, 3.4, Qt::SolidLine, Qt::FlatCap));
-    painter.setBrush(Qt::NoBrush);
-    QPainterPath bow(QPointF(4.4, 13));
-    bow.cubicTo(6.4, 7.6, 17.6, 7.6, 19.6, 13);
-    painter.drawPath(bow);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(colour);
-    painter.drawRoundedRect(QRectF(1.6, 11.4, 6.2, 5), 1.7, 1.7);
-    painter.drawRoundedRect(QRectF(16.2, 11.4, 6.2, 5), 1.7, 1.7);
+    QPainterPath line(QPointF(4.4, 13));
+    line.cubicTo(6.4, 7.6, 17.6, 7.6, 19.6, 13);
+    QPainterPathStroker stroker;
+    stroker.setWidth(3.4);
+    stroker.setCapStyle(Qt::FlatCap);
+    stroker.setCurveThreshold(0.02);
+    QPainterPath ears;
+    ears.addRoundedRect(QRectF(1.6, 11.4, 6.2, 5), 1.7, 1.7);
+    ears.addRoundedRect(QRectF(16.2, 11.4, 6.2, 5), 1.7, 1.7);
+    painter.fillPath(stroker.createStroke(line).united(ears), colour);
 }
 
 void paintKeypad(QPainter& painter, const QColor& colour) {

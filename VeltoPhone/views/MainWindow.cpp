@@ -93,7 +93,8 @@ void MainWindow::present() {
 void MainWindow::follow() {
     const bool up = phone_.callUp();
     const bool focused = dial_->hasFocus() || hangUp_->hasFocus();
-    status_->setText(statusText(phone_));
+    const auto status = statusText(phone_);
+    status_->setText(status.isEmpty() && number_->text().isEmpty() ? tr("Enter a number") : status);
     tones_->setText(phone_.tones());
     notice_->setText(phone_.notice());
     notice_->setVisible(!phone_.notice().isEmpty());
