@@ -24,7 +24,7 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, co
     static std::string reason; // the warning that comes before the end says more than the end
     if (type != QtFatalMsg) {
         if (reason.empty())
-            reason = message.toStdString();
+            reason = message.trimmed().toStdString();
         return;
     }
     complain("cannot open a display: " + (reason.empty() ? message.toStdString() : reason));

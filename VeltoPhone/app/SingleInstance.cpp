@@ -4,6 +4,7 @@
 #include "VeltoShared/core/Clock.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QLocalSocket>
 #include <QTimer>
 
@@ -81,7 +82,8 @@ bool SingleInstance::handOver(const Wish& wish, std::chrono::milliseconds limit)
 bool SingleInstance::listen() {
     // The lock is ours, so whoever left a socket behind is gone.
     QLocalServer::removeServer(socketPath_);
-    if (server_.listen(socketPath_))
+    if (server_.listen(socketPath_) &&
+        QFile::setPermissions(socketPath_, QFileDevice::ReadOwner | QFileDevice::WriteOwner))
         return true;
     error_ = tr("cannot listen at %1: %2").arg(socketPath_, server_.errorString());
     return false;

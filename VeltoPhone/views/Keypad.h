@@ -15,7 +15,7 @@ class Keypad : public QWidget {
   public:
     Keypad();
 
-    /// Presses the key as a finger would, seen and told; false when there is no such key.
+    /// Presses the key, as from the keyboard; false when there is no such key.
     bool press(QChar key);
 
   Q_SIGNALS:
