@@ -3,6 +3,7 @@
 #include "VeltoPhone/app/StopSignals.h"
 #include "VeltoPhone/line/ConfiguredLine.h"
 #include "VeltoPhone/model/PhoneNumber.h"
+#include "VeltoPhone/views/DesktopColours.h"
 #include "VeltoPhone/views/Look.h"
 
 #include <CLI/CLI.hpp>
@@ -63,6 +64,8 @@ int run(SingleInstance& instance, StopSignals& signals, const Wish& wish, int ar
     QApplication::setDesktopFileName(QStringLiteral("org.velto.VeltoPhone"));
     QApplication::setWindowIcon(phoneIcon());
     QApplication::setQuitOnLastWindowClosed(false);
+
+    const DesktopColours colours;
 
     auto line = configuredLine();
     if (!line)

@@ -1,9 +1,9 @@
 # Targets with Qt in them. Qt asks its users for -fPIC, which programs of ours are otherwise not built with: so
 # these have a precompiled header of their own.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Network)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Network DBus)
 
 add_library(velto_qt INTERFACE)
-target_link_libraries(velto_qt INTERFACE Qt6::Widgets Qt6::Network)
+target_link_libraries(velto_qt INTERFACE Qt6::Widgets Qt6::Network Qt6::DBus)
 target_compile_definitions(velto_qt INTERFACE QT_NO_KEYWORDS)
 
 add_library(velto_qt_pch OBJECT ${PROJECT_SOURCE_DIR}/cmake/Precompiled.cpp)

@@ -61,7 +61,7 @@ void Button::paintGround(QPainter& painter, const Look& look) const {
     const auto inner = QRectF(rect()).adjusted(room, room, -room, -room);
     const auto radius = inner.height() / 2;
     auto ground = colour_ == Colour::call ? look.call : colour_ == Colour::end ? look.end : look.key;
-    const bool dark = look.ground.lightness() < 128;
+    const bool dark = Look::isDark(palette());
     const bool coloured = colour_ == Colour::call || colour_ == Colour::end;
     if (isDown())
         ground = dark && !coloured ? ground.lighter(150) : ground.darker(coloured ? 135 : 116);

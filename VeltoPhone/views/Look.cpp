@@ -50,10 +50,14 @@ void paintBackspace(QPainter& painter, const QColor& colour) {
 
 } // namespace
 
+bool Look::isDark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
 Look Look::of(const QPalette& palette) {
     const auto window = palette.color(QPalette::Window);
     const auto text = palette.color(QPalette::WindowText);
-    const bool dark = window.lightness() < text.lightness();
+    const bool dark = isDark(palette);
     Look look;
     look.ground = mixed(window, dark ? QColor(Qt::black) : QColor(Qt::white), dark ? 0.1 : 0.6);
     look.text = text;

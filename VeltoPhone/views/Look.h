@@ -22,6 +22,7 @@ struct Look {
     QColor end;
 
     static Look of(const QPalette& palette);
+    static bool isDark(const QPalette& palette);
 };
 
 /// For a desktop that says it prefers dark and does not bring a palette.

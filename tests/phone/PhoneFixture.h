@@ -10,15 +10,21 @@
 
 namespace velto::phone {
 
-/// Qt wants one for all tests of a process.
-inline QApplication& application() {
-    static int count = 1;
-    static std::array<char*, 1> arguments{const_cast<char*>("phone_test")};
-    ::qputenv("QT_QPA_PLATFORM", "offscreen");
-    ::qputenv("QT_LOGGING_RULES", "default.warning=false");
-    static QApplication instance(count, arguments.data());
-    return instance;
-}
+/// Qt wants one application for all tests of a process, and its end before that of the process.
+struct QtEnvironment : testing::Environment {
+    void SetUp() override {
+        ::qputenv("QT_QPA_PLATFORM", "offscreen");
+        ::qputenv("QT_LOGGING_RULES", "default.warning=false");
+        application = std::make_unique<QApplication>(count, arguments.data());
+    }
+    void TearDown() override { application.reset(); }
+
+    int count = 1;
+    std::string name = "phone_test";
+    std::array<char*, 2> arguments{name.data(), nullptr};
+    std::unique_ptr<QApplication> application;
+};
+inline testing::Environment* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 struct ToldLine : Line {
     void dial(const std::string& number, LineEvents itsEvents) override {
@@ -33,7 +39,6 @@ struct ToldLine : Line {
 };
 
 struct PhoneFixture : testing::Test {
-    QApplication& qt = application();
     test::ManualClock clock{[] {}};
     ToldLine* line = new ToldLine;
     Phone phone{std::unique_ptr<Line>(line)};

@@ -15,7 +15,6 @@ using namespace std::chrono_literals;
 using Role = SingleInstance::Role;
 
 struct SingleInstanceTest : testing::Test {
-    QApplication& qt = application();
     QTemporaryDir folder;
     std::vector<std::string> wishes;
 
