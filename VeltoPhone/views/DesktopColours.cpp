@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 
 namespace velto::phone {
 namespace {
@@ -31,7 +32,7 @@ DesktopColours::DesktopColours() : own_(QApplication::palette()) {
     if (!bus.isConnected() || Look::isDark(own_))
         return;
     bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+                SLOT(settingChanged(QDBusMessage)));
     auto question = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("Read"));
     question << kGroup << kKey;
     auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
@@ -43,9 +44,10 @@ DesktopColours::DesktopColours() : own_(QApplication::palette()) {
     });
 }
 
-void DesktopColours::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
-    if (group == kGroup && key == kKey)
-        apply(value.variant());
+void DesktopColours::settingChanged(const QDBusMessage& signal) {
+    const auto arguments = signal.arguments();
+    if (arguments.size() == 3 && arguments[0] == kGroup && arguments[1] == kKey)
+        apply(arguments[2]);
 }
 
 void DesktopColours::apply(const QVariant& scheme) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QDBusMessage>
-#include <QDBusVariant>
 #include <QObject>
 #include <QPalette>
 
@@ -17,7 +16,7 @@ class DesktopColours : public QObject {
     DesktopColours();
 
   private Q_SLOTS:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void settingChanged(const QDBusMessage& signal);
 
   private:
     void apply(const QVariant& scheme);
