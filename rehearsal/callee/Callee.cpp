@@ -1,10 +1,8 @@
-// The phone's line and the person at its other end.
+// The person at the other end of the phone's line.
 #include "rehearsal/callee/Callee.h"
 
 #include "rehearsal/signal/LineVoice.h"
 
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/json.hpp>
 
@@ -15,22 +13,10 @@ namespace asio = boost::asio;
 constexpr const char* kVoice = "en-gb";
 constexpr std::chrono::milliseconds kTick{10};
 
-std::string textOf(const boost::json::object& object, std::string_view key) {
-    const auto* value = object.if_contains(key);
-    return value != nullptr && value->is_string() ? std::string(value->get_string()) : std::string();
-}
-
 } // namespace
 
-Callee::Callee(asio::io_context& context, const Scenario& scenario, const std::string& socketPath,
-               Report report)
-    : context_(context), scenario_(scenario), report_(std::move(report)),
-      socket_(context.get_executor(), socketPath,
-              {[this](const boost::json::object& message) { received(message); },
-               [this] {
-                   if (state_ != State::idle)
-                       end("the desktop has gone");
-               }}) {
+Callee::Callee(asio::io_context& context, const Scenario& scenario, Hooks hooks)
+    : context_(context), scenario_(scenario), hooks_(std::move(hooks)) {
     for (const auto& line : scenario.lines)
         voices_.push_back(
             line.side == Side::callee
@@ -39,8 +25,6 @@ Callee::Callee(asio::io_context& context, const Scenario& scenario, const std::s
 }
 
 asio::awaitable<void> Callee::run() {
-    asio::co_spawn(context_, socket_.serve(), asio::detached);
-    report_({{"event", "ready"}});
     asio::steady_timer timer(context_);
     while (true) {
         timer.expires_after(kTick);
@@ -49,19 +33,23 @@ asio::awaitable<void> Callee::run() {
     }
 }
 
-void Callee::received(const boost::json::object& message) {
-    const auto what = textOf(message, "line");
-    if (what == "dial" && state_ == State::idle)
-        dialled(textOf(message, "number"));
-    else if (what == "hangup" && state_ != State::idle)
-        end("hung up by the caller");
-}
-
-void Callee::dialled(const std::string& number) {
+void Callee::dial(const std::string& number) {
+    if (state_ != State::idle)
+        return;
     state_ = State::ringing;
     ringingSince_ = monotonicNow();
-    report_({{"event", "dialled"}, {"number", number}});
-    socket_.send({{"line", "ringing"}});
+    hooks_.report({{"event", "dialled"}, {"number", number}});
+    hooks_.ringing();
+}
+
+void Callee::hangUp(const std::string& reason) {
+    if (state_ != State::idle)
+        end(reason);
+}
+
+void Callee::sendTones(const std::string& digits) {
+    if (state_ == State::answered)
+        hooks_.report({{"event", "tones"}, {"digits", digits}});
 }
 
 void Callee::tick() {
@@ -89,11 +77,11 @@ void Callee::answer() {
                                                 end(reason);
                                         });
                                     },
-                                    report_},
+                                    hooks_.report},
                   now);
     openAudio();
-    report_({{"event", "answered"}, {"at", now.count()}});
-    socket_.send({{"line", "answered"}});
+    hooks_.report({{"event", "answered"}, {"at", now.count()}});
+    hooks_.answered();
 }
 
 void Callee::openAudio() {
@@ -116,18 +104,18 @@ void Callee::end(const std::string& reason) {
         measures_ = audio_->measures();
     audio_.reset();
     talk_.reset();
-    report_({{"event", "ended"}, {"reason", reason}, {"at", monotonicNow().count()}});
+    hooks_.report({{"event", "ended"}, {"reason", reason}, {"at", monotonicNow().count()}});
     reportMeasures();
-    socket_.send({{"line", "ended"}, {"reason", reason}});
+    hooks_.ended(reason);
 }
 
 void Callee::reportMeasures() {
     const auto measures = audio_ ? audio_->measures() : measures_;
-    report_({{"event", "measures"},
-             {"framesHeard", measures.framesHeard},
-             {"peakHeard", measures.peakHeard},
-             {"framesSaid", measures.framesSaid},
-             {"peakSaid", measures.peakSaid}});
+    hooks_.report({{"event", "measures"},
+                   {"framesHeard", measures.framesHeard},
+                   {"peakHeard", measures.peakHeard},
+                   {"framesSaid", measures.framesSaid},
+                   {"peakSaid", measures.peakSaid}});
 }
 
 } // namespace velto::rehearsal

@@ -1,8 +1,7 @@
-// The phone's line and the person at its other end.
+// The person at the other end of the phone's line.
 #pragma once
 
 #include "rehearsal/callee/CalleeTalk.h"
-#include "rehearsal/callee/LineSocket.h"
 #include "rehearsal/callee/PhoneAudio.h"
 
 #include <boost/asio/io_context.hpp>
@@ -12,33 +11,43 @@
 
 namespace velto::rehearsal {
 
-/// From the desktop: {"line":"dial","number":…}, {"line":"hangup"}. To the desktop: {"line":"ringing"},
-/// {"line":"answered"}, {"line":"ended","reason":…}. Sound is recorded and played while the line is answered
-/// and not otherwise. Everything runs on the thread that runs the context.
+/// One call at a time. Sound is recorded and played while the line is answered and not otherwise. Everything
+/// runs on the thread that runs the context, the hooks included.
 class Callee {
   public:
-    /// Throws boost::system::system_error when the socket cannot be made.
-    Callee(boost::asio::io_context& context, const Scenario& scenario, const std::string& socketPath,
-           Report report);
+    /// How the call goes on, told to whoever placed it.
+    struct Hooks {
+        std::function<void()> ringing;
+        std::function<void()> answered;
+        /// The last of a call; the next may be placed from within.
+        std::function<void(const std::string& reason)> ended;
+        Report report;
+    };
+
+    /// Speaks all lines of the scenario first: some 50 ms for each where a synthesiser is installed.
+    Callee(boost::asio::io_context& context, const Scenario& scenario, Hooks hooks);
 
     boost::asio::awaitable<void> run();
-    void reportMeasures();
+    /// Does nothing while there is a call.
+    void dial(const std::string& number);
+    /// Does nothing without a call.
+    void hangUp(const std::string& reason);
+    /// The caller pressed keys; heard by nobody but the report.
+    void sendTones(const std::string& digits);
 
   private:
     enum class State { idle, ringing, answered };
 
-    void received(const boost::json::object& message);
-    void dialled(const std::string& number);
     void tick();
     void answer();
     void end(const std::string& reason);
     void openAudio();
+    void reportMeasures();
 
     boost::asio::io_context& context_;
     const Scenario& scenario_;
-    Report report_;
+    Hooks hooks_;
     std::vector<Samples> voices_; ///< by line; empty for the agent's
-    LineSocket socket_;
     State state_ = State::idle;
     std::chrono::nanoseconds ringingSince_{};
     std::optional<CalleeTalk> talk_;

@@ -10,9 +10,12 @@ forbid() {
   printf 'not allowed below %s:\n%s\n' "$1" "$found"
   status=1
 }
-forbid VeltoPlatform 'VeltoShared/|VeltoApp/|veltoctl/|rehearsal/|tests/'
-forbid VeltoShared 'VeltoApp/|VeltoPlatform/(linux|simulated)/|veltoctl/|rehearsal/|tests/|Q[A-Z]'
-forbid VeltoApp 'veltoctl/|rehearsal/|tests/|VeltoPlatform/simulated/'
+forbid VeltoPlatform 'VeltoShared/|VeltoApp/|VeltoPhone/|veltoctl/|rehearsal/|tests/|Q[A-Z]'
+forbid VeltoShared 'VeltoApp/|VeltoPhone/|VeltoPlatform/(linux|simulated)/|veltoctl/|rehearsal/|tests/|Q[A-Z]'
+forbid VeltoApp 'veltoctl/|VeltoPhone/|rehearsal/|tests/|VeltoPlatform/simulated/'
+forbid VeltoPhone 'VeltoApp/|veltoctl/|tests/|VeltoPlatform/(linux|simulated)/'
+forbid VeltoPhone/line 'Q[A-Z]|VeltoPhone/(app|model|views)/'
+forbid rehearsal 'VeltoPhone/|Q[A-Z]'
 backends=$(grep -rlE '^#include "VeltoPlatform/linux/' VeltoApp --include='*.h' --include='*.cpp' | grep -v '^VeltoApp/main.cpp$')
 if [ -n "$backends" ]; then
   printf 'names a backend outside the composition root: %s\n' "$backends"

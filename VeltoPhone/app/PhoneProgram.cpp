@@ -1,0 +1,43 @@
+#include "VeltoPhone/app/PhoneProgram.h"
+
+#include <QCoreApplication>
+
+#include <utility>
+
+namespace velto::phone {
+
+PhoneProgram::PhoneProgram(std::unique_ptr<Line> line) : phone_(std::move(line)), banner_(phone_) {
+    // Queued: what follows a change may still open something.
+    connect(&phone_, &Phone::changed, this, &PhoneProgram::endIfDone, Qt::QueuedConnection);
+    connect(&banner_, &Banner::keypadWanted, this, &PhoneProgram::showWindow);
+}
+
+void PhoneProgram::grant(const Wish& wish) {
+    if (wish)
+        phone_.open(*wish);
+    else
+        showWindow();
+}
+
+void PhoneProgram::showWindow() {
+    if (!window_) {
+        window_ = std::make_unique<MainWindow>(phone_);
+        connect(window_.get(), &MainWindow::hidden, this, &PhoneProgram::endIfDone, Qt::QueuedConnection);
+    }
+    window_->present();
+}
+
+void PhoneProgram::stop() {
+    if (std::exchange(stopping_, true))
+        return QCoreApplication::quit();
+    phone_.hangUp();
+    endIfDone();
+}
+
+void PhoneProgram::endIfDone() {
+    const bool visible = phone_.state() != PhoneState::idle || (window_ && window_->isVisible());
+    if (!phone_.callUp() && (stopping_ || !visible))
+        QCoreApplication::quit();
+}
+
+} // namespace velto::phone

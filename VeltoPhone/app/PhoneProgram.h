@@ -1,0 +1,33 @@
+// The running phone: its call, its windows and how long it lives.
+#pragma once
+
+#include "VeltoPhone/app/SingleInstance.h"
+#include "VeltoPhone/views/Banner.h"
+#include "VeltoPhone/views/MainWindow.h"
+
+#include <memory>
+
+namespace velto::phone {
+
+/// Ends the application when no call is up and nothing is visible. Qt's main thread.
+class PhoneProgram : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit PhoneProgram(std::unique_ptr<Line> line);
+
+    void grant(const Wish& wish);
+    /// Hangs up first where there is a call; asked a second time it does not wait for the line.
+    void stop();
+
+  private:
+    void showWindow();
+    void endIfDone();
+
+    Phone phone_;
+    Banner banner_;
+    std::unique_ptr<MainWindow> window_; ///< from the first time that somebody wants it
+    bool stopping_ = false;
+};
+
+} // namespace velto::phone
