@@ -303,7 +303,8 @@ SecretStatus SecretConversation::showPrompt(const std::string& path) {
         bus_->process(std::chrono::duration_cast<Bus::Limit>(deadline - Clock::now()));
     deadline_ = Clock::now() + limits_.operation;
     if (end.ended)
-        return end.dismissed ? refuse("locked, and the prompt was dismissed") : SecretStatus::success;
+        return end.dismissed ? refuse("locked, and the prompt was dismissed or could not be shown")
+                             : SecretStatus::success;
     if (gone || !bus_->alive())
         return fail("asking its user", {nullptr, SD_BUS_ERROR_DISCONNECTED});
     dismiss();
