@@ -35,6 +35,8 @@ class SecretStore {
     /// `data` is set on success only.
     virtual SecretStatus find(const std::string& service, const std::string& account, std::string& data) = 0;
     virtual SecretStatus remove(const std::string& service, const std::string& account) = 0;
+    /// Where keys are kept, for people to read; "none" where there is no store. Never prompts.
+    virtual std::string state() = 0;
 };
 
 } // namespace velto

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ class Workspace {
     virtual std::vector<RunningApplication> runningApplications() = 0;
     /// Opens the URL with its registered application; false when there is none.
     virtual bool openURL(const std::string& url) = 0;
+    /// Shows the file or folder in the file manager, at least its folder; false when nothing can.
+    virtual bool revealFile(const std::filesystem::path& path) = 0;
 };
 
 } // namespace velto

@@ -4,6 +4,7 @@ find_package(OpenSSL REQUIRED)
 find_package(Boost 1.81 REQUIRED COMPONENTS json)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
+pkg_check_modules(GIO REQUIRED gio-unix-2.0)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 
 add_library(velto_flags INTERFACE)

@@ -20,6 +20,7 @@ class AbsentDesktop : public Accessibility, public Workspace, public SecretStore
 
     std::vector<RunningApplication> runningApplications() override { return {}; }
     bool openURL(const std::string&) override { return false; }
+    bool revealFile(const std::filesystem::path&) override { return false; }
 
     bool canDescribeAccess() override { return false; }
     SecretStatus add(const SecretItem&) override { return SecretStatus::unavailable; }
@@ -27,6 +28,7 @@ class AbsentDesktop : public Accessibility, public Workspace, public SecretStore
         return SecretStatus::unavailable;
     }
     SecretStatus remove(const std::string&, const std::string&) override { return SecretStatus::unavailable; }
+    std::string state() override { return "none"; }
 };
 
 } // namespace velto

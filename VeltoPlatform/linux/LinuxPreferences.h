@@ -2,8 +2,7 @@
 #pragma once
 
 #include "VeltoPlatform/Preferences.h"
-
-#include <boost/json/object.hpp>
+#include "VeltoPlatform/linux/JsonFile.h"
 
 #include <filesystem>
 #include <functional>
@@ -12,11 +11,9 @@
 
 namespace velto {
 
-/// Reads the file anew for each question and rewrites it whole for each change (lock file, temporary, flush,
-/// rename), so that several processes may share it and a crash leaves the old or the new file. Keys and
-/// values of other kinds that stand in the file are kept. A file that is not such an object is set aside as
-/// "<file>.broken", never overwritten; one that cannot be read is left alone. What could not be written stays
-/// in memory for this run and is said to `report`, once a cause.
+/// Reads the file anew for each question and rewrites it whole for each change (`JsonFile`). Keys and values
+/// of other kinds that stand in the file are kept. What could not be written stays in memory for this run and
+/// is said to `report`, once a cause.
 class LinuxPreferences : public Preferences {
   public:
     using Report = std::function<void(std::string)>;
@@ -27,14 +24,10 @@ class LinuxPreferences : public Preferences {
     void remove(const std::string& key) override;
 
   private:
-    enum class Content { absent, sound, broken, unreadable };
-
-    Content read(boost::json::object& values) const;
     void change(const std::string& key, std::optional<PreferenceValue> value);
-    bool write(const std::string& key, const std::optional<PreferenceValue>& value);
     void say(const std::string& problem);
 
-    std::filesystem::path file_;
+    JsonFile file_;
     Report report_;
     std::mutex mutex_;
     std::map<std::string, std::optional<PreferenceValue>> unwritten_;

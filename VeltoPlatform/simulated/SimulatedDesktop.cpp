@@ -187,6 +187,11 @@ void SimulatedDesktop::onOpenURL(std::function<bool(const std::string&)> handler
     urlHandler_ = std::move(handler);
 }
 
+std::vector<std::filesystem::path> SimulatedDesktop::revealedFiles() const {
+    const std::scoped_lock lock(shared_->mutex);
+    return revealedFiles_;
+}
+
 void SimulatedDesktop::beforeRead(std::function<void()> hook) {
     const std::scoped_lock lock(shared_->mutex);
     beforeRead_ = std::move(hook);
@@ -289,6 +294,12 @@ bool SimulatedDesktop::openURL(const std::string& url) {
         handler = urlHandler_;
     }
     return handler && handler(url);
+}
+
+bool SimulatedDesktop::revealFile(const std::filesystem::path& path) {
+    const std::scoped_lock lock(shared_->mutex);
+    revealedFiles_.push_back(path);
+    return true;
 }
 
 } // namespace velto

@@ -95,6 +95,7 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     /// Called for each opened URL, on the opener's thread, with nothing locked; answers whether an
     /// application took it. Without a handler no application does.
     void onOpenURL(std::function<bool(const std::string& url)> handler);
+    std::vector<std::filesystem::path> revealedFiles() const;
 
     /// Called for each element that is about to be read, with nothing locked: a place to change the desktop
     /// in the middle of somebody's walk.
@@ -112,6 +113,8 @@ class SimulatedDesktop : public Accessibility, public Workspace {
 
     std::vector<RunningApplication> runningApplications() override;
     bool openURL(const std::string& url) override;
+    /// Recorded; true.
+    bool revealFile(const std::filesystem::path& path) override;
 
   private:
     struct Application {
@@ -125,6 +128,7 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     bool trusted_ = true;
     int prompts_ = 0;
     std::vector<std::string> openedURLs_;
+    std::vector<std::filesystem::path> revealedFiles_;
     std::function<bool(const std::string&)> urlHandler_;
     std::function<void()> beforeRead_;
     long elementReads_ = 0;

@@ -50,6 +50,7 @@ class SimulatedSecretStore : public SecretStore {
     SecretStatus add(const SecretItem& item) override;
     SecretStatus find(const std::string& service, const std::string& account, std::string& data) override;
     SecretStatus remove(const std::string& service, const std::string& account) override;
+    std::string state() override { return fault == SecretStatus::unavailable ? "none" : "simulated keyring"; }
 
     std::vector<SecretItem> items() const;
 

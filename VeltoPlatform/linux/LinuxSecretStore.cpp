@@ -1,0 +1,30 @@
+#include "VeltoPlatform/linux/LinuxSecretStore.h"
+
+namespace velto {
+
+SecretStatus LinuxSecretStore::add(const SecretItem& item) {
+    const auto status = keyring_.add(item);
+    return status == SecretStatus::unavailable && fileIsAllowed() ? file_.add(item) : status;
+}
+
+SecretStatus LinuxSecretStore::find(const std::string& service, const std::string& account,
+                                    std::string& data) {
+    const auto status = keyring_.find(service, account, data);
+    const bool keyringHasNone = status == SecretStatus::notFound || status == SecretStatus::unavailable;
+    return keyringHasNone && fileIsAllowed() ? file_.find(service, account, data) : status;
+}
+
+SecretStatus LinuxSecretStore::remove(const std::string& service, const std::string& account) {
+    const auto fromKeyring = keyring_.remove(service, account);
+    const auto fromFile = file_.remove(service, account);
+    if (fromFile == SecretStatus::success)
+        return fromFile;
+    return fromKeyring == SecretStatus::unavailable && fileIsAllowed() ? fromFile : fromKeyring;
+}
+
+std::string LinuxSecretStore::state() {
+    auto keyring = keyring_.state();
+    return keyring == "none" && fileIsAllowed() ? file_.state() : keyring;
+}
+
+} // namespace velto

@@ -1,0 +1,40 @@
+// Keys in the desktop's keyring, by the freedesktop Secret Service.
+#pragma once
+
+#include "VeltoPlatform/SecretStore.h"
+#include "VeltoPlatform/linux/SecretConversation.h"
+#include "VeltoPlatform/linux/TroubleReport.h"
+
+#include <functional>
+
+namespace velto {
+
+/// Items of the default collection, or else of the login collection; `add` creates a default collection where
+/// there is none. Each operation has a connection of its own and blocks for at most the operation's limit,
+/// and for a prompt's limit more when the keyring has to ask its user; meanwhile other operations that would
+/// prompt wait for that one. Prompts are shown to unlock, and where a keyring asks before it creates or
+/// deletes.
+///
+/// `unavailable`: there is no session bus, or nobody on it keeps secrets. `locked`: a prompt was dismissed or
+/// not answered; then nobody is asked again for a while. Texts that are not UTF-8 or hold a NUL answer
+/// `failed`, except for the data, which may be any bytes.
+class SecretServiceStore : public SecretStore {
+  public:
+    /// `report` gets one line a trouble, without a key or account, on the operation's thread.
+    explicit SecretServiceStore(TroubleReport::Report report, const SecretServiceLimits& limits = {});
+
+    bool canDescribeAccess() override { return true; }
+    SecretStatus add(const SecretItem& item) override;
+    SecretStatus find(const std::string& service, const std::string& account, std::string& data) override;
+    SecretStatus remove(const std::string& service, const std::string& account) override;
+    std::string state() override;
+
+  private:
+    SecretStatus converse(const std::function<SecretStatus(SecretConversation&)>& talk);
+
+    SecretServiceLimits limits_;
+    PromptGate gate_;
+    TroubleReport trouble_;
+};
+
+} // namespace velto

@@ -1,0 +1,329 @@
+// Keys in a real keyring, in one that behaves badly, and where there is none.
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/LinuxSecretStore.h"
+#include "VeltoPlatform/simulated/SimulatedStores.h"
+#include "VeltoShared/core/KeychainStore.h"
+#include "rehearsal/PrivateDesktop.h"
+#include "tests/support/FakeSecretService.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using rehearsal::PrivateDesktop;
+using enum SecretStatus;
+
+const std::string kService = "org.velto.Velto.api-keys";
+const std::string kSecret = "sk-not-to-be-seen";
+
+/// A private session bus, with the real keyring where it is asked for, and the store that asks it.
+struct Keyring : ::testing::Test {
+    TemporaryFolder folder;
+    std::unique_ptr<PrivateDesktop> desktop;
+    std::mutex mutex;
+    std::vector<std::string> reports;
+    TroubleReport::Report report = [this](const std::string& line) {
+        const std::lock_guard lock(mutex);
+        reports.push_back(line);
+    };
+    SecretServiceLimits limits{.operation = 5s, .prompt = 300ms, .peace = 60s};
+
+    void startSession(bool keyring) {
+        auto environment = *rehearsal::makePrivateFolders(folder.path());
+        // The bus starts no keyring by itself.
+        const auto services = folder.path() / "data/dbus-1/services";
+        std::filesystem::create_directories(services);
+        std::ofstream(services / "org.freedesktop.secrets.service")
+            << "[D-BUS Service]\nName=org.freedesktop.secrets\nExec=/bin/false\n";
+        auto started = PrivateDesktop::start(folder.path(), environment, {.keyring = keyring});
+        ASSERT_TRUE(started) << started.error().description;
+        desktop = std::move(*started);
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", desktop->busAddress().c_str(), 1);
+    }
+    SecretServiceStore store() { return SecretServiceStore(report, limits); }
+    /// What `find` answers, and what it found.
+    std::pair<SecretStatus, std::string> find(SecretStore& store, const std::string& account = "one") {
+        std::string data;
+        const auto status = store.find(kService, account, data);
+        return {status, data};
+    }
+    std::chrono::milliseconds timed(const std::function<void()>& work) {
+        const auto begin = std::chrono::steady_clock::now();
+        work();
+        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                     begin);
+    }
+};
+
+using Found = std::pair<SecretStatus, std::string>;
+
+TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
+    startSession(true);
+    auto secrets = store();
+    using namespace std::string_literals;
+    for (const auto& data :
+         {""s, kSecret, "a\r\n b\n"s, "\0x\0"s, "schlüssel\xff"s, std::string(100'000, 'k')}) {
+        EXPECT_EQ(secrets.add({kService, "one", data, "Velto API key"}), success);
+        EXPECT_EQ(find(secrets), Found(success, data));
+        EXPECT_EQ(secrets.add({kService, "one", "other", {}}), duplicate);
+        EXPECT_EQ(secrets.remove(kService, "one"), success);
+        EXPECT_EQ(find(secrets).first, notFound);
+        EXPECT_EQ(secrets.remove(kService, "one"), notFound);
+    }
+    ASSERT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
+    ASSERT_EQ(secrets.add({kService, "two", "kept", {}}), success);
+    EXPECT_EQ(secrets.remove("org.velto.Other", "one"), notFound);
+    ASSERT_EQ(secrets.remove(kService, "two"), success);
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+    EXPECT_EQ(secrets.add({kService, "one\0x"s, "", {}}), failed);
+    EXPECT_EQ(secrets.add({kService, "\xff", "", {}}), failed);
+
+    ASSERT_TRUE(desktop->restartKeyring(true));
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+    EXPECT_EQ(secrets.state(), "system keyring");
+    for (const auto& line : reports)
+        EXPECT_EQ(line.find("one"), std::string::npos) << line;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path()))
+        EXPECT_FALSE(entry.is_regular_file() && readFile(entry).find(kSecret) != std::string::npos)
+            << entry.path();
+}
+
+TEST_F(Keyring, ALockedOneWithNobodyThereIsAskedOnce) {
+    startSession(true);
+    auto secrets = store();
+    ASSERT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
+    ASSERT_TRUE(desktop->restartKeyring(false));
+    EXPECT_EQ(secrets.state(), "system keyring, locked");
+    EXPECT_LT(timed([&] { EXPECT_EQ(find(secrets).first, locked); }), limits.operation);
+    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), locked);
+    EXPECT_EQ(secrets.remove(kService, "one"), locked);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reports.front().starts_with("keyring: locked, and the prompt was ")) << reports.front();
+    // It is the prompts that rest, not the keyring: unlocked by other hands, it is used at once.
+    ASSERT_TRUE(desktop->restartKeyring(true));
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+}
+
+TEST_F(Keyring, AStoppedOneFailsInTimeAndAMissingOneAtOnce) {
+    startSession(true);
+    auto secrets = store();
+    SecretServiceStore impatient(report, {.operation = 100ms});
+    desktop->keyring()->signal(SIGSTOP);
+    EXPECT_EQ(find(impatient).first, failed);
+    EXPECT_EQ(impatient.state(), "system keyring, not answering");
+    desktop->keyring()->kill();
+    EXPECT_EQ(find(secrets).first, unavailable);
+    EXPECT_EQ(secrets.state(), "none");
+    desktop->bus()->signal(SIGSTOP);
+    EXPECT_EQ(find(impatient).first, failed);
+    desktop->bus()->kill();
+    EXPECT_EQ(find(secrets).first, unavailable);
+    EXPECT_EQ(secrets.remove(kService, "one"), unavailable);
+    ASSERT_EQ(reports.size(), 4u);
+    EXPECT_EQ(reports[0], "keyring: opening a session: no answer within 0.100 s");
+    EXPECT_EQ(reports[3], "keyring: there is no session bus");
+}
+
+TEST_F(Keyring, PromptsAreFollowed) {
+    startSession(false);
+    auto secrets = store();
+    {
+        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .asksToDelete = true});
+        EXPECT_EQ(find(secrets), Found(success, FakeSecretService::key));
+        EXPECT_EQ(secrets.remove(kService, "one"), success);
+        EXPECT_FALSE(fake.itemExists());
+        EXPECT_EQ(fake.prompts(), 2);
+    }
+    {
+        const FakeSecretService fake(desktop->busAddress(), {.lockedItem = true});
+        EXPECT_EQ(find(secrets), Found(success, FakeSecretService::key));
+    }
+    {
+        FakeSecretService fake(desktop->busAddress(), {.collection = false});
+        EXPECT_EQ(find(secrets).first, notFound);
+        EXPECT_EQ(secrets.remove(kService, "one"), notFound);
+        EXPECT_EQ(fake.prompts(), 0);
+        EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), duplicate); // the new one has the fake's item
+        EXPECT_EQ(fake.prompts(), 1);
+    }
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
+    startSession(false);
+    for (const auto user : {FakeSecretService::User::dismisses, FakeSecretService::User::isAway}) {
+        const bool away = user == FakeSecretService::User::isAway;
+        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .user = user});
+        auto secrets = store();
+        reports.clear();
+        std::thread other([&] { EXPECT_EQ(find(secrets, "two").first, locked); });
+        EXPECT_EQ(find(secrets).first, locked);
+        other.join();
+        EXPECT_EQ(fake.prompts(), 1);
+        EXPECT_EQ(fake.dismissals(), away ? 2 : 1);
+        EXPECT_EQ(reports, std::vector<std::string>{
+                               away ? "keyring: locked, and the prompt was not answered within 0.300 s"
+                                    : "keyring: locked, and the prompt was dismissed or could not be shown"});
+        SecretServiceStore restless(report, {.prompt = 10ms, .peace = 0ms});
+        EXPECT_EQ(find(restless).first, locked);
+        EXPECT_EQ(find(restless).first, locked);
+        EXPECT_EQ(fake.prompts(), 3);
+    }
+    const FakeSecretService fake(desktop->busAddress(),
+                                 {.asksToDelete = true, .user = FakeSecretService::User::isAway});
+    EXPECT_EQ(store().remove(kService, "one"), locked);
+    EXPECT_TRUE(fake.itemExists());
+}
+
+TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
+    startSession(false);
+    for (const char* step : {"ReadAlias", "Get", "Unlock", "Prompt", "SearchItems", "GetSecret"}) {
+        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .diesAt = step});
+        auto secrets = store();
+        EXPECT_EQ(find(secrets).first, failed) << step;
+    }
+    limits.operation = 200ms;
+    for (const char* step : {"SearchItems", "GetSecret", "Prompt"}) {
+        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .silentAt = step});
+        auto secrets = store();
+        EXPECT_EQ(find(secrets).first, failed) << step;
+    }
+}
+
+/// The application's store, with a file for keys in a folder of its own.
+struct KeyFile : Keyring {
+    SimulatedPreferences preferences;
+    std::filesystem::path file = folder.path() / "data/org.velto.Velto/keys/keys.json";
+    LinuxSecretStore secrets{preferences, file, report};
+
+    void SetUp() override { ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1); }
+    void allow() { preferences.set(LinuxSecretStore::kFilePreference, true); }
+    static unsigned mode(const std::filesystem::path& path) {
+        return static_cast<unsigned>(std::filesystem::status(path).permissions());
+    }
+};
+
+TEST_F(KeyFile, TakesKeysOnlyWhereItIsAllowedAndNoKeyringIsThere) {
+    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), unavailable);
+    EXPECT_EQ(secrets.remove(kService, "one"), unavailable);
+    EXPECT_EQ(secrets.state(), "none");
+    EXPECT_FALSE(std::filesystem::exists(file.parent_path()));
+    allow();
+    EXPECT_EQ(find(secrets).first, notFound);
+    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
+    EXPECT_EQ(secrets.add({kService, "one", "", {}}), duplicate);
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+    EXPECT_EQ(secrets.state(), "file " + file.string() + ", not encrypted");
+    EXPECT_EQ(mode(file), 0600u);
+    EXPECT_EQ(mode(file.parent_path()), 0700u);
+
+    startSession(true);
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+    EXPECT_EQ(secrets.add({kService, "one", "in the keyring", {}}), success);
+    EXPECT_EQ(find(secrets).second, "in the keyring");
+    EXPECT_EQ(secrets.state(), "system keyring");
+    preferences.remove(LinuxSecretStore::kFilePreference);
+    EXPECT_EQ(secrets.remove(kService, "one"), success);
+    allow();
+    EXPECT_EQ(find(secrets).first, notFound);
+    ASSERT_TRUE(desktop->restartKeyring(false));
+    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), locked);
+}
+
+TEST_F(KeyFile, KeepsOthersOutAndWhatItCannotRead) {
+    FileSecretStore keys(file, report);
+    using namespace std::string_literals;
+    for (const auto& data : {""s, "\0\r\n\xff"s, std::string(100'000, 'k')}) {
+        ASSERT_EQ(keys.add({kService, "one", data, {}}), success);
+        EXPECT_EQ(find(keys), Found(success, data));
+        ASSERT_EQ(keys.remove(kService, "one"), success);
+    }
+    ASSERT_EQ(keys.add({kService, "one", kSecret, {}}), success);
+    EXPECT_EQ(keys.add({kService, "\xff", kSecret, {}}), failed);
+    reports.clear();
+    std::filesystem::permissions(file, std::filesystem::perms(0644));
+    std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0755));
+    EXPECT_EQ(find(keys), Found(success, kSecret));
+    EXPECT_EQ(mode(file) | mode(file.parent_path()), 0700u);
+    EXPECT_EQ(reports.size(), 2u);
+
+    for (const char* broken :
+         {"{\"keys\":[", "{\"keys\":7}", R"({"keys":[{"service":"s","account":"a"}]})"}) {
+        std::ofstream(file) << broken;
+        std::string data;
+        EXPECT_EQ(keys.find("s", "a", data), failed);
+        EXPECT_EQ(readFile(file), broken);
+    }
+    std::ofstream(file) << "{\"keys\":[";
+    EXPECT_EQ(keys.add({kService, "one", kSecret, {}}), success);
+    EXPECT_EQ(readFile(file.string() + ".broken"), "{\"keys\":[");
+
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(file.c_str(), 1, 1), 0);
+        const auto before = readFile(file);
+        EXPECT_EQ(find(keys).first, failed);
+        EXPECT_EQ(keys.add({kService, "two", kSecret, {}}), failed);
+        EXPECT_EQ(readFile(file), before);
+    }
+    for (const auto& line : reports)
+        EXPECT_EQ(line.find(kSecret), std::string::npos) << line;
+}
+
+TEST_F(KeyFile, ManyWritersLoseNothing) {
+    const auto write = [this](const char* writer) {
+        FileSecretStore mine(file, {});
+        bool well = true;
+        for (int i = 0; i < 20; ++i)
+            well &= mine.add({kService, writer + std::to_string(i), kSecret, {}}) == success;
+        return well;
+    };
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(write("child") ? 0 : 1);
+    EXPECT_TRUE(write("parent"));
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    FileSecretStore keys(file, {});
+    for (int i = 0; i < 40; ++i)
+        EXPECT_EQ(find(keys, (i % 2 ? "child" : "parent") + std::to_string(i / 2)), Found(success, kSecret));
+}
+
+TEST_F(KeyFile, TheApplicationsKeysAnswerPlainlyInEveryState) {
+    const TestComputer computer;
+    auto parts = platform();
+    parts.secretStore = &secrets;
+    installPlatform(parts);
+    const auto all = [] {
+        const bool set = KeychainStore::set("value", "account");
+        const auto got = KeychainStore::get("account").value_or("none");
+        const bool removed = KeychainStore::remove("account");
+        return std::tuple(set, got, removed);
+    };
+    const std::tuple works(true, "value", true);
+    const std::tuple doesNot(false, "none", false);
+    EXPECT_EQ(all(), doesNot);
+    allow();
+    EXPECT_EQ(all(), works);
+    startSession(true);
+    EXPECT_EQ(all(), works);
+    EXPECT_FALSE(KeychainStore::remove("account"));
+    ASSERT_TRUE(KeychainStore::set("value", "account"));
+    ASSERT_TRUE(desktop->restartKeyring(false));
+    EXPECT_EQ(all(), doesNot);
+    ASSERT_TRUE(desktop->restartKeyring(true));
+    EXPECT_EQ(KeychainStore::get("account"), "value");
+}
+
+} // namespace
+} // namespace velto::test

@@ -1,0 +1,53 @@
+// A Secret Service in this process that holds one item and behaves as a test wants.
+#pragma once
+
+#include "VeltoPlatform/linux/Bus.h"
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <string>
+#include <thread>
+
+namespace velto::test {
+
+/// Owns org.freedesktop.secrets on the bus from the constructor on, on a thread of its own.
+class FakeSecretService {
+  public:
+    enum class User { answers, dismisses, isAway };
+    struct Behaviour {
+        bool collection = true;
+        bool locked = false;
+        bool lockedItem = false;
+        bool asksToDelete = false;
+        User user = User::answers;
+        std::string diesAt{};   ///< a method that ends the service
+        std::string silentAt{}; ///< a method that gets no answer
+    };
+
+    FakeSecretService(const std::string& busAddress, Behaviour behaviour);
+    ~FakeSecretService();
+
+    static constexpr const char* key = "the fake's key";
+    int prompts() const { return prompts_; }       ///< that were shown
+    int dismissals() const { return dismissals_; } ///< that the client asked for
+    bool itemExists() const { return itemExists_; }
+
+  private:
+    static int received(sd_bus_message* message, void* self, sd_bus_error*);
+    int answer(sd_bus_message* message);
+    /// The path of a prompt that does `granted` when the user agrees.
+    const char* ask(std::function<void()> granted);
+    void complete(const std::string& path, bool dismissed);
+
+    Behaviour behaviour_;
+    std::unique_ptr<Bus> bus_;
+    std::map<std::string, std::function<void()>> pending_;
+    std::atomic<bool> itemExists_ = true;
+    std::atomic<bool> ending_ = false;
+    std::atomic<int> prompts_ = 0;
+    std::atomic<int> dismissals_ = 0;
+    std::thread thread_;
+};
+
+} // namespace velto::test
