@@ -7,13 +7,14 @@ namespace velto {
 LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report,
                              const std::function<void(Platform&)>& replace)
     : folders_(std::move(executable)),
-      preferences_(LinuxFolders::config() / bundleID / "preferences.json", report) {
+      preferences_(LinuxFolders::config() / bundleID / "preferences.json", report),
+      secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys.json", report) {
     Platform parts;
     parts.folders = &folders_;
     parts.preferences = &preferences_;
     parts.accessibility = &desktop_;
     parts.workspace = &desktop_;
-    parts.secretStore = &desktop_;
+    parts.secretStore = &secrets_;
     installPlatform(parts);
 
     const auto server = std::make_shared<PulseServer>(report);

@@ -5,6 +5,7 @@
 #include "VeltoPlatform/linux/AbsentDesktop.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "VeltoPlatform/linux/LinuxPreferences.h"
+#include "VeltoPlatform/linux/LinuxSecretStore.h"
 #include "VeltoPlatform/linux/PulseHardware.h"
 #include "VeltoPlatform/linux/PulseUnits.h"
 
@@ -32,6 +33,7 @@ class LinuxPlatform {
   private:
     LinuxFolders folders_;
     LinuxPreferences preferences_;
+    LinuxSecretStore secrets_;
     AbsentDesktop desktop_;
     std::unique_ptr<PulseHardware> hardware_;
     std::unique_ptr<PulseUnits> units_;
