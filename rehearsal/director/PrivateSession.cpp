@@ -2,7 +2,7 @@
 #include "rehearsal/director/PrivateSession.h"
 
 #include "VeltoPlatform/linux/PulseServer.h"
-#include "rehearsal/director/PhoneRegistration.h"
+#include "rehearsal/PhoneRegistration.h"
 #include "rehearsal/director/Surroundings.h"
 
 namespace velto::rehearsal {

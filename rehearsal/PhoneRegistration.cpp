@@ -1,4 +1,4 @@
-#include "rehearsal/director/PhoneRegistration.h"
+#include "rehearsal/PhoneRegistration.h"
 
 #include "rehearsal/process/TextFile.h"
 

@@ -1,0 +1,197 @@
+// The telephony of a call on the real phone app, over a real accessibility bus.
+#include "VeltoPlatform/linux/LinuxPlatform.h"
+#include "VeltoShared/core/AppPaths.h"
+#include "VeltoShared/core/Executors.h"
+#include "VeltoShared/telephony/AX.h"
+#include "VeltoShared/telephony/CallTimer.h"
+#include "VeltoShared/telephony/Telephony.h"
+#include "rehearsal/PhoneRegistration.h"
+#include "rehearsal/PrivateDesktop.h"
+#include "rehearsal/process/TextFile.h"
+#include "tests/support/TestComputer.h"
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/io_context.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <thread>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr const char* kScenario = R"({"name":"n","about":"a","number":"1","goal":"g","ends":"agent",
+  "ringing":0.2,"patience":60,"lines":[{"mark":1,"side":"callee","text":"Hello?"},
+  {"mark":2,"side":"agent","text":"Bye."}]})";
+
+class PhoneAppTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        const auto folders = *rehearsal::makePrivateFolders(folder.path());
+        auto started = rehearsal::PrivateDesktop::start(folder.path(), folders,
+                                                        {.accessibility = true, .display = true});
+        ASSERT_TRUE(started) << started.error().description;
+        desktop = std::move(*started);
+        rehearsal::writePrivateFile(folder.path() / "scenario.json", kScenario);
+        ASSERT_TRUE(rehearsal::registerPhone(
+            {VELTO_PHONE,
+             {{"DISPLAY", desktop->display()},
+              {"VELTO_PHONE_LINE", "rehearsal:" + (folder.path() / "scenario.json").string()}}},
+            folders));
+        for (const auto& [name, value] : desktop->environment())
+            ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        ::setenv("PULSE_SERVER", "unix:/nowhere", 1); // NOLINT(concurrency-mt-unsafe)
+        computer.emplace("desktop_test", AppPaths::bundleID, [this](const std::string& line) {
+            const std::lock_guard lock(mutex);
+            reported.push_back(line);
+        });
+        MainThread::install(main.get_executor());
+    }
+    void TearDown() override {
+        if (const auto pid = AX::notificationCenterPID())
+            ::kill(*pid, SIGKILL);
+        computer.reset();
+    }
+
+    bool dial(const std::string& number) {
+        log.clear();
+        std::optional<bool> active;
+        asio::co_spawn(main,
+                       Telephony::dial(number, [this](std::string line) { log.push_back(std::move(line)); }),
+                       [&](const std::exception_ptr&, bool answer) { active = answer; });
+        main.restart();
+        main.run();
+        return active.value_or(false);
+    }
+    static bool comesTrue(const std::function<bool()>& isSo) {
+        const auto deadline = SteadyClock::now() + 20s;
+        while (!isSo()) {
+            if (SteadyClock::now() > deadline)
+                return false;
+            std::this_thread::sleep_for(20ms);
+        }
+        return true;
+    }
+    static bool shown(const std::string& text) {
+        const auto texts = AX::texts();
+        return std::find(texts.begin(), texts.end(), text) != texts.end();
+    }
+    static std::vector<std::string> buttons() {
+        std::vector<std::string> names;
+        for (const auto& button : AX::buttons())
+            names.push_back(button.description);
+        return names;
+    }
+    bool reports(const std::string& part) {
+        const std::lock_guard lock(mutex);
+        return std::any_of(reported.begin(), reported.end(),
+                           [&](const auto& line) { return line.find(part) != std::string::npos; });
+    }
+
+    TemporaryFolder folder;
+    std::unique_ptr<rehearsal::PrivateDesktop> desktop;
+    std::mutex mutex;
+    std::vector<std::string> reported;
+    std::optional<LinuxPlatform> computer;
+    asio::io_context main{1};
+    std::vector<std::string> log;
+};
+
+TEST_F(PhoneAppTest, ACallIsPlacedSeenAnsweredAndHungUp) {
+    EXPECT_TRUE(AX::trusted());
+    EXPECT_FALSE(Telephony::callActive());
+    EXPECT_TRUE(Telephony::hangup()) << "there is nothing to hang up";
+
+    ASSERT_TRUE(dial(" *31#5551234\t")) << ::testing::PrintToString(log);
+    ASSERT_EQ(log.size(), 3U) << ::testing::PrintToString(log);
+    EXPECT_EQ(log[0], "dial: opening tel-phoneapp:*31#5551234");
+    EXPECT_TRUE(log[1].starts_with("dial: pressed Call after ")) << log[1];
+    EXPECT_EQ(log[2], "dial: call active");
+    EXPECT_TRUE(shown("*31#5551234")) << "letter for letter, through the handler";
+
+    ASSERT_TRUE(comesTrue([] { return Telephony::callAnswered(); }));
+    const auto texts = AX::texts();
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), showsCallTimer)) << ::testing::PrintToString(texts);
+    EXPECT_EQ(AX::texts(std::string(AX::kPhoneApp)).empty(), false);
+    const auto all = AX::buttons();
+    const auto end =
+        std::find_if(all.begin(), all.end(), [](const auto& one) { return one.description == "End"; });
+    ASSERT_NE(end, all.end());
+    EXPECT_GT(end->x, 640) << "the banner is at the right of the screen";
+    EXPECT_EQ(
+        std::count_if(all.begin(), all.end(), [](const auto& one) { return one.description == "Call"; }), 0);
+    EXPECT_GT(AX::roleCounts(AX::kPhoneApp)["AXButton"], 0);
+    const auto found = AX::scanAllApps("eNd", std::string(AX::kNotificationCenter));
+    ASSERT_FALSE(found.empty());
+    EXPECT_EQ(found.front().pid, AX::notificationCenterPID());
+
+    EXPECT_FALSE(AX::press("no such button"));
+    EXPECT_TRUE(Telephony::hangup());
+    EXPECT_FALSE(Telephony::callActive());
+    EXPECT_FALSE(Telephony::callAnswered());
+}
+
+TEST_F(PhoneAppTest, ANumberOpenedMeanwhileDoesNotDisturbACallAndBadOnesAreRefused) {
+    ASSERT_TRUE(dial("5551234"));
+    const auto pid = AX::notificationCenterPID();
+    platform().workspace->openURL("tel-phoneapp:5559876");
+    ASSERT_TRUE(comesTrue([] {
+        const auto texts = AX::texts();
+        return std::any_of(texts.begin(), texts.end(),
+                           [](const auto& text) { return text.find("5559876") != std::string::npos; });
+    }));
+    EXPECT_TRUE(Telephony::callActive());
+    EXPECT_TRUE(shown("5551234"));
+    EXPECT_EQ(AX::notificationCenterPID(), pid) << "one instance";
+    EXPECT_TRUE(AX::press("eND"));
+    EXPECT_TRUE(comesTrue([] { return !Telephony::callActive(); }));
+
+    platform().workspace->openURL("tel-phoneapp:call-me-maybe");
+    EXPECT_TRUE(comesTrue([] { return shown("Not a phone number: call-me-maybe"); }))
+        << ::testing::PrintToString(AX::texts());
+    const auto names = buttons();
+    EXPECT_EQ(std::count(names.begin(), names.end(), "Call"), 0);
+}
+
+TEST_F(PhoneAppTest, APhoneThatStandsStillHoldsNobodyAndItsCallGoesOn) {
+    ASSERT_TRUE(dial("5551234"));
+    ASSERT_TRUE(comesTrue([] { return Telephony::callAnswered(); }));
+    const auto pid = *AX::notificationCenterPID();
+    ::kill(pid, SIGSTOP);
+    for (int look = 0; look < 8; ++look) {
+        const auto begin = SteadyClock::now();
+        EXPECT_TRUE(Telephony::callAnswered()) << "what was shown last counts";
+        // Half a second is promised; the rest is for a busy machine. The bus would wait for 25 s.
+        EXPECT_LT(SteadyClock::now() - begin, 1s);
+    }
+    const auto begin = SteadyClock::now();
+    EXPECT_FALSE(AX::press("End"));
+    EXPECT_LT(SteadyClock::now() - begin, 1s);
+    EXPECT_TRUE(reports("does not answer"));
+
+    ::kill(pid, SIGCONT);
+    EXPECT_TRUE(comesTrue([&] {
+        AX::buttons();
+        return reports("answers again");
+    }));
+    EXPECT_TRUE(Telephony::callActive()) << "nothing was pressed behind anybody's back";
+    EXPECT_TRUE(Telephony::hangup());
+}
+
+TEST_F(PhoneAppTest, AKilledPhoneHasNoCallAndTheNextNumberStartsAnother) {
+    ASSERT_TRUE(dial("5551234"));
+    const auto pid = *AX::notificationCenterPID();
+    ::kill(pid, SIGKILL);
+    EXPECT_TRUE(comesTrue([] { return !Telephony::callActive(); }));
+    ASSERT_TRUE(dial("5551234")) << ::testing::PrintToString(log);
+    EXPECT_NE(AX::notificationCenterPID(), pid);
+    EXPECT_TRUE(Telephony::hangup());
+}
+
+} // namespace
+} // namespace velto::test
