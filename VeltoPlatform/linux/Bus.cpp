@@ -62,7 +62,7 @@ std::string Bus::sessionAddress() {
     return folder.empty() ? "" : "unix:path=" + folder + "/bus";
 }
 
-std::unique_ptr<Bus> Bus::open(const std::string& address, Limit limit) {
+std::unique_ptr<Bus> Bus::start(const std::string& address) {
     sd_bus* raw = nullptr;
     if (address.empty() || sd_bus_new(&raw) < 0)
         return nullptr;
@@ -70,16 +70,26 @@ std::unique_ptr<Bus> Bus::open(const std::string& address, Limit limit) {
     if (sd_bus_set_address(raw, address.c_str()) < 0 || sd_bus_set_bus_client(raw, 1) < 0 ||
         sd_bus_start(raw) < 0)
         return nullptr;
+    return bus;
+}
+
+std::unique_ptr<Bus> Bus::open(const std::string& address, Limit limit) {
+    auto bus = start(address);
+    return bus && bus->becomesReady(limit) ? std::move(bus) : nullptr;
+}
+
+bool Bus::becomesReady(Limit limit) {
     // A call would wait for the bus's welcome without any limit.
     const auto deadline = Clock::now() + limit;
-    while (sd_bus_is_ready(raw) == 0) {
-        const int processed = sd_bus_process(raw, nullptr);
-        if (processed < 0 || Clock::now() >= deadline)
-            return nullptr;
-        if (processed == 0 && sd_bus_wait(raw, microseconds(left(deadline))) < 0)
-            return nullptr;
+    while (sd_bus_is_ready(bus_) == 0) {
+        const int processed = sd_bus_process(bus_, nullptr);
+        refused_ = processed < 0;
+        if (refused_ || (processed == 0 && Clock::now() >= deadline))
+            return false;
+        if (processed == 0 && sd_bus_wait(bus_, microseconds(left(deadline))) < 0)
+            return false;
     }
-    return bus->alive() ? std::move(bus) : nullptr;
+    return alive();
 }
 
 Bus::~Bus() {
@@ -89,6 +99,10 @@ Bus::~Bus() {
 
 bool Bus::alive() const {
     return sd_bus_is_ready(bus_) > 0;
+}
+
+bool Bus::closed() const {
+    return refused_ || sd_bus_is_open(bus_) <= 0;
 }
 
 BusMessage Bus::method(const char* destination, const char* path, const char* interface, const char* member) {

@@ -2,6 +2,8 @@
 // places behind their parent as soon as they are known, which may be before the parent's turn.
 #include "VeltoShared/telephony/ElementWalk.h"
 
+#include "VeltoShared/core/Clock.h"
+
 #include <iterator>
 #include <list>
 #include <utility>
@@ -32,6 +34,8 @@ class Walk {
         while (!nodes_.empty()) {
             const auto first = nodes_.begin();
             if (first->stage != Node::Stage::complete) {
+                if (Clock::shared().steadyNow() >= end_)
+                    return;
                 readAhead();
                 continue;
             }
@@ -104,6 +108,7 @@ class Walk {
     Accessibility& accessibility_;
     const ElementWalk::Planner& plan_;
     std::size_t budget_;
+    const Clock::SteadyTime end_ = Clock::shared().steadyNow() + ElementWalk::kLongest;
     std::list<Node> nodes_;
     std::vector<Accessibility::Request> requests_;
     std::vector<Position> asked_;

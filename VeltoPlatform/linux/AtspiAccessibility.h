@@ -1,0 +1,62 @@
+// The desktop's accessibility bus (AT-SPI) as the platform's accessibility interface.
+#pragma once
+
+#include "VeltoPlatform/Accessibility.h"
+#include "VeltoPlatform/linux/AtspiApplications.h"
+#include "VeltoPlatform/linux/AtspiLauncher.h"
+#include "VeltoPlatform/linux/AtspiMemory.h"
+#include "VeltoPlatform/linux/AtspiPress.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace velto {
+
+/// Threads do not wait for each other. Whatever hangs (a program, the registry, the launcher, a bus) is
+/// waited for 0.3 s once; from then on reads answer what was last shown, presses false and `trusted` what it
+/// last was, all at once, until what hung answers again. A program that ends is gone at once. Connects again
+/// after a bus was restarted; elements of before then have no values.
+class AtspiAccessibility : public Accessibility {
+  public:
+    /// `report` gets a finished line when something stops or goes on answering, when accessibility was
+    /// switched on, and when a press was not answered; on the calling thread.
+    explicit AtspiAccessibility(const std::function<void(const std::string&)>& report,
+                                std::string sessionAddress = Bus::sessionAddress());
+
+    /// The accessibility bus can be reached, and accessibility is switched on.
+    bool trusted() override;
+    /// Switches it on. Programs that look only when they start must be restarted; the report says so.
+    void promptForTrust() override;
+    ElementRef application(pid_t pid) override;
+    std::vector<ElementAttributes> read(std::span<const Request> requests) override;
+    bool press(const ElementRef& element) override;
+
+    /// The processes that take part, in the registry's order; none when there is no accessibility bus.
+    std::optional<std::vector<pid_t>> processes();
+
+  private:
+    /// All that one life of the accessibility bus comes with.
+    struct Desktop {
+        std::shared_ptr<BusPool> pool;
+        AtspiMemory memory;
+        AtspiApplications applications;
+        AtspiPress presses;
+    };
+    using DesktopRef = std::shared_ptr<Desktop>;
+
+    /// With a lease, or of a desktop that is silent; or nothing.
+    std::pair<DesktopRef, BusPool::Lease> reach();
+    DesktopRef connected();
+
+    const BusPool::Report report_;
+    AtspiLauncher launcher_;
+    std::atomic<bool> lastTrusted_{false};
+    std::mutex mutex_;
+    DesktopRef desktop_;
+};
+
+} // namespace velto

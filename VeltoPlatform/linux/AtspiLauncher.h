@@ -1,0 +1,39 @@
+// The accessibility bus's launcher on the session bus: whether accessibility is on, and where its bus is.
+#pragma once
+
+#include "VeltoPlatform/linux/BusPool.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace velto {
+
+/// Any thread. Starts no program, except in `switchOn`.
+class AtspiLauncher {
+  public:
+    AtspiLauncher(std::string sessionAddress, BusPool::Report report);
+
+    enum class Answer { yes, no, silent };
+    Answer isEnabled();
+    /// Of the accessibility bus; empty when there is none or the launcher is silent.
+    std::string busAddress();
+    /// Asks for it and returns; reports what came of it when that is known, which may be at a later call of
+    /// anything here.
+    void switchOn();
+
+  private:
+    /// Connected again when the session bus was restarted.
+    BusPool::Lease lease();
+    /// None when it is absent or silent; `silent` tells which.
+    BusReply ask(const char* interface, const char* member, const std::function<void(sd_bus_message*)>& fill,
+                 bool& silent);
+
+    const std::string sessionAddress_;
+    const BusPool::Report report_;
+    std::mutex mutex_;
+    std::shared_ptr<BusPool> pool_;
+};
+
+} // namespace velto

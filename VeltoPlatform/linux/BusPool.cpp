@@ -1,0 +1,131 @@
+// Connections to one message bus for many threads.
+#include "VeltoPlatform/linux/BusPool.h"
+
+#include "VeltoPlatform/linux/BusPatience.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velto {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::uint64_t nextSerial() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
+BusPeerRef makePeer(const std::string& name, const std::string& title, std::uint64_t bus) {
+    const auto made = std::make_shared<BusPeer>();
+    made->name = name;
+    made->title = title.empty() ? name : title;
+    made->bus = bus;
+    return made;
+}
+
+} // namespace
+
+BusPool::Lease::Lease(std::shared_ptr<BusPool> pool, std::unique_ptr<Bus> bus)
+    : pool_(std::move(pool)), bus_(std::move(bus)) {}
+
+BusPool::Lease::~Lease() {
+    if (bus_)
+        pool_->giveBack(std::move(bus_));
+}
+
+BusPool::BusPool(const std::string& address, const std::string& title, Report report)
+    : address_(address), report_(std::move(report)), serial_(nextSerial()),
+      daemon_(makePeer("org.freedesktop.DBus", title, serial_)) {}
+
+BusPool::Lease BusPool::lease() {
+    std::unique_ptr<Bus> bus;
+    if (!gone_) {
+        const std::scoped_lock lock(mutex_);
+        for (auto& resting : atRest_)
+            if (takeIn(*resting) && !bus)
+                bus = std::move(resting);
+        std::erase(atRest_, nullptr);
+    }
+    tell();
+    if (gone_ || silent()) {
+        if (bus)
+            giveBack(std::move(bus));
+        return {};
+    }
+    if (bus)
+        return {shared_from_this(), std::move(bus)};
+
+    bus = Bus::start(address_);
+    const auto begin = Clock::now();
+    if (bus && bus->becomesReady(BusPatience::left()))
+        return {shared_from_this(), std::move(bus)};
+    if (!bus || bus->closed()) {
+        gone_ = true;
+        return {};
+    }
+    // What is half open shows when the bus goes on.
+    BusPatience::spend(std::chrono::duration_cast<BusPatience::Duration>(Clock::now() - begin));
+    fellSilent(*daemon_);
+    giveBack(std::move(bus));
+    tell();
+    return {};
+}
+
+bool BusPool::takeIn(Bus& bus) {
+    if (!bus.alive() && bus.becomesReady(Bus::Limit::zero()))
+        heard(*daemon_, {});
+    while (bus.process(Bus::Limit::zero())) {
+    }
+    if (bus.closed())
+        gone_ = true;
+    return bus.alive();
+}
+
+void BusPool::giveBack(std::unique_ptr<Bus> bus) {
+    if (bus->closed())
+        gone_ = true;
+    const std::scoped_lock lock(mutex_);
+    atRest_.push_back(std::move(bus));
+}
+
+BusPeerRef BusPool::peer(const std::string& name, const std::string& title) {
+    const std::scoped_lock lock(mutex_);
+    auto& known = peers_[name];
+    if (!known)
+        known = makePeer(name, title, serial_);
+    return known;
+}
+
+void BusPool::forget(const std::string& name) {
+    const std::scoped_lock lock(mutex_);
+    peers_.erase(name);
+}
+
+void BusPool::fellSilent(BusPeer& peer) {
+    if (!peer.silent.exchange(true))
+        note(peer.title + " does not answer; going by what it last showed");
+}
+
+void BusPool::heard(BusPeer& peer, const BusReply& reply) {
+    if (peer.silent && peer.silent.exchange(false) && !reply.left())
+        note(peer.title + " answers again");
+}
+
+void BusPool::note(std::string line) {
+    const std::scoped_lock lock(linesMutex_);
+    lines_.push_back(std::move(line));
+}
+
+void BusPool::tell() {
+    std::vector<std::string> lines;
+    {
+        const std::scoped_lock lock(linesMutex_);
+        lines.swap(lines_);
+    }
+    if (report_)
+        for (const auto& line : lines)
+            report_(line);
+}
+
+} // namespace velto

@@ -1,0 +1,98 @@
+// Connections to one message bus for many threads, and who on it has stopped answering.
+#pragma once
+
+#include "VeltoPlatform/linux/Bus.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace velto {
+
+/// A program on a bus.
+struct BusPeer {
+    std::string name;  ///< on the bus
+    std::string title; ///< for people
+    std::uint64_t bus; ///< `BusPool::serial` of its bus
+    /// It left a call unanswered. Whoever finds this set asks it nothing: the calls that it still owes us
+    /// are what tells that it goes on.
+    std::atomic<bool> silent{false};
+};
+using BusPeerRef = std::shared_ptr<BusPeer>;
+
+/// Every thread that talks leases a connection of its own, so that none waits behind another's conversation.
+/// Any thread. Once the bus has hung up, a pool stays `gone`.
+class BusPool : public std::enable_shared_from_this<BusPool> {
+  public:
+    using Report = std::function<void(const std::string&)>;
+
+    /// A connection that belongs to one thread for the length of a conversation. False when there is none:
+    /// the bus is gone, or silent.
+    class Lease {
+      public:
+        Lease() = default;
+        Lease(std::shared_ptr<BusPool> pool, std::unique_ptr<Bus> bus);
+        Lease(Lease&&) noexcept = default;
+        Lease& operator=(Lease&&) = delete;
+        ~Lease();
+
+        explicit operator bool() const { return bus_ != nullptr; }
+        Bus& bus() const { return *bus_; }
+        BusPool& pool() const { return *pool_; }
+
+      private:
+        std::shared_ptr<BusPool> pool_;
+        std::unique_ptr<Bus> bus_;
+    };
+
+    /// `title` is the bus for people. `report` gets a line when a program stops answering and when it goes
+    /// on, on the thread that noticed; it may be empty.
+    BusPool(const std::string& address, const std::string& title, Report report);
+
+    /// First takes in what has arrived on the connections at rest. Waits for the bus's welcome only, within
+    /// `BusPatience`.
+    Lease lease();
+    bool gone() const { return gone_; }
+    /// The bus itself does not answer.
+    bool silent() const { return daemon_->silent; }
+    std::uint64_t serial() const { return serial_; }
+
+    /// The bus itself, as the peer that answers "org.freedesktop.DBus".
+    const BusPeerRef& daemon() const { return daemon_; }
+    /// The same object for the same name; `title` counts at the first time. Empty: the name.
+    BusPeerRef peer(const std::string& name, const std::string& title = {});
+    void forget(const std::string& name);
+
+    /// A peer has left a call unanswered that stays outstanding.
+    void fellSilent(BusPeer& peer);
+    /// A peer, or the bus in its place, has answered.
+    void heard(BusPeer& peer, const BusReply& reply);
+    /// A line for the report.
+    void note(std::string line);
+    /// Reports what there is to report; not from within an answer's handler.
+    void tell();
+
+  private:
+    /// True when the connection can be used.
+    bool takeIn(Bus& bus);
+    void giveBack(std::unique_ptr<Bus> bus);
+
+    const std::string address_;
+    const Report report_;
+    const std::uint64_t serial_;
+    const BusPeerRef daemon_;
+    std::atomic<bool> gone_{false};
+
+    std::mutex mutex_; ///< of the two below
+    std::vector<std::unique_ptr<Bus>> atRest_;
+    std::map<std::string, BusPeerRef> peers_;
+    std::mutex linesMutex_;
+    std::vector<std::string> lines_;
+};
+
+} // namespace velto

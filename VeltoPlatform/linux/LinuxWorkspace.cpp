@@ -1,0 +1,44 @@
+#include "VeltoPlatform/linux/LinuxWorkspace.h"
+
+#include "VeltoPlatform/linux/ProcessFiles.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velto {
+
+std::vector<KnownApplication> LinuxWorkspace::defaultTable() {
+    return {{"velto-phone", {"com.apple.mobilephone", "com.apple.notificationcenterui"}}};
+}
+
+LinuxWorkspace::LinuxWorkspace(AtspiAccessibility& accessibility, OpenURL openURL,
+                               std::vector<KnownApplication> table)
+    : accessibility_(accessibility), openURL_(std::move(openURL)), table_(std::move(table)) {}
+
+std::vector<RunningApplication> LinuxWorkspace::runningApplications() {
+    const auto taking = accessibility_.processes();
+    std::vector<RunningApplication> running;
+    for (const auto pid : taking ? *taking : ProcessFiles::own()) {
+        const auto executable = ProcessFiles::executable(pid);
+        if (const auto* application = known(executable)) {
+            for (const auto& bundleID : application->bundleIDs)
+                running.push_back({bundleID, pid});
+        } else if (taking && ProcessFiles::exists(pid)) {
+            running.push_back({executable, pid});
+        }
+    }
+    return running;
+}
+
+bool LinuxWorkspace::openURL(const std::string& url) {
+    return openURL_ && openURL_(url);
+}
+
+const KnownApplication* LinuxWorkspace::known(const std::string& executable) const {
+    const auto found = std::find_if(table_.begin(), table_.end(), [&](const KnownApplication& application) {
+        return application.executable == executable;
+    });
+    return found != table_.end() ? &*found : nullptr;
+}
+
+} // namespace velto
