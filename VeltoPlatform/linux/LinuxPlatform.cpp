@@ -4,16 +4,16 @@
 
 namespace velto {
 
-LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report,
-                             const std::function<void(Platform&)>& replace)
+LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report)
     : folders_(std::move(executable)),
       preferences_(LinuxFolders::config() / bundleID / "preferences.json", report),
-      secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys.json", report) {
+      secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys.json", report),
+      accessibility_(report) {
     Platform parts;
     parts.folders = &folders_;
     parts.preferences = &preferences_;
-    parts.accessibility = &desktop_;
-    parts.workspace = &desktop_;
+    parts.accessibility = &accessibility_;
+    parts.workspace = &workspace_;
     parts.secretStore = &secrets_;
     installPlatform(parts);
 
@@ -22,8 +22,6 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
     units_ = std::make_unique<PulseUnits>(server);
     parts.audioHardware = hardware_.get();
     parts.outputUnits = units_.get();
-    if (replace)
-        replace(parts);
     installPlatform(parts);
 }
 

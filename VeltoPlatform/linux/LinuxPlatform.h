@@ -2,10 +2,10 @@
 #pragma once
 
 #include "VeltoPlatform/Platform.h"
-#include "VeltoPlatform/linux/AbsentDesktop.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "VeltoPlatform/linux/LinuxPreferences.h"
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
+#include "VeltoPlatform/linux/LinuxWorkspace.h"
 #include "VeltoPlatform/linux/PulseHardware.h"
 #include "VeltoPlatform/linux/PulseUnits.h"
 
@@ -23,9 +23,7 @@ class LinuxPlatform {
     using Report = std::function<void(const std::string&)>;
 
     /// `executable`: the first command-line argument. `bundleID` names the folder of the preferences file.
-    /// `replace` may put other implementations in place before the platform is installed.
-    LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report,
-                  const std::function<void(Platform&)>& replace = {});
+    LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report);
     ~LinuxPlatform();
     LinuxPlatform(const LinuxPlatform&) = delete;
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
@@ -34,7 +32,8 @@ class LinuxPlatform {
     LinuxFolders folders_;
     LinuxPreferences preferences_;
     LinuxSecretStore secrets_;
-    AbsentDesktop desktop_;
+    AtspiAccessibility accessibility_;
+    LinuxWorkspace workspace_{accessibility_};
     std::unique_ptr<PulseHardware> hardware_;
     std::unique_ptr<PulseUnits> units_;
 };

@@ -1,6 +1,8 @@
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
 
+#include "VeltoPlatform/linux/OpenURL.h"
 #include "VeltoPlatform/linux/ProcessFiles.h"
+#include "VeltoPlatform/linux/RevealFile.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,9 +13,8 @@ std::vector<KnownApplication> LinuxWorkspace::defaultTable() {
     return {{"velto-phone", {"com.apple.mobilephone", "com.apple.notificationcenterui"}}};
 }
 
-LinuxWorkspace::LinuxWorkspace(AtspiAccessibility& accessibility, OpenURL openURL,
-                               std::vector<KnownApplication> table)
-    : accessibility_(accessibility), openURL_(std::move(openURL)), table_(std::move(table)) {}
+LinuxWorkspace::LinuxWorkspace(AtspiAccessibility& accessibility, std::vector<KnownApplication> table)
+    : accessibility_(accessibility), table_(std::move(table)) {}
 
 std::vector<RunningApplication> LinuxWorkspace::runningApplications() {
     const auto taking = accessibility_.processes();
@@ -31,7 +32,11 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications() {
 }
 
 bool LinuxWorkspace::openURL(const std::string& url) {
-    return openURL_ && openURL_(url);
+    return velto::openURL(url);
+}
+
+bool LinuxWorkspace::revealFile(const std::filesystem::path& path) {
+    return velto::revealFile(path);
 }
 
 const KnownApplication* LinuxWorkspace::known(const std::string& executable) const {

@@ -4,7 +4,6 @@
 #include "VeltoPlatform/Workspace.h"
 #include "VeltoPlatform/linux/AtspiAccessibility.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,23 +19,20 @@ struct KnownApplication {
 /// the running programs of the table. A program that is not in the table goes by its file's name.
 class LinuxWorkspace : public Workspace {
   public:
-    using OpenURL = std::function<bool(const std::string&)>;
-
     /// The phone app and its banner, which is our notification centre, are one program.
     static std::vector<KnownApplication> defaultTable();
 
-    explicit LinuxWorkspace(AtspiAccessibility& accessibility, OpenURL openURL = {},
+    explicit LinuxWorkspace(AtspiAccessibility& accessibility,
                             std::vector<KnownApplication> table = defaultTable());
 
     std::vector<RunningApplication> runningApplications() override;
-    /// What the constructor got; false without.
     bool openURL(const std::string& url) override;
+    bool revealFile(const std::filesystem::path& path) override;
 
   private:
     const KnownApplication* known(const std::string& executable) const;
 
     AtspiAccessibility& accessibility_;
-    const OpenURL openURL_;
     const std::vector<KnownApplication> table_;
 };
 

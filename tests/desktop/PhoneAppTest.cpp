@@ -8,6 +8,7 @@
 #include "rehearsal/PhoneRegistration.h"
 #include "rehearsal/PrivateDesktop.h"
 #include "rehearsal/process/TextFile.h"
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TestComputer.h"
 
 #include <boost/asio/co_spawn.hpp>
@@ -29,33 +30,41 @@ constexpr const char* kScenario = R"({"name":"n","about":"a","number":"1","goal"
   "ringing":0.2,"patience":60,"lines":[{"mark":1,"side":"callee","text":"Hello?"},
   {"mark":2,"side":"agent","text":"Bye."}]})";
 
-class PhoneAppTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
+/// A desktop with the phone app registered. One for all tests: GIO looks for a process's folders only once.
+struct Session {
+    Session() {
         const auto folders = *rehearsal::makePrivateFolders(folder.path());
         auto started = rehearsal::PrivateDesktop::start(folder.path(), folders,
                                                         {.accessibility = true, .display = true});
-        ASSERT_TRUE(started) << started.error().description;
+        if (!started)
+            throw std::runtime_error(started.error().description);
         desktop = std::move(*started);
-        rehearsal::writePrivateFile(folder.path() / "scenario.json", kScenario);
-        ASSERT_TRUE(rehearsal::registerPhone(
-            {VELTO_PHONE,
-             {{"DISPLAY", desktop->display()},
-              {"VELTO_PHONE_LINE", "rehearsal:" + (folder.path() / "scenario.json").string()}}},
-            folders));
-        for (const auto& [name, value] : desktop->environment())
-            ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-        ::setenv("PULSE_SERVER", "unix:/nowhere", 1); // NOLINT(concurrency-mt-unsafe)
-        computer.emplace("desktop_test", AppPaths::bundleID, [this](const std::string& line) {
-            const std::lock_guard lock(mutex);
-            reported.push_back(line);
-        });
-        MainThread::install(main.get_executor());
+        const auto scenario = folder.path() / "scenario.json";
+        const rehearsal::PhoneRegistration phone{
+            VELTO_PHONE,
+            {{"DISPLAY", desktop->display()}, {"VELTO_PHONE_LINE", "rehearsal:" + scenario.string()}}};
+        if (!rehearsal::writePrivateFile(scenario, kScenario) || !rehearsal::registerPhone(phone, folders))
+            throw std::runtime_error("the phone app could not be registered");
+        environment.set(desktop->environment());
+        environment.set("PULSE_SERVER", "unix:/nowhere");
     }
-    void TearDown() override {
-        if (const auto pid = AX::notificationCenterPID())
+
+    TemporaryFolder folder;
+    ScopedEnvironment environment;
+    std::unique_ptr<rehearsal::PrivateDesktop> desktop;
+};
+
+class PhoneAppTest : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() { session = std::make_unique<Session>(); }
+    static void TearDownTestSuite() { session.reset(); }
+
+    PhoneAppTest() { MainThread::install(main.get_executor()); }
+    ~PhoneAppTest() override {
+        if (const auto pid = AX::notificationCenterPID()) {
             ::kill(*pid, SIGKILL);
-        computer.reset();
+            comesTrue([] { return !AX::notificationCenterPID(); });
+        }
     }
 
     bool dial(const std::string& number) {
@@ -93,11 +102,13 @@ class PhoneAppTest : public ::testing::Test {
                            [&](const auto& line) { return line.find(part) != std::string::npos; });
     }
 
-    TemporaryFolder folder;
-    std::unique_ptr<rehearsal::PrivateDesktop> desktop;
+    static inline std::unique_ptr<Session> session;
     std::mutex mutex;
     std::vector<std::string> reported;
-    std::optional<LinuxPlatform> computer;
+    LinuxPlatform computer{"phone_app_test", AppPaths::bundleID, [this](const std::string& line) {
+                               const std::lock_guard lock(mutex);
+                               reported.push_back(line);
+                           }};
     asio::io_context main{1};
     std::vector<std::string> log;
 };
