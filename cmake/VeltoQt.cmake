@@ -16,3 +16,10 @@ function(velto_qt name)
   target_link_libraries(${name} PRIVATE velto_qt)
   set_target_properties(${name} PROPERTIES AUTOMOC ON PRECOMPILE_HEADERS_REUSE_FROM velto_qt_pch)
 endfunction()
+
+# velto_qt_sanitized(name): a program that is started with a display and a session bus.
+function(velto_qt_sanitized name)
+  if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=thread")
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/ThreadSanitizerQt.cpp)
+  endif()
+endfunction()

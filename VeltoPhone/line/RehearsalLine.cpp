@@ -3,6 +3,10 @@
 
 #include "rehearsal/callee/Callee.h"
 
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+
 #include <unistd.h>
 
 #include <optional>

@@ -3,6 +3,7 @@
 
 #include "rehearsal/signal/LineVoice.h"
 
+#include <boost/asio/post.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/json.hpp>
 

@@ -4,6 +4,7 @@
 #include "rehearsal/callee/CalleeTalk.h"
 #include "rehearsal/callee/PhoneAudio.h"
 
+#include <boost/asio/awaitable.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
 
