@@ -16,12 +16,6 @@ constexpr const char* kItem = "org.freedesktop.Secret.Item";
 constexpr const char* kPrompt = "org.freedesktop.Secret.Prompt";
 constexpr const char* kIsLocked = "org.freedesktop.Secret.Error.IsLocked";
 constexpr const char* kNone = "/"; ///< the path that stands for no object
-constexpr milliseconds kToDismiss{200};
-
-struct SlotRelease {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-};
-using Slot = std::unique_ptr<sd_bus_slot, SlotRelease>;
 
 bool holdsNul(const std::string& text) {
     return text.find('\0') != std::string::npos;
@@ -32,31 +26,6 @@ std::string seconds(milliseconds time) {
     if (const auto rest = time.count() % 1000; rest != 0)
         text += "." + std::to_string(1000 + rest).substr(1);
     return text + " s";
-}
-
-/// What a prompt that is shown comes to.
-struct PromptEnd {
-    bool ended = false;
-    bool dismissed = false;
-};
-
-int completed(sd_bus_message* signal, void* data, sd_bus_error*) {
-    auto& end = *static_cast<PromptEnd*>(data);
-    int dismissed = 1;
-    if (sd_bus_message_read(signal, "b", &dismissed) < 0)
-        dismissed = 1;
-    end = {true, dismissed != 0};
-    return 0;
-}
-
-int serviceGone(sd_bus_message*, void* data, sd_bus_error*) {
-    *static_cast<bool*>(data) = true;
-    return 0;
-}
-
-/// In the place of the library's own, which hangs up.
-int installed(sd_bus_message*, void*, sd_bus_error*) {
-    return 0;
 }
 
 } // namespace
@@ -274,41 +243,27 @@ SecretStatus SecretConversation::callPromptable(const std::string& step, const B
 }
 
 SecretStatus SecretConversation::showPrompt(const std::string& path) {
-    const auto dismiss = [&] { bus_->call(method(path, kPrompt, "Dismiss"), kToDismiss); };
-    if (Clock::now() < gate_.peaceUntil) {
-        dismiss();
+    using State = SecretPrompt::State;
+    if (Clock::now() < gate_.peaceUntil ||
+        (gate_.left && gate_.left->await(Bus::Limit::zero()) == State::open)) {
         trouble_ = gate_.refusal;
         return SecretStatus::locked;
     }
-
-    PromptEnd end;
-    bool gone = false;
-    sd_bus_slot* made = nullptr;
-    sd_bus_match_signal_async(bus_->handle(), &made, service_.c_str(), path.c_str(), kPrompt, "Completed",
-                              completed, installed, &end);
-    const Slot completion(std::exchange(made, nullptr));
-    const auto leaving = "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-                         "member='NameOwnerChanged',arg0='" +
-                         service_ + "'";
-    sd_bus_add_match_async(bus_->handle(), &made, leaving.c_str(), serviceGone, installed, &gone);
-    const Slot departure(made);
-
+    gate_.left = std::make_unique<SecretPrompt>(bus_, service_, path);
     const auto request = method(path, kPrompt, "Prompt");
     sd_bus_message_append(request.get(), "s", "");
     const auto shown = call(request);
-    if (!shown)
-        return fail("asking its user", shown);
-    const auto deadline = Clock::now() + limits_.prompt;
-    while (!end.ended && !gone && bus_->alive() && Clock::now() < deadline)
-        bus_->process(std::chrono::duration_cast<Bus::Limit>(deadline - Clock::now()));
+    const auto end = shown ? gate_.left->await(limits_.prompt) : State::lost;
     deadline_ = Clock::now() + limits_.operation;
-    if (end.ended)
-        return end.dismissed ? refuse("locked, and the prompt was dismissed or could not be shown")
-                             : SecretStatus::success;
-    if (gone || !bus_->alive())
-        return fail("asking its user", {nullptr, SD_BUS_ERROR_DISCONNECTED});
-    dismiss();
-    return refuse("locked, and the prompt was not answered within " + seconds(limits_.prompt));
+    if (end == State::open)
+        return refuse("locked, and the prompt was not answered within " + seconds(limits_.prompt));
+    gate_.left.reset();
+    if (end == State::refused)
+        return refuse("locked, and the prompt was dismissed or could not be shown");
+    if (end == State::granted)
+        return SecretStatus::success;
+    return fail("asking its user",
+                shown ? BusReply{nullptr, SD_BUS_ERROR_DISCONNECTED} : BusReply{nullptr, shown.error});
 }
 
 SecretStatus SecretConversation::refuse(const std::string& why) {

@@ -3,6 +3,7 @@
 
 #include "VeltoPlatform/SecretStore.h"
 #include "VeltoPlatform/linux/Bus.h"
+#include "VeltoPlatform/linux/SecretPrompt.h"
 
 #include <chrono>
 #include <memory>
@@ -14,16 +15,17 @@ namespace velto {
 
 struct SecretServiceLimits {
     std::chrono::milliseconds operation{2000}; ///< of an operation, the time of its prompts left out
-    std::chrono::milliseconds prompt{15'000};  ///< after that a prompt is taken away
+    std::chrono::milliseconds prompt{15'000};  ///< after that an open prompt is not waited for
     std::chrono::milliseconds peace{60'000};   ///< in which nothing is asked again after such a prompt
 };
 
 /// What the conversations of one store share: one prompt at a time, and none soon after a refused one.
 struct PromptGate {
     std::mutex prompting;
-    // Both under the lock.
+    // All of these under the lock.
     std::chrono::steady_clock::time_point peaceUntil;
     std::string refusal;
+    std::unique_ptr<SecretPrompt> left; ///< one that is still on the screen after its time
 };
 
 /// One thread, one operation. A step that does not answer success, notFound or duplicate has said why in
@@ -69,7 +71,7 @@ class SecretConversation {
     SecretServiceLimits limits_;
     PromptGate& gate_;
     TimePoint deadline_;
-    std::unique_ptr<Bus> bus_;
+    std::shared_ptr<Bus> bus_;
     std::string service_; ///< the unique name of the process that answers
     std::string session_;
     std::string collection_;

@@ -161,28 +161,37 @@ TEST_F(Keyring, PromptsAreFollowed) {
 
 TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
     startSession(false);
-    for (const auto user : {FakeSecretService::User::dismisses, FakeSecretService::User::isAway}) {
-        const bool away = user == FakeSecretService::User::isAway;
-        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .user = user});
+    using User = FakeSecretService::User;
+    for (const auto user : {User::dismisses, User::isAway}) {
+        FakeSecretService fake(desktop->busAddress(), {.locked = true, .user = user});
         auto secrets = store();
         reports.clear();
         std::thread other([&] { EXPECT_EQ(find(secrets, "two").first, locked); });
         EXPECT_EQ(find(secrets).first, locked);
         other.join();
         EXPECT_EQ(fake.prompts(), 1);
-        EXPECT_EQ(fake.dismissals(), away ? 2 : 1);
-        EXPECT_EQ(reports, std::vector<std::string>{
-                               away ? "keyring: locked, and the prompt was not answered within 0.300 s"
-                                    : "keyring: locked, and the prompt was dismissed or could not be shown"});
-        SecretServiceStore restless(report, {.prompt = 10ms, .peace = 0ms});
-        EXPECT_EQ(find(restless).first, locked);
-        EXPECT_EQ(find(restless).first, locked);
-        EXPECT_EQ(fake.prompts(), 3);
+        EXPECT_EQ(reports,
+                  std::vector<std::string>{
+                      user == User::isAway ? "keyring: locked, and the prompt was not answered within 0.300 s"
+                                           : "keyring: locked, and the prompt was dismissed or could not "
+                                             "be shown"});
+        // An answer that comes late counts.
+        if (user == User::isAway) {
+            fake.decide(User::answers);
+            EXPECT_EQ(find(secrets).first, success);
+            EXPECT_EQ(fake.prompts(), 1);
+        }
     }
-    const FakeSecretService fake(desktop->busAddress(),
-                                 {.asksToDelete = true, .user = FakeSecretService::User::isAway});
-    EXPECT_EQ(store().remove(kService, "one"), locked);
+    FakeSecretService fake(desktop->busAddress(), {.asksToDelete = true, .user = User::isAway});
+    SecretServiceStore restless(report, {.prompt = 50ms, .peace = 0ms});
+    EXPECT_EQ(restless.remove(kService, "one"), locked);
+    EXPECT_EQ(restless.remove(kService, "one"), locked);
+    EXPECT_EQ(fake.prompts(), 1); // which is still on the screen
+    fake.decide(User::dismisses);
+    EXPECT_EQ(restless.remove(kService, "one"), locked);
+    EXPECT_EQ(fake.prompts(), 2);
     EXPECT_TRUE(fake.itemExists());
+    EXPECT_EQ(find(restless).first, success);
 }
 
 TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
