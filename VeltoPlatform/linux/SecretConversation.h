@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -19,13 +18,14 @@ struct SecretServiceLimits {
     std::chrono::milliseconds peace{60'000};   ///< in which nothing is asked again after such a prompt
 };
 
-/// What the conversations of one store share: one prompt at a time, and none soon after a refused one.
-struct PromptGate {
-    std::mutex prompting;
-    // All of these under the lock.
+/// What one conversation leaves to the next. One thread at a time.
+struct SecretServiceLink {
+    std::shared_ptr<Bus> bus;
+    std::string service; ///< the unique name of the process that answers; empty without a session
+    std::string session;
+    std::unique_ptr<SecretPrompt> left; ///< a prompt that is still on the screen after its time
     std::chrono::steady_clock::time_point peaceUntil;
-    std::string refusal;
-    std::unique_ptr<SecretPrompt> left; ///< one that is still on the screen after its time
+    std::string refusal; ///< why there is peace
 };
 
 /// One thread, one operation. A step that does not answer success, notFound or duplicate has said why in
@@ -35,7 +35,7 @@ class SecretConversation {
   public:
     using Paths = std::vector<std::string>;
 
-    SecretConversation(const SecretServiceLimits& limits, PromptGate& gate);
+    SecretConversation(const SecretServiceLimits& limits, SecretServiceLink& link);
 
     /// One line for people; empty while all is well.
     const std::string& trouble() const { return trouble_; }
@@ -67,13 +67,12 @@ class SecretConversation {
     SecretStatus refuse(const std::string& why);
     SecretStatus unlockObject(const std::string& path);
     SecretStatus readAlias(const char* alias);
+    bool sessionLives();
+    SecretStatus connect();
 
     SecretServiceLimits limits_;
-    PromptGate& gate_;
+    SecretServiceLink& link_;
     TimePoint deadline_;
-    std::shared_ptr<Bus> bus_;
-    std::string service_; ///< the unique name of the process that answers
-    std::string session_;
     std::string collection_;
     std::string trouble_;
 };

@@ -14,6 +14,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <iostream>
 #include <thread>
 
 namespace velto::test {
@@ -50,6 +51,13 @@ struct Keyring : ::testing::Test {
         desktop = std::move(*started);
         ::setenv("DBUS_SESSION_BUS_ADDRESS", desktop->busAddress().c_str(), 1);
     }
+    void TearDown() override {
+        if (!HasFailure())
+            return;
+        for (const auto& line : reports)
+            std::cerr << line << '\n';
+        std::cerr << readFile(folder.path() / "gnome-keyring-daemon.err");
+    }
     SecretServiceStore store() { return SecretServiceStore(report, limits); }
     /// What `find` answers, and what it found.
     std::pair<SecretStatus, std::string> find(SecretStore& store, const std::string& account = "one") {
@@ -74,7 +82,7 @@ TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
     for (const auto& data :
          {""s, kSecret, "a\r\n b\n"s, "\0x\0"s, "schlüssel\xff"s, std::string(100'000, 'k')}) {
         EXPECT_EQ(secrets.add({kService, "one", data, "Velto API key"}), success);
-        EXPECT_EQ(find(secrets), Found(success, data));
+        EXPECT_TRUE(find(secrets) == Found(success, data)) << data.size();
         EXPECT_EQ(secrets.add({kService, "one", "other", {}}), duplicate);
         EXPECT_EQ(secrets.remove(kService, "one"), success);
         EXPECT_EQ(find(secrets).first, notFound);
@@ -89,6 +97,8 @@ TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
     EXPECT_EQ(secrets.add({kService, "\xff", "", {}}), failed);
 
     ASSERT_TRUE(desktop->restartKeyring(true));
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+    ASSERT_TRUE(desktop->restart());
     EXPECT_EQ(find(secrets), Found(success, kSecret));
     EXPECT_EQ(secrets.state(), "system keyring");
     for (const auto& line : reports)
@@ -125,7 +135,8 @@ TEST_F(Keyring, AStoppedOneFailsInTimeAndAMissingOneAtOnce) {
     EXPECT_EQ(find(secrets).first, unavailable);
     EXPECT_EQ(secrets.state(), "none");
     desktop->bus()->signal(SIGSTOP);
-    EXPECT_EQ(find(impatient).first, failed);
+    SecretServiceStore late(report, {.operation = 100ms});
+    EXPECT_EQ(find(late).first, failed);
     desktop->bus()->kill();
     EXPECT_EQ(find(secrets).first, unavailable);
     EXPECT_EQ(secrets.remove(kService, "one"), unavailable);
@@ -254,7 +265,7 @@ TEST_F(KeyFile, KeepsOthersOutAndWhatItCannotRead) {
     using namespace std::string_literals;
     for (const auto& data : {""s, "\0\r\n\xff"s, std::string(100'000, 'k')}) {
         ASSERT_EQ(keys.add({kService, "one", data, {}}), success);
-        EXPECT_EQ(find(keys), Found(success, data));
+        EXPECT_TRUE(find(keys) == Found(success, data)) << data.size();
         ASSERT_EQ(keys.remove(kService, "one"), success);
     }
     ASSERT_EQ(keys.add({kService, "one", kSecret, {}}), success);
