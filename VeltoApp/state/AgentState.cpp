@@ -1,6 +1,8 @@
 #include "VeltoApp/state/AgentState.h"
 
 #include "VeltoApp/app/Helper.h"
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/SecretStore.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/core/KeychainStore.h"
 #include "VeltoShared/core/TextTrim.h"
@@ -44,7 +46,7 @@ void AgentState::refreshKey() {
     Background::post([weak = weak_from_this()] {
         const bool gemini = stored(VoiceProvider::gemini);
         const bool openai = stored(VoiceProvider::openai);
-        MainThread::post([weak, gemini, openai] {
+        MainThread::post([weak, gemini, openai, place = platform().secretStore->state()] {
             const auto self = weak.lock();
             if (!self)
                 return;
@@ -55,6 +57,7 @@ void AgentState::refreshKey() {
             self->apiKeyConfigured.set(false);
             self->validating.set(false);
             Helper::log("keys: gemini=" + described(gemini, false) + " openai=" + described(openai, false));
+            Helper::log("keys: kept in " + place);
         });
     });
 }

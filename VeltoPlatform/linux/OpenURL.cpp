@@ -53,7 +53,7 @@ void becomeIndependent(void* opening) {
     ::setsid();
     sigset_t none;
     ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
 bool launch(Opening& opening) {

@@ -16,12 +16,6 @@ constexpr const char* kItem = "org.freedesktop.Secret.Item";
 constexpr const char* kPrompt = "org.freedesktop.Secret.Prompt";
 constexpr const char* kIsLocked = "org.freedesktop.Secret.Error.IsLocked";
 constexpr const char* kNone = "/"; ///< the path that stands for no object
-constexpr milliseconds kToDismiss{200};
-
-struct SlotRelease {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-};
-using Slot = std::unique_ptr<sd_bus_slot, SlotRelease>;
 
 bool holdsNul(const std::string& text) {
     return text.find('\0') != std::string::npos;
@@ -34,45 +28,21 @@ std::string seconds(milliseconds time) {
     return text + " s";
 }
 
-/// What a prompt that is shown comes to.
-struct PromptEnd {
-    bool ended = false;
-    bool dismissed = false;
-};
-
-int completed(sd_bus_message* signal, void* data, sd_bus_error*) {
-    auto& end = *static_cast<PromptEnd*>(data);
-    int dismissed = 1;
-    if (sd_bus_message_read(signal, "b", &dismissed) < 0)
-        dismissed = 1;
-    end = {true, dismissed != 0};
-    return 0;
-}
-
-int serviceGone(sd_bus_message*, void* data, sd_bus_error*) {
-    *static_cast<bool*>(data) = true;
-    return 0;
-}
-
-/// In the place of the library's own, which hangs up.
-int installed(sd_bus_message*, void*, sd_bus_error*) {
-    return 0;
-}
-
 } // namespace
 
-SecretConversation::SecretConversation(const SecretServiceLimits& limits, PromptGate& gate)
-    : limits_(limits), gate_(gate), deadline_(Clock::now() + limits.operation) {}
+SecretConversation::SecretConversation(const SecretServiceLimits& limits, SecretServiceLink& link)
+    : limits_(limits), link_(link), deadline_(Clock::now() + limits.operation) {}
 
 BusMessage SecretConversation::method(const std::string& path, const char* interface, const char* member) {
-    return bus_->method(service_.empty() ? kName : service_.c_str(), path.c_str(), interface, member);
+    return link_.bus->method(link_.service.empty() ? kName : link_.service.c_str(), path.c_str(), interface,
+                             member);
 }
 
 BusReply SecretConversation::call(const BusMessage& request) {
     const auto left = std::chrono::duration_cast<Bus::Limit>(deadline_ - Clock::now());
     if (left <= Bus::Limit::zero())
         return {nullptr, SD_BUS_ERROR_TIMEOUT};
-    return bus_->call(request, left);
+    return link_.bus->call(request, left);
 }
 
 SecretStatus SecretConversation::fail(const std::string& step, const BusReply& reply) {
@@ -85,14 +55,38 @@ SecretStatus SecretConversation::fail(const std::string& step, const BusReply& r
     return SecretStatus::failed;
 }
 
-SecretStatus SecretConversation::open() {
-    const auto address = Bus::sessionAddress();
-    bus_ = Bus::open(address, limits_.operation);
-    if (!bus_) {
-        const bool hangs = Clock::now() >= deadline_;
-        trouble_ = hangs ? "the session bus does not answer" : "there is no session bus";
-        return hangs ? SecretStatus::failed : SecretStatus::unavailable;
+/// Whether the keyring is still the process that gave the session.
+bool SecretConversation::sessionLives() {
+    if (!link_.bus || link_.service.empty())
+        return false;
+    const auto request = link_.bus->method("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                           "org.freedesktop.DBus", "GetNameOwner");
+    sd_bus_message_append(request.get(), "s", kName);
+    const auto reply = call(request);
+    const char* owner = nullptr;
+    return reply && sd_bus_message_read(reply.message.get(), "s", &owner) > 0 && owner == link_.service;
+}
+
+SecretStatus SecretConversation::connect() {
+    // A bus that has hung up since is noticed only by reading.
+    while (link_.bus && link_.bus->process(Bus::Limit::zero())) {
     }
+    if (link_.bus && link_.bus->alive())
+        return SecretStatus::success;
+    link_.bus = Bus::open(Bus::sessionAddress(), limits_.operation);
+    if (link_.bus)
+        return SecretStatus::success;
+    const bool hangs = Clock::now() >= deadline_;
+    trouble_ = hangs ? "the session bus does not answer" : "there is no session bus";
+    return hangs ? SecretStatus::failed : SecretStatus::unavailable;
+}
+
+SecretStatus SecretConversation::open() {
+    if (sessionLives())
+        return SecretStatus::success;
+    link_.service.clear();
+    if (const auto status = connect(); status != SecretStatus::success)
+        return status;
     const auto request = method(kPath, kService, "OpenSession");
     sd_bus_message_append(request.get(), "sv", "plain", "s", "");
     const auto reply = call(request);
@@ -105,8 +99,8 @@ SecretStatus SecretConversation::open() {
     if (!sender || sd_bus_message_skip(reply.message.get(), "v") < 0 ||
         sd_bus_message_read(reply.message.get(), "o", &session) <= 0)
         return fail("opening a session", reply);
-    service_ = sender;
-    session_ = session;
+    link_.service = sender;
+    link_.session = session;
     return SecretStatus::success;
 }
 
@@ -200,7 +194,7 @@ SecretStatus SecretConversation::findUnlocked(const std::string& service, const 
 SecretStatus SecretConversation::read(const std::string& item, std::string& data) {
     const auto ask = [&] {
         const auto request = method(item, kItem, "GetSecret");
-        sd_bus_message_append(request.get(), "o", session_.c_str());
+        sd_bus_message_append(request.get(), "o", link_.session.c_str());
         return call(request);
     };
     auto reply = ask();
@@ -237,7 +231,7 @@ SecretStatus SecretConversation::createItem(const SecretItem& item) {
                               "org.freedesktop.Secret.Generic") >= 0 &&
         sd_bus_message_close_container(message) >= 0 &&
         sd_bus_message_open_container(message, 'r', "oayays") >= 0 &&
-        sd_bus_message_append(message, "o", session_.c_str()) >= 0 &&
+        sd_bus_message_append(message, "o", link_.session.c_str()) >= 0 &&
         sd_bus_message_append_array(message, 'y', nullptr, 0) >= 0 &&
         sd_bus_message_append_array(message, 'y', item.data.data(), item.data.size()) >= 0 &&
         sd_bus_message_append(message, "s", "text/plain") >= 0 &&
@@ -257,10 +251,6 @@ SecretStatus SecretConversation::deleteItem(const std::string& item) {
 /// there is one, is shown and its end awaited.
 SecretStatus SecretConversation::callPromptable(const std::string& step, const BusMessage& request,
                                                 const char* before) {
-    const auto asked = Clock::now();
-    const std::lock_guard lock(gate_.prompting);
-    // Somebody else's prompt is not this operation's time.
-    deadline_ += Clock::now() - asked;
     const auto reply = call(request);
     const char* prompt = nullptr;
     if (reply.error == kIsLocked) {
@@ -274,46 +264,32 @@ SecretStatus SecretConversation::callPromptable(const std::string& step, const B
 }
 
 SecretStatus SecretConversation::showPrompt(const std::string& path) {
-    const auto dismiss = [&] { bus_->call(method(path, kPrompt, "Dismiss"), kToDismiss); };
-    if (Clock::now() < gate_.peaceUntil) {
-        dismiss();
-        trouble_ = gate_.refusal;
+    using State = SecretPrompt::State;
+    if (Clock::now() < link_.peaceUntil ||
+        (link_.left && link_.left->await(Bus::Limit::zero()) == State::open)) {
+        trouble_ = link_.refusal;
         return SecretStatus::locked;
     }
-
-    PromptEnd end;
-    bool gone = false;
-    sd_bus_slot* made = nullptr;
-    sd_bus_match_signal_async(bus_->handle(), &made, service_.c_str(), path.c_str(), kPrompt, "Completed",
-                              completed, installed, &end);
-    const Slot completion(std::exchange(made, nullptr));
-    const auto leaving = "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-                         "member='NameOwnerChanged',arg0='" +
-                         service_ + "'";
-    sd_bus_add_match_async(bus_->handle(), &made, leaving.c_str(), serviceGone, installed, &gone);
-    const Slot departure(made);
-
+    link_.left = std::make_unique<SecretPrompt>(link_.bus, link_.service, path);
     const auto request = method(path, kPrompt, "Prompt");
     sd_bus_message_append(request.get(), "s", "");
     const auto shown = call(request);
-    if (!shown)
-        return fail("asking its user", shown);
-    const auto deadline = Clock::now() + limits_.prompt;
-    while (!end.ended && !gone && bus_->alive() && Clock::now() < deadline)
-        bus_->process(std::chrono::duration_cast<Bus::Limit>(deadline - Clock::now()));
+    const auto end = shown ? link_.left->await(limits_.prompt) : State::lost;
     deadline_ = Clock::now() + limits_.operation;
-    if (end.ended)
-        return end.dismissed ? refuse("locked, and the prompt was dismissed or could not be shown")
-                             : SecretStatus::success;
-    if (gone || !bus_->alive())
-        return fail("asking its user", {nullptr, SD_BUS_ERROR_DISCONNECTED});
-    dismiss();
-    return refuse("locked, and the prompt was not answered within " + seconds(limits_.prompt));
+    if (end == State::open)
+        return refuse("locked, and the prompt was not answered within " + seconds(limits_.prompt));
+    link_.left.reset();
+    if (end == State::refused)
+        return refuse("locked, and the prompt was dismissed or could not be shown");
+    if (end == State::granted)
+        return SecretStatus::success;
+    return fail("asking its user",
+                shown ? BusReply{nullptr, SD_BUS_ERROR_DISCONNECTED} : BusReply{nullptr, shown.error});
 }
 
 SecretStatus SecretConversation::refuse(const std::string& why) {
-    gate_.peaceUntil = Clock::now() + limits_.peace;
-    gate_.refusal = why;
+    link_.peaceUntil = Clock::now() + limits_.peace;
+    link_.refusal = why;
     trouble_ = why;
     return SecretStatus::locked;
 }

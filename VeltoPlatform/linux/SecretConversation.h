@@ -3,10 +3,10 @@
 
 #include "VeltoPlatform/SecretStore.h"
 #include "VeltoPlatform/linux/Bus.h"
+#include "VeltoPlatform/linux/SecretPrompt.h"
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -14,16 +14,18 @@ namespace velto {
 
 struct SecretServiceLimits {
     std::chrono::milliseconds operation{2000}; ///< of an operation, the time of its prompts left out
-    std::chrono::milliseconds prompt{15'000};  ///< after that a prompt is taken away
+    std::chrono::milliseconds prompt{15'000};  ///< after that an open prompt is not waited for
     std::chrono::milliseconds peace{60'000};   ///< in which nothing is asked again after such a prompt
 };
 
-/// What the conversations of one store share: one prompt at a time, and none soon after a refused one.
-struct PromptGate {
-    std::mutex prompting;
-    // Both under the lock.
+/// What one conversation leaves to the next. One thread at a time.
+struct SecretServiceLink {
+    std::shared_ptr<Bus> bus;
+    std::string service; ///< the unique name of the process that answers; empty without a session
+    std::string session;
+    std::unique_ptr<SecretPrompt> left; ///< a prompt that is still on the screen after its time
     std::chrono::steady_clock::time_point peaceUntil;
-    std::string refusal;
+    std::string refusal; ///< why there is peace
 };
 
 /// One thread, one operation. A step that does not answer success, notFound or duplicate has said why in
@@ -33,7 +35,7 @@ class SecretConversation {
   public:
     using Paths = std::vector<std::string>;
 
-    SecretConversation(const SecretServiceLimits& limits, PromptGate& gate);
+    SecretConversation(const SecretServiceLimits& limits, SecretServiceLink& link);
 
     /// One line for people; empty while all is well.
     const std::string& trouble() const { return trouble_; }
@@ -65,13 +67,12 @@ class SecretConversation {
     SecretStatus refuse(const std::string& why);
     SecretStatus unlockObject(const std::string& path);
     SecretStatus readAlias(const char* alias);
+    bool sessionLives();
+    SecretStatus connect();
 
     SecretServiceLimits limits_;
-    PromptGate& gate_;
+    SecretServiceLink& link_;
     TimePoint deadline_;
-    std::unique_ptr<Bus> bus_;
-    std::string service_; ///< the unique name of the process that answers
-    std::string session_;
     std::string collection_;
     std::string trouble_;
 };

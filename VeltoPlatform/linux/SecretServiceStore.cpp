@@ -6,10 +6,14 @@ SecretServiceStore::SecretServiceStore(TroubleReport::Report report, const Secre
     : limits_(limits), trouble_("keyring", std::move(report)) {}
 
 SecretStatus SecretServiceStore::converse(const std::function<SecretStatus(SecretConversation&)>& talk) {
-    SecretConversation conversation(limits_, gate_);
+    const std::lock_guard lock(mutex_);
+    SecretConversation conversation(limits_, link_);
     auto status = conversation.open();
     if (status == SecretStatus::success)
         status = talk(conversation);
+    // A session that the keyring may have dropped is not used again.
+    if (status == SecretStatus::failed)
+        link_.service.clear();
     trouble_.tell(conversation.trouble());
     return status;
 }
@@ -52,7 +56,8 @@ SecretStatus SecretServiceStore::remove(const std::string& service, const std::s
 }
 
 std::string SecretServiceStore::state() {
-    SecretConversation talk(limits_, gate_);
+    const std::lock_guard lock(mutex_);
+    SecretConversation talk(limits_, link_);
     auto status = talk.open();
     if (status == SecretStatus::unavailable)
         return "none";

@@ -14,6 +14,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <iostream>
 #include <thread>
 
 namespace velto::test {
@@ -50,6 +51,13 @@ struct Keyring : ::testing::Test {
         desktop = std::move(*started);
         ::setenv("DBUS_SESSION_BUS_ADDRESS", desktop->busAddress().c_str(), 1);
     }
+    void TearDown() override {
+        if (!HasFailure())
+            return;
+        for (const auto& line : reports)
+            std::cerr << line << '\n';
+        std::cerr << readFile(folder.path() / "gnome-keyring-daemon.err");
+    }
     SecretServiceStore store() { return SecretServiceStore(report, limits); }
     /// What `find` answers, and what it found.
     std::pair<SecretStatus, std::string> find(SecretStore& store, const std::string& account = "one") {
@@ -74,7 +82,7 @@ TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
     for (const auto& data :
          {""s, kSecret, "a\r\n b\n"s, "\0x\0"s, "schlüssel\xff"s, std::string(100'000, 'k')}) {
         EXPECT_EQ(secrets.add({kService, "one", data, "Velto API key"}), success);
-        EXPECT_EQ(find(secrets), Found(success, data));
+        EXPECT_TRUE(find(secrets) == Found(success, data)) << data.size();
         EXPECT_EQ(secrets.add({kService, "one", "other", {}}), duplicate);
         EXPECT_EQ(secrets.remove(kService, "one"), success);
         EXPECT_EQ(find(secrets).first, notFound);
@@ -89,6 +97,8 @@ TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
     EXPECT_EQ(secrets.add({kService, "\xff", "", {}}), failed);
 
     ASSERT_TRUE(desktop->restartKeyring(true));
+    EXPECT_EQ(find(secrets), Found(success, kSecret));
+    ASSERT_TRUE(desktop->restart());
     EXPECT_EQ(find(secrets), Found(success, kSecret));
     EXPECT_EQ(secrets.state(), "system keyring");
     for (const auto& line : reports)
@@ -125,7 +135,8 @@ TEST_F(Keyring, AStoppedOneFailsInTimeAndAMissingOneAtOnce) {
     EXPECT_EQ(find(secrets).first, unavailable);
     EXPECT_EQ(secrets.state(), "none");
     desktop->bus()->signal(SIGSTOP);
-    EXPECT_EQ(find(impatient).first, failed);
+    SecretServiceStore late(report, {.operation = 100ms});
+    EXPECT_EQ(find(late).first, failed);
     desktop->bus()->kill();
     EXPECT_EQ(find(secrets).first, unavailable);
     EXPECT_EQ(secrets.remove(kService, "one"), unavailable);
@@ -161,28 +172,37 @@ TEST_F(Keyring, PromptsAreFollowed) {
 
 TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
     startSession(false);
-    for (const auto user : {FakeSecretService::User::dismisses, FakeSecretService::User::isAway}) {
-        const bool away = user == FakeSecretService::User::isAway;
-        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .user = user});
+    using User = FakeSecretService::User;
+    for (const auto user : {User::dismisses, User::isAway}) {
+        FakeSecretService fake(desktop->busAddress(), {.locked = true, .user = user});
         auto secrets = store();
         reports.clear();
         std::thread other([&] { EXPECT_EQ(find(secrets, "two").first, locked); });
         EXPECT_EQ(find(secrets).first, locked);
         other.join();
         EXPECT_EQ(fake.prompts(), 1);
-        EXPECT_EQ(fake.dismissals(), away ? 2 : 1);
-        EXPECT_EQ(reports, std::vector<std::string>{
-                               away ? "keyring: locked, and the prompt was not answered within 0.300 s"
-                                    : "keyring: locked, and the prompt was dismissed or could not be shown"});
-        SecretServiceStore restless(report, {.prompt = 10ms, .peace = 0ms});
-        EXPECT_EQ(find(restless).first, locked);
-        EXPECT_EQ(find(restless).first, locked);
-        EXPECT_EQ(fake.prompts(), 3);
+        EXPECT_EQ(reports,
+                  std::vector<std::string>{
+                      user == User::isAway ? "keyring: locked, and the prompt was not answered within 0.300 s"
+                                           : "keyring: locked, and the prompt was dismissed or could not "
+                                             "be shown"});
+        // An answer that comes late counts.
+        if (user == User::isAway) {
+            fake.decide(User::answers);
+            EXPECT_EQ(find(secrets).first, success);
+            EXPECT_EQ(fake.prompts(), 1);
+        }
     }
-    const FakeSecretService fake(desktop->busAddress(),
-                                 {.asksToDelete = true, .user = FakeSecretService::User::isAway});
-    EXPECT_EQ(store().remove(kService, "one"), locked);
+    FakeSecretService fake(desktop->busAddress(), {.asksToDelete = true, .user = User::isAway});
+    SecretServiceStore restless(report, {.prompt = 50ms, .peace = 0ms});
+    EXPECT_EQ(restless.remove(kService, "one"), locked);
+    EXPECT_EQ(restless.remove(kService, "one"), locked);
+    EXPECT_EQ(fake.prompts(), 1); // which is still on the screen
+    fake.decide(User::dismisses);
+    EXPECT_EQ(restless.remove(kService, "one"), locked);
+    EXPECT_EQ(fake.prompts(), 2);
     EXPECT_TRUE(fake.itemExists());
+    EXPECT_EQ(find(restless).first, success);
 }
 
 TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
@@ -245,7 +265,7 @@ TEST_F(KeyFile, KeepsOthersOutAndWhatItCannotRead) {
     using namespace std::string_literals;
     for (const auto& data : {""s, "\0\r\n\xff"s, std::string(100'000, 'k')}) {
         ASSERT_EQ(keys.add({kService, "one", data, {}}), success);
-        EXPECT_EQ(find(keys), Found(success, data));
+        EXPECT_TRUE(find(keys) == Found(success, data)) << data.size();
         ASSERT_EQ(keys.remove(kService, "one"), success);
     }
     ASSERT_EQ(keys.add({kService, "one", kSecret, {}}), success);

@@ -20,8 +20,11 @@ FakeSecretService::FakeSecretService(const std::string& busAddress, Behaviour be
         sd_bus_request_name(bus_->handle(), "org.freedesktop.secrets", SD_BUS_NAME_QUEUE) < 0)
         throw std::runtime_error("no bus for the fake Secret Service");
     thread_ = std::thread([this] {
-        while (!ending_)
-            bus_->process(20ms);
+        while (!ending_) {
+            bus_->process(10ms);
+            complete(decision_);
+            decision_ = User::isAway;
+        }
         bus_.reset();
     });
 }
@@ -41,11 +44,19 @@ const char* FakeSecretService::ask(std::function<void()> granted) {
     return pending_.emplace(path, std::move(granted)).first->first.c_str();
 }
 
-void FakeSecretService::complete(const std::string& path, bool dismissed) {
-    if (!dismissed)
-        pending_.at(path)();
-    sd_bus_emit_signal(bus_->handle(), path.c_str(), "org.freedesktop.Secret.Prompt", "Completed", "bv",
-                       dismissed ? 1 : 0, "s", "");
+void FakeSecretService::complete(User decision) {
+    if (decision == User::isAway)
+        return;
+    if (decision == User::answers)
+        pending_.at(shown_)();
+    sd_bus_emit_signal(bus_->handle(), shown_.c_str(), "org.freedesktop.Secret.Prompt", "Completed", "bv",
+                       decision == User::dismisses ? 1 : 0, "s", "");
+}
+
+void FakeSecretService::decide(User decision) {
+    decision_ = decision;
+    while (decision_ != User::isAway)
+        std::this_thread::yield();
 }
 
 int FakeSecretService::answer(sd_bus_message* message) {
@@ -101,14 +112,8 @@ int FakeSecretService::answer(sd_bus_message* message) {
     if (is("Prompt")) {
         ++prompts_;
         sd_bus_reply_method_return(message, "");
-        if (behaviour_.user != User::isAway)
-            complete(path, behaviour_.user == User::dismisses);
-        return 1;
-    }
-    if (is("Dismiss")) {
-        ++dismissals_;
-        sd_bus_reply_method_return(message, "");
-        complete(path, true);
+        shown_ = path;
+        complete(behaviour_.user);
         return 1;
     }
     return 0;

@@ -29,8 +29,9 @@ class FakeSecretService {
     ~FakeSecretService();
 
     static constexpr const char* key = "the fake's key";
-    int prompts() const { return prompts_; }       ///< that were shown
-    int dismissals() const { return dismissals_; } ///< that the client asked for
+    int prompts() const { return prompts_; } ///< that were shown
+    /// Decides, later than asked, on the last prompt that was shown.
+    void decide(User decision);
     bool itemExists() const { return itemExists_; }
 
   private:
@@ -38,7 +39,7 @@ class FakeSecretService {
     int answer(sd_bus_message* message);
     /// The path of a prompt that does `granted` when the user agrees.
     const char* ask(std::function<void()> granted);
-    void complete(const std::string& path, bool dismissed);
+    void complete(User decision);
 
     Behaviour behaviour_;
     std::unique_ptr<Bus> bus_;
@@ -46,7 +47,8 @@ class FakeSecretService {
     std::atomic<bool> itemExists_ = true;
     std::atomic<bool> ending_ = false;
     std::atomic<int> prompts_ = 0;
-    std::atomic<int> dismissals_ = 0;
+    std::atomic<User> decision_ = User::isAway;
+    std::string shown_; ///< the last prompt
     std::thread thread_;
 };
 
