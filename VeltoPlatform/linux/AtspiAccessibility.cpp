@@ -36,7 +36,7 @@ ElementAttributes merged(std::span<ElementAttributes> parts) {
 
 AtspiAccessibility::AtspiAccessibility(const std::function<void(const std::string&)>& report,
                                        std::string sessionAddress)
-    : report_(prefixed(report)), launcher_(std::move(sessionAddress), report_) {}
+    : report_(prefixed(report)), launcher_(std::move(sessionAddress), patience_, report_) {}
 
 bool AtspiAccessibility::trusted() {
     const auto enabled = launcher_.isEnabled();
@@ -69,7 +69,7 @@ AtspiAccessibility::DesktopRef AtspiAccessibility::connected() {
     const std::scoped_lock lock(mutex_);
     if (!desktop_ || desktop_->pool->gone()) {
         desktop_ = std::make_shared<Desktop>();
-        desktop_->pool = std::make_shared<BusPool>(address, "the accessibility bus", report_);
+        desktop_->pool = std::make_shared<BusPool>(address, "the accessibility bus", patience_, report_);
     }
     return desktop_;
 }

@@ -52,6 +52,7 @@ class AtspiAccessibility : public Accessibility {
     std::pair<DesktopRef, BusPool::Lease> reach();
     DesktopRef connected();
 
+    const std::shared_ptr<BusPatience> patience_ = std::make_shared<BusPatience>();
     const BusPool::Report report_;
     AtspiLauncher launcher_;
     std::atomic<bool> lastTrusted_{false};

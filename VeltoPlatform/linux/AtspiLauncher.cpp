@@ -15,9 +15,14 @@ constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
 
 } // namespace
 
-AtspiLauncher::AtspiLauncher(std::string sessionAddress, BusPool::Report report)
-    : sessionAddress_(std::move(sessionAddress)), report_(std::move(report)),
-      pool_(std::make_shared<BusPool>(sessionAddress_, "the session's message bus", report_)) {}
+AtspiLauncher::AtspiLauncher(std::string sessionAddress, std::shared_ptr<BusPatience> patience,
+                             BusPool::Report report)
+    : sessionAddress_(std::move(sessionAddress)), patience_(std::move(patience)), report_(std::move(report)),
+      pool_(makePool()) {}
+
+std::shared_ptr<BusPool> AtspiLauncher::makePool() const {
+    return std::make_shared<BusPool>(sessionAddress_, "the session's message bus", patience_, report_);
+}
 
 BusPool::Lease AtspiLauncher::lease() {
     for (;;) {
@@ -26,7 +31,7 @@ BusPool::Lease AtspiLauncher::lease() {
         {
             const std::scoped_lock lock(mutex_);
             if (pool_->gone()) {
-                pool_ = std::make_shared<BusPool>(sessionAddress_, "the session's message bus", report_);
+                pool_ = makePool();
                 fresh = true;
             }
             pool = pool_;

@@ -13,7 +13,7 @@ namespace velto {
 /// Any thread. Starts no program, except in `switchOn`.
 class AtspiLauncher {
   public:
-    AtspiLauncher(std::string sessionAddress, BusPool::Report report);
+    AtspiLauncher(std::string sessionAddress, std::shared_ptr<BusPatience> patience, BusPool::Report report);
 
     enum class Answer { yes, no, silent };
     Answer isEnabled();
@@ -24,6 +24,7 @@ class AtspiLauncher {
     void switchOn();
 
   private:
+    std::shared_ptr<BusPool> makePool() const;
     /// Connected again when the session bus was restarted.
     BusPool::Lease lease();
     /// None when it is absent or silent; `silent` tells which.
@@ -31,6 +32,7 @@ class AtspiLauncher {
                  bool& silent);
 
     const std::string sessionAddress_;
+    const std::shared_ptr<BusPatience> patience_;
     const BusPool::Report report_;
     std::mutex mutex_;
     std::shared_ptr<BusPool> pool_;
