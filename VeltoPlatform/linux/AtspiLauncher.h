@@ -3,7 +3,6 @@
 
 #include "VeltoPlatform/linux/BusPool.h"
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -15,10 +14,12 @@ class AtspiLauncher {
   public:
     AtspiLauncher(std::string sessionAddress, std::shared_ptr<BusPatience> patience, BusPool::Report report);
 
-    enum class Answer { yes, no, silent };
-    Answer isEnabled();
-    /// Of the accessibility bus; empty when there is none or the launcher is silent.
-    std::string busAddress();
+    struct Status {
+        bool silent = false; ///< and nothing else is known
+        bool enabled = false;
+        std::string busAddress; ///< of the accessibility bus; empty when there is none
+    };
+    Status status();
     /// Asks for it and returns; reports what came of it when that is known, which may be at a later call of
     /// anything here.
     void switchOn();
@@ -27,9 +28,6 @@ class AtspiLauncher {
     std::shared_ptr<BusPool> makePool() const;
     /// Connected again when the session bus was restarted.
     BusPool::Lease lease();
-    /// None when it is absent or silent; `silent` tells which.
-    BusReply ask(const char* interface, const char* member, const std::function<void(sd_bus_message*)>& fill,
-                 bool& silent);
 
     const std::string sessionAddress_;
     const std::shared_ptr<BusPatience> patience_;

@@ -177,11 +177,23 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
               std::vector<std::string>{"accessibility: switched on; programs that were open before "
                                        "may have to be restarted"});
 
+    // Its bus stays behind, without anybody to ask for it.
+    const pid_t orphan = processOf("dbus-daemon");
     desktop().accessibility()->kill();
     EXPECT_TRUE(eventually([] { return !AX::trusted(); }));
     ASSERT_TRUE(desktop().restart());
     EXPECT_TRUE(eventually(AX::trusted));
     auto again = launchTarget(kEndButton);
+    EXPECT_TRUE(eventually(Telephony::callActive));
+    ::kill(orphan, SIGKILL);
+
+    // The launcher ends with its bus; whoever asks next starts both.
+    ::kill(processOf("dbus-daemon"), SIGKILL);
+    EXPECT_TRUE(eventually([] { return !AX::trusted(); }));
+    EXPECT_FALSE(Telephony::callActive());
+    AX::promptForTrust();
+    EXPECT_TRUE(eventually(AX::trusted));
+    auto third = launchTarget(kEndButton);
     EXPECT_TRUE(eventually(Telephony::callActive));
 
     desktop().bus()->kill();

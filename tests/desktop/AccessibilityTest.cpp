@@ -105,8 +105,8 @@ TEST_F(DesktopTest, AnElementIsPressedByTheActionThatAClickHas) {
     auto target = launchTarget(R"({"role": 75, "children": [
         {"id": "qt", "role": 43, "name": "Qt", "actions": ["SetFocus", "Press"]},
         {"id": "gtk", "role": 43, "name": "GTK", "actions": ["click"]},
-        {"id": "other", "role": 43, "name": "Other", "actions": ["Activate"]},
-        {"role": 43, "name": "Menu", "actions": ["ShowMenu"]},
+        {"id": "other", "role": 43, "name": "Other", "actions": ["Show", "Activate"]},
+        {"role": 43, "name": "Menu", "actions": ["ShowMenu", "SetFocus"]},
         {"role": 43, "name": "Mute"},
         {"role": 43, "name": "No", "actions": ["Press"], "onPress": "refuse"},
         {"role": 43, "name": "Off", "actions": ["Press"], "disabled": true}]})");
