@@ -36,13 +36,14 @@ ElementAttributes merged(std::span<ElementAttributes> parts) {
 
 AtspiAccessibility::AtspiAccessibility(const std::function<void(const std::string&)>& report,
                                        std::string sessionAddress)
-    : report_(prefixed(report)), launcher_(std::move(sessionAddress), report_) {}
+    : report_(prefixed(report)), launcher_(std::move(sessionAddress), patience_, report_) {}
 
 bool AtspiAccessibility::trusted() {
-    const auto enabled = launcher_.isEnabled();
-    if (enabled == AtspiLauncher::Answer::silent)
+    const auto status = launcher_.status();
+    if (status.silent)
         return lastTrusted_;
-    if (enabled == AtspiLauncher::Answer::yes) {
+    if (status.enabled && !status.busAddress.empty()) {
+        use(status.busAddress);
         const auto [desktop, lease] = reach();
         if (desktop && !lease)
             return lastTrusted_;
@@ -57,21 +58,25 @@ void AtspiAccessibility::promptForTrust() {
     launcher_.switchOn();
 }
 
+AtspiAccessibility::DesktopRef AtspiAccessibility::use(const std::string& busAddress) {
+    const std::scoped_lock lock(mutex_);
+    // A bus outlives a launcher that was killed; who takes part then is on the next launcher's.
+    if (!desktop_ || desktop_->pool->gone() || desktop_->address != busAddress) {
+        desktop_ = std::make_shared<Desktop>();
+        desktop_->address = busAddress;
+        desktop_->pool = std::make_shared<BusPool>(busAddress, "the accessibility bus", patience_, report_);
+    }
+    return desktop_;
+}
+
 AtspiAccessibility::DesktopRef AtspiAccessibility::connected() {
     {
         const std::scoped_lock lock(mutex_);
         if (desktop_ && !desktop_->pool->gone())
             return desktop_;
     }
-    const auto address = launcher_.busAddress();
-    if (address.empty())
-        return nullptr;
-    const std::scoped_lock lock(mutex_);
-    if (!desktop_ || desktop_->pool->gone()) {
-        desktop_ = std::make_shared<Desktop>();
-        desktop_->pool = std::make_shared<BusPool>(address, "the accessibility bus", report_);
-    }
-    return desktop_;
+    const auto address = launcher_.status().busAddress;
+    return address.empty() ? nullptr : use(address);
 }
 
 std::pair<AtspiAccessibility::DesktopRef, BusPool::Lease> AtspiAccessibility::reach() {

@@ -41,6 +41,7 @@ class AtspiAccessibility : public Accessibility {
   private:
     /// All that one life of the accessibility bus comes with.
     struct Desktop {
+        std::string address;
         std::shared_ptr<BusPool> pool;
         AtspiMemory memory;
         AtspiApplications applications;
@@ -51,7 +52,9 @@ class AtspiAccessibility : public Accessibility {
     /// With a lease, or of a desktop that is silent; or nothing.
     std::pair<DesktopRef, BusPool::Lease> reach();
     DesktopRef connected();
+    DesktopRef use(const std::string& busAddress);
 
+    const std::shared_ptr<BusPatience> patience_ = std::make_shared<BusPatience>();
     const BusPool::Report report_;
     AtspiLauncher launcher_;
     std::atomic<bool> lastTrusted_{false};

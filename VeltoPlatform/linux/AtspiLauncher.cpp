@@ -15,9 +15,14 @@ constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
 
 } // namespace
 
-AtspiLauncher::AtspiLauncher(std::string sessionAddress, BusPool::Report report)
-    : sessionAddress_(std::move(sessionAddress)), report_(std::move(report)),
-      pool_(std::make_shared<BusPool>(sessionAddress_, "the session's message bus", report_)) {}
+AtspiLauncher::AtspiLauncher(std::string sessionAddress, std::shared_ptr<BusPatience> patience,
+                             BusPool::Report report)
+    : sessionAddress_(std::move(sessionAddress)), patience_(std::move(patience)), report_(std::move(report)),
+      pool_(makePool()) {}
+
+std::shared_ptr<BusPool> AtspiLauncher::makePool() const {
+    return std::make_shared<BusPool>(sessionAddress_, "the session's message bus", patience_, report_);
+}
 
 BusPool::Lease AtspiLauncher::lease() {
     for (;;) {
@@ -26,7 +31,7 @@ BusPool::Lease AtspiLauncher::lease() {
         {
             const std::scoped_lock lock(mutex_);
             if (pool_->gone()) {
-                pool_ = std::make_shared<BusPool>(sessionAddress_, "the session's message bus", report_);
+                pool_ = makePool();
                 fresh = true;
             }
             pool = pool_;
@@ -37,45 +42,32 @@ BusPool::Lease AtspiLauncher::lease() {
     }
 }
 
-BusReply AtspiLauncher::ask(const char* interface, const char* member,
-                            const std::function<void(sd_bus_message*)>& fill, bool& silent) {
+AtspiLauncher::Status AtspiLauncher::status() {
+    Status status;
     const auto leased = lease();
-    silent = false;
     if (!leased) {
         const std::scoped_lock lock(mutex_);
-        silent = pool_->silent();
-        return {};
+        status.silent = pool_->silent();
+        return status;
     }
     const auto launcher = leased.pool().peer(kName, "the accessibility launcher");
-    silent = launcher->silent;
-    if (silent)
-        return {};
-    BusReply answer;
+    status.silent = launcher->silent;
+    if (status.silent)
+        return status;
     BusExchange exchange(leased);
-    const auto request = exchange.bus().method(kName, kPath, interface, member);
-    fill(request.get());
-    sd_bus_message_set_auto_start(request.get(), 0);
-    exchange.ask(launcher, request, [&](BusReply reply) { answer = std::move(reply); });
+    const auto isEnabled = exchange.bus().method(kName, kPath, kProperties, "Get");
+    sd_bus_message_append(isEnabled.get(), "ss", kStatus, "IsEnabled");
+    const auto getAddress = exchange.bus().method(kName, kPath, kName, "GetAddress");
+    for (const auto* request : {&isEnabled, &getAddress})
+        sd_bus_message_set_auto_start(request->get(), 0);
+    exchange.ask(launcher, isEnabled, [&](const BusReply& reply) {
+        status.enabled = AtspiCalls::truthProperty(reply).value_or(false);
+    });
+    exchange.ask(launcher, getAddress,
+                 [&](const BusReply& reply) { status.busAddress = AtspiCalls::text(reply).value_or(""); });
     exchange.finish();
-    silent = exchange.gaveUp(*launcher);
-    return answer;
-}
-
-AtspiLauncher::Answer AtspiLauncher::isEnabled() {
-    bool silent = false;
-    const auto reply = ask(
-        kProperties, "Get",
-        [](sd_bus_message* request) { sd_bus_message_append(request, "ss", kStatus, "IsEnabled"); }, silent);
-    if (silent)
-        return Answer::silent;
-    return AtspiCalls::truthProperty(reply).value_or(false) ? Answer::yes : Answer::no;
-}
-
-std::string AtspiLauncher::busAddress() {
-    bool silent = false;
-    return AtspiCalls::text(ask(
-                                kName, "GetAddress", [](sd_bus_message*) {}, silent))
-        .value_or("");
+    status.silent = exchange.gaveUp(*launcher);
+    return status;
 }
 
 void AtspiLauncher::switchOn() {

@@ -3,7 +3,6 @@
 
 #include "VeltoPlatform/linux/BusPool.h"
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,24 +12,25 @@ namespace velto {
 /// Any thread. Starts no program, except in `switchOn`.
 class AtspiLauncher {
   public:
-    AtspiLauncher(std::string sessionAddress, BusPool::Report report);
+    AtspiLauncher(std::string sessionAddress, std::shared_ptr<BusPatience> patience, BusPool::Report report);
 
-    enum class Answer { yes, no, silent };
-    Answer isEnabled();
-    /// Of the accessibility bus; empty when there is none or the launcher is silent.
-    std::string busAddress();
+    struct Status {
+        bool silent = false; ///< and nothing else is known
+        bool enabled = false;
+        std::string busAddress; ///< of the accessibility bus; empty when there is none
+    };
+    Status status();
     /// Asks for it and returns; reports what came of it when that is known, which may be at a later call of
     /// anything here.
     void switchOn();
 
   private:
+    std::shared_ptr<BusPool> makePool() const;
     /// Connected again when the session bus was restarted.
     BusPool::Lease lease();
-    /// None when it is absent or silent; `silent` tells which.
-    BusReply ask(const char* interface, const char* member, const std::function<void(sd_bus_message*)>& fill,
-                 bool& silent);
 
     const std::string sessionAddress_;
+    const std::shared_ptr<BusPatience> patience_;
     const BusPool::Report report_;
     std::mutex mutex_;
     std::shared_ptr<BusPool> pool_;

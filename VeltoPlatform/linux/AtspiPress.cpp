@@ -18,7 +18,8 @@ std::optional<int> pressAmong(const std::vector<std::string>& actions) {
         for (std::size_t i = 0; i < actions.size(); ++i)
             if (boost::algorithm::iequals(actions[i], wanted))
                 return static_cast<int>(i);
-    return std::nullopt;
+    // Some toolkits translate the names.
+    return actions.size() == 1 ? std::optional(0) : std::nullopt;
 }
 
 } // namespace
@@ -38,10 +39,11 @@ bool AtspiPress::press(const BusPool::Lease& lease, const AtspiElement& element)
                      [&](const BusReply& reply) { action = pressAmong(AtspiCalls::actions(reply)); });
         exchange.finish();
     }
-    for (const auto bit : {AtspiState::enabled, AtspiState::sensitive, AtspiState::visible})
-        if (!AtspiState::has(state, bit))
-            return false;
-    return action && perform(lease, element, *action);
+    // Some toolkits say "enabled", some "sensitive", most both.
+    const bool usable =
+        AtspiState::has(state, AtspiState::enabled) || AtspiState::has(state, AtspiState::sensitive);
+    return usable && AtspiState::has(state, AtspiState::visible) && action &&
+           perform(lease, element, *action);
 }
 
 bool AtspiPress::perform(const BusPool::Lease& lease, const AtspiElement& element, int action) {

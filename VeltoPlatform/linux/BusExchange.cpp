@@ -2,8 +2,6 @@
 // of a program that hung, so that nothing has to be sent to it in the meantime.
 #include "VeltoPlatform/linux/BusExchange.h"
 
-#include "VeltoPlatform/linux/BusPatience.h"
-
 #include <algorithm>
 #include <deque>
 #include <utility>
@@ -78,7 +76,7 @@ bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler
 }
 
 void BusExchange::finish() {
-    patience_ = BusPatience::left();
+    patience_ = pool_.patience().left();
     while (round_->waiting > 0 && !round_->busSilent && bus_.alive()) {
         const auto wait = std::chrono::duration_cast<Bus::Limit>(nextLook() - Clock::now());
         // Only where nothing has arrived was anybody silent: it may be this process that was held up.
@@ -113,7 +111,7 @@ void BusExchange::look() {
         } else if (now >= talk.heard + patience_ / 2 && !round_->busAsked) {
             askBus();
         } else if (round_->busAsked && now >= endOfPatience(talk)) {
-            BusPatience::spend(std::chrono::duration_cast<BusPatience::Duration>(now - talk.heard));
+            pool_.patience().spend(std::chrono::duration_cast<BusPatience::Duration>(now - talk.heard));
             if (round_->bus->waiting == 0) {
                 giveUp(talk);
                 continue;

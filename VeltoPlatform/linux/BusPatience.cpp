@@ -2,38 +2,36 @@
 
 #include <algorithm>
 
-namespace velto::BusPatience {
+namespace velto {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
-constexpr Duration kInAll = 450ms;
-constexpr Duration kLeast = 5ms;
+constexpr BusPatience::Duration kInAll = 450ms;
+constexpr BusPatience::Duration kLeast = 50ms;
 constexpr auto kRecovery = 1s;
-
-struct Account {
-    Duration spent{};
-    Clock::time_point last{};
-};
-
-Account& account() {
-    thread_local Account mine;
-    if (Clock::now() - mine.last > kRecovery)
-        mine.spent = {};
-    return mine;
-}
 
 } // namespace
 
-Duration left() {
-    return std::max(kLeast, (kInAll - account().spent) * 2 / 3);
+BusPatience::Duration BusPatience::left() {
+    const std::scoped_lock lock(mutex_);
+    dropOld();
+    const auto mine = accounts_.find(std::this_thread::get_id());
+    const auto spent = mine != accounts_.end() ? mine->second.spent : Duration::zero();
+    return std::max(kLeast, (kInAll - spent) * 2 / 3);
 }
 
-void spend(Duration waited) {
-    auto& mine = account();
+void BusPatience::spend(Duration waited) {
+    const std::scoped_lock lock(mutex_);
+    dropOld();
+    auto& mine = accounts_[std::this_thread::get_id()];
     mine.spent += waited;
     mine.last = Clock::now();
 }
 
-} // namespace velto::BusPatience
+void BusPatience::dropOld() {
+    std::erase_if(accounts_,
+                  [now = Clock::now()](const auto& entry) { return now - entry.second.last > kRecovery; });
+}
+
+} // namespace velto

@@ -2,17 +2,36 @@
 #pragma once
 
 #include <chrono>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace velto {
 
 /// Several programs of a desktop can hang at once, and one look at the screen asks several of them. A thread
-/// waits 0.3 s for the first that is silent and ever less for the next ones, so that what hangs takes less
-/// than 0.5 s of it in all; a second after the last vain wait it has its full patience again.
-namespace velto::BusPatience {
+/// waits 0.3 s for the first that is silent and less for the next ones (0.1 s, then 0.05 s each), so that the
+/// three that one look can come across take less than 0.5 s of it in all. A second after its last vain wait
+/// it has its full patience again. Any thread.
+class BusPatience {
+  public:
+    using Duration = std::chrono::microseconds;
 
-using Duration = std::chrono::microseconds;
+    /// For the calling thread's next wait.
+    Duration left();
+    /// The calling thread has waited in vain.
+    void spend(Duration waited);
 
-/// For the calling thread's next wait; never nothing.
-Duration left();
-/// The calling thread has waited in vain.
-void spend(Duration waited);
+  private:
+    using Clock = std::chrono::steady_clock;
+    struct Account {
+        Duration spent;
+        Clock::time_point last;
+    };
 
-} // namespace velto::BusPatience
+    void dropOld();
+
+    std::mutex mutex_;
+    std::map<std::thread::id, Account> accounts_;
+};
+
+} // namespace velto

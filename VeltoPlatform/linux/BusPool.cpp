@@ -1,8 +1,6 @@
 // Connections to one message bus for many threads.
 #include "VeltoPlatform/linux/BusPool.h"
 
-#include "VeltoPlatform/linux/BusPatience.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -34,8 +32,9 @@ BusPool::Lease::~Lease() {
         pool_->giveBack(std::move(bus_));
 }
 
-BusPool::BusPool(const std::string& address, const std::string& title, Report report)
-    : address_(address), report_(std::move(report)), serial_(nextSerial()),
+BusPool::BusPool(const std::string& address, const std::string& title, std::shared_ptr<BusPatience> patience,
+                 Report report)
+    : address_(address), patience_(std::move(patience)), report_(std::move(report)), serial_(nextSerial()),
       daemon_(makePeer("org.freedesktop.DBus", title, serial_)) {}
 
 BusPool::Lease BusPool::lease() {
@@ -58,14 +57,14 @@ BusPool::Lease BusPool::lease() {
 
     bus = Bus::start(address_);
     const auto begin = Clock::now();
-    if (bus && bus->becomesReady(BusPatience::left()))
+    if (bus && bus->becomesReady(patience_->left()))
         return {shared_from_this(), std::move(bus)};
     if (!bus || bus->closed()) {
         gone_ = true;
         return {};
     }
     // What is half open shows when the bus goes on.
-    BusPatience::spend(std::chrono::duration_cast<BusPatience::Duration>(Clock::now() - begin));
+    patience_->spend(std::chrono::duration_cast<BusPatience::Duration>(Clock::now() - begin));
     fellSilent(*daemon_);
     giveBack(std::move(bus));
     tell();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoPlatform/linux/Bus.h"
+#include "VeltoPlatform/linux/BusPatience.h"
 
 #include <atomic>
 #include <cstdint>
@@ -52,15 +53,18 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
 
     /// `title` is the bus for people. `report` gets a line when a program stops answering and when it goes
     /// on, on the thread that noticed; it may be empty.
-    BusPool(const std::string& address, const std::string& title, Report report);
+    /// `patience` may be shared by the pools of several buses.
+    BusPool(const std::string& address, const std::string& title, std::shared_ptr<BusPatience> patience,
+            Report report);
 
     /// First takes in what has arrived on the connections at rest. Waits for the bus's welcome only, within
-    /// `BusPatience`.
+    /// the patience.
     Lease lease();
     bool gone() const { return gone_; }
     /// The bus itself does not answer.
     bool silent() const { return daemon_->silent; }
     std::uint64_t serial() const { return serial_; }
+    BusPatience& patience() const { return *patience_; }
 
     /// The bus itself, as the peer that answers "org.freedesktop.DBus".
     const BusPeerRef& daemon() const { return daemon_; }
@@ -83,6 +87,7 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
     void giveBack(std::unique_ptr<Bus> bus);
 
     const std::string address_;
+    const std::shared_ptr<BusPatience> patience_;
     const Report report_;
     const std::uint64_t serial_;
     const BusPeerRef daemon_;

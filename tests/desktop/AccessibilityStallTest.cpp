@@ -1,0 +1,229 @@
+// Programs, registry, launcher and buses that stop, go on, end, start again or were never there.
+#include "VeltoShared/telephony/AX.h"
+#include "VeltoShared/telephony/Telephony.h"
+#include "tests/desktop/DesktopFixture.h"
+
+#include <dirent.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string kEndButton = R"({"role": 75, "name": "phone", "children": [
+    {"id": "end", "role": 43, "name": "End", "actions": ["Press"]}, {"role": 29, "name": "0:07"}]})";
+
+class AccessibilityStallTest : public DesktopTest {
+  protected:
+    /// Runs it and answers the same, unless it took half a second.
+    template <class Operation>
+    static auto soon(Operation operation) {
+        const auto begin = std::chrono::steady_clock::now();
+        const auto answer = operation();
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
+        return answer;
+    }
+
+    /// The process of this session that runs a program, below the launcher or a bus.
+    pid_t processOf(const std::string& name) {
+        return sessionProcess([&](pid_t pid) { return ProcessNames::name(pid) == name; });
+    }
+
+    struct ProcessNames {
+        static std::string name(pid_t pid) {
+            std::error_code error;
+            return std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error)
+                .filename()
+                .string();
+        }
+    };
+
+    template <class Is>
+    pid_t sessionProcess(Is is) {
+        // All that the session started has its bus in the environment.
+        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+            const auto pid = static_cast<pid_t>(std::atoi(entry.path().filename().c_str()));
+            if (pid > 1 && pid != desktop().bus()->pid() && is(pid) &&
+                readFile(entry.path() / "environ").find(desktop().busAddress()) != std::string::npos)
+                return pid;
+        }
+        ADD_FAILURE() << "no such process";
+        return -1;
+    }
+};
+
+TEST_F(AccessibilityStallTest, AStoppedProgramAnswersWhatItLastShowedUntilItGoesOn) {
+    auto unseen = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "unseen"}]})");
+    unseen.process.signal(SIGSTOP);
+    EXPECT_FALSE(soon(Telephony::callActive)); // it never answered
+    unseen.process.kill();
+    ASSERT_TRUE(eventually([this] { return workspace().runningApplications().empty(); }));
+
+    auto target = launchTarget(kEndButton);
+    ASSERT_TRUE(Telephony::callAnswered());
+    const auto before = reports().size();
+    target.process.signal(SIGSTOP);
+    EXPECT_TRUE(soon(Telephony::callAnswered));
+    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_TRUE(soon(Telephony::callActive));
+    target.process.signal(SIGCONT);
+    EXPECT_TRUE(eventually([] { return AX::press("End"); }));
+    EXPECT_EQ(nextLine(target), "pressed end by Press");
+    const auto who =
+        "accessibility: velto-scripted-target (pid " + std::to_string(target.process.pid()) + ") ";
+    const auto all = reports();
+    EXPECT_EQ(std::vector(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
+              (std::vector<std::string>{who + "does not answer; going by what it last showed",
+                                        who + "answers again"}));
+
+    target.process.signal(SIGSTOP);
+    EXPECT_TRUE(soon(Telephony::callActive));
+    target.process.kill();
+    EXPECT_TRUE(eventually([] { return !Telephony::callActive(); }));
+}
+
+TEST_F(AccessibilityStallTest, AnUnansweredPressIsNotRepeated) {
+    auto target = launchTarget(R"({"role": 75, "children": [
+        {"id": "end", "role": 43, "name": "End", "actions": ["Press"], "onPress": "stop"}]})");
+    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_TRUE(soon(Telephony::callActive));
+    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_NE(reports().back().find("a press in velto-scripted-target"), std::string::npos);
+    target.process.signal(SIGCONT);
+    EXPECT_EQ(nextLine(target), "pressed end by Press");
+    // Once it was answered, it may be pressed again; and only then.
+    EXPECT_TRUE(eventually([&] {
+        return reports().back().find("answers again") != std::string::npos || (AX::buttons(), false);
+    }));
+    EXPECT_TRUE(target.process.readLines().empty());
+    show(target, kEndButton);
+    EXPECT_TRUE(eventually([] { return AX::press("End"); }));
+    EXPECT_EQ(nextLine(target), "pressed end by Press");
+}
+
+TEST_F(AccessibilityStallTest, NothingWaitsForAStoppedRegistryLauncherOrBus) {
+    const auto target = launchTarget(kEndButton);
+    ASSERT_TRUE(Telephony::callAnswered());
+    const std::vector<std::pair<std::string, pid_t>> parts{
+        {"launcher", desktop().accessibility()->pid()},
+        {"session bus", desktop().bus()->pid()},
+        {"registry", processOf("at-spi2-registryd")},
+        {"accessibility bus", processOf("dbus-daemon")},
+    };
+    for (const auto& [name, pid] : parts) {
+        SCOPED_TRACE(name);
+        ASSERT_GT(pid, 1);
+        renewBackend();
+        ASSERT_TRUE(Telephony::callAnswered());
+        ::kill(pid, SIGSTOP);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(soon(Telephony::callAnswered));
+            EXPECT_TRUE(soon(AX::trusted));
+        }
+        ::kill(pid, SIGCONT);
+        EXPECT_TRUE(eventually([] {
+            AX::trusted();
+            return AX::press("End");
+        }));
+    }
+    // All of them at once, and the program.
+    renewBackend();
+    ASSERT_TRUE(Telephony::callAnswered());
+    for (const auto& [name, pid] : parts)
+        ::kill(pid, SIGSTOP);
+    target.process.signal(SIGSTOP);
+    EXPECT_TRUE(soon(Telephony::callAnswered));
+    for (const auto& [name, pid] : parts)
+        ::kill(pid, SIGCONT);
+    target.process.signal(SIGCONT);
+    EXPECT_TRUE(eventually([] { return AX::trusted() && AX::press("End"); }));
+}
+
+TEST_F(AccessibilityStallTest, AStoppedProgramHoldsUpNoOtherThread) {
+    auto target = launchTarget(kEndButton);
+    auto other = launchTarget(R"({"role": 75, "children": [{"role": 39, "copies": 5000}]})");
+    ASSERT_TRUE(Telephony::callActive());
+    std::thread reader([&] {
+        for (int i = 0; i < 3; ++i)
+            accessibility().read(std::vector<Accessibility::Request>{
+                {accessibility().application(other.process.pid()), Attribute::children}});
+        AX::scanAllApps("nothing");
+    });
+    for (int i = 0; i < 20; ++i) {
+        target.process.signal(i % 2 == 0 ? SIGSTOP : SIGCONT);
+        EXPECT_TRUE(soon(Telephony::callActive));
+        EXPECT_TRUE(soon(AX::trusted));
+    }
+    reader.join();
+}
+
+TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBack) {
+    auto target = launchTarget(kEndButton);
+    ASSERT_TRUE(AX::trusted());
+    const auto session = Bus::open(desktop().busAddress(), kDeadline);
+    const auto off =
+        session->method("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set");
+    sd_bus_message_append(off.get(), "ssv", "org.a11y.Status", "IsEnabled", "b", 0);
+    ASSERT_TRUE(session->call(off, kDeadline));
+    EXPECT_FALSE(AX::trusted());
+    AX::promptForTrust();
+    EXPECT_TRUE(eventually(AX::trusted));
+    EXPECT_EQ(reports(),
+              std::vector<std::string>{"accessibility: switched on; programs that were open before "
+                                       "may have to be restarted"});
+
+    // Its bus stays behind, without anybody to ask for it.
+    const pid_t orphan = processOf("dbus-daemon");
+    desktop().accessibility()->kill();
+    EXPECT_TRUE(eventually([] { return !AX::trusted(); }));
+    ASSERT_TRUE(desktop().restart());
+    EXPECT_TRUE(eventually(AX::trusted));
+    auto again = launchTarget(kEndButton);
+    EXPECT_TRUE(eventually(Telephony::callActive));
+    ::kill(orphan, SIGKILL);
+
+    // The launcher ends with its bus; whoever asks next starts both.
+    ::kill(processOf("dbus-daemon"), SIGKILL);
+    EXPECT_TRUE(eventually([] { return !AX::trusted(); }));
+    EXPECT_FALSE(Telephony::callActive());
+    AX::promptForTrust();
+    EXPECT_TRUE(eventually(AX::trusted));
+    auto third = launchTarget(kEndButton);
+    EXPECT_TRUE(eventually(Telephony::callActive));
+
+    desktop().bus()->kill();
+    EXPECT_FALSE(AX::trusted());
+    AX::promptForTrust();
+    EXPECT_EQ(reports().back(), "accessibility: cannot be switched on: there is no session message bus");
+}
+
+class WithoutAccessibilityTest : public DesktopTest {
+  protected:
+    WithoutAccessibilityTest() : DesktopTest(rehearsal::PrivateDesktopOptions()) {}
+};
+
+TEST_F(WithoutAccessibilityTest, OnlyTheTablesProcessesAreListed) {
+    EXPECT_FALSE(AX::trusted());
+    EXPECT_FALSE(Telephony::callActive());
+    EXPECT_TRUE(workspace().runningApplications().empty());
+    const LinuxWorkspace::OpenURL none;
+    LinuxWorkspace sleeping(accessibility(), none, {{"sleep", {"one", "two"}}});
+    auto process = launch({"sleep", "1000"});
+    std::vector<std::string> found;
+    ASSERT_TRUE(eventually([&] {
+        found.clear();
+        for (const auto& application : sleeping.runningApplications())
+            if (application.pid == process.pid())
+                found.push_back(application.bundleID);
+        return !found.empty();
+    }));
+    EXPECT_EQ(found, (std::vector<std::string>{"one", "two"}));
+}
+
+} // namespace
+} // namespace velto::test

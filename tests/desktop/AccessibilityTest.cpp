@@ -1,0 +1,158 @@
+// Reading and pressing the elements of a program on a real accessibility bus, whatever shape they have.
+#include "VeltoShared/telephony/AX.h"
+#include "VeltoShared/telephony/ElementWalk.h"
+#include "tests/desktop/DesktopFixture.h"
+#include "tests/support/ManualClock.h"
+
+#include <algorithm>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+
+const std::string kEndButton = R"({"role": 75, "name": "phone", "children": [{"id": "end", "role": 43,
+    "name": "End", "actions": ["Press"]}]})";
+
+Texts described() {
+    Texts texts;
+    for (const auto& button : AX::buttons())
+        texts.push_back(button.description);
+    return texts;
+}
+
+std::map<std::string, int> phoneRoles() {
+    return AX::roleCounts(AX::kPhoneApp);
+}
+
+TEST_F(DesktopTest, AnElementsRoleSaysWhereItsTextsAre) {
+    const auto target = launchTarget(R"({"role": 75, "name": "phone", "children": [
+        {"role": 43, "name": "named", "description": "tip", "at": [30, -40]},
+        {"role": 43, "description": "described"},
+        {"role": 43},
+        {"role": 29, "name": "label", "text": "label"},
+        {"role": 29, "text": "only text"},
+        {"role": 39, "name": "group", "description": "about"},
+        {"role": 61, "text": "line", "name": "field"},
+        {"role": 61, "text": "lines", "multiLine": true},
+        {"role": 51, "value": 0.5, "name": "volume"},
+        {"role": 101, "name": "note"},
+        {"role": 4711, "name": "later"},
+        {"role": 39, "hidden": true, "children": [{"role": 43, "name": "not shown"}]},
+        {"role": 43, "hidden": true, "name": "not shown either"}]})");
+
+    const auto buttons = AX::buttons();
+    ASSERT_EQ(described(), (Texts{"named", "described"}));
+    EXPECT_EQ(buttons[0].x, 30);
+    EXPECT_EQ(buttons[0].y, -40);
+    EXPECT_EQ(buttons[1].x, 0); // it has no place
+    EXPECT_EQ(AX::texts(), (Texts{"label", "only text", "note"}));
+
+    Texts seen;
+    for (const auto& info : AX::scanAllApps("", std::string(AX::kPhoneApp)))
+        seen.push_back(info.role + "|" + info.title + "|" + info.description + "|" + info.value);
+    EXPECT_EQ(seen, (Texts{"AXApplication|phone||", "AXButton|named|named|", "AXButton|described|described|",
+                           "AXButton|||", "AXStaticText|||label", "AXStaticText|||only text",
+                           "AXGroup|group|about|", "AXTextField|field||line", "AXTextArea|||lines",
+                           "AXSlider|volume||", "AXGenericElement|note||", "AXUnknown|later||", "AXGroup|||",
+                           "AXButton|||"}));
+    const auto volume = accessibility().read(
+        std::vector<Accessibility::Request>{{childrenOf(target).at(8), Attribute::value}});
+    EXPECT_EQ(std::get<double>(volume[0].value), 0.5);
+}
+
+TEST_F(DesktopTest, TreesOfEveryShapeEnd) {
+    const Loop loop; // time stands still: a machine under load takes as long as it needs
+    auto target =
+        launchTarget(R"({"role": 75, "children": [{"id": "a", "role": 39, "children": ["a", "root"]}]})");
+    int visited = 0;
+    ElementWalk::run(
+        accessibility(), accessibility().application(target.process.pid()), AX::kBudget,
+        [](const std::string&) { return ElementWalk::Plan{}; },
+        [&](const ElementWalk::Visited&) {
+            ++visited;
+            return ElementWalk::Answer::descend;
+        });
+    EXPECT_EQ(visited, 20'000);
+
+    show(target, R"({"role": 75, "children": [{"role": 39, "levels": 100}]})");
+    EXPECT_EQ(phoneRoles()["AXGroup"], 79);
+
+    show(target, R"({"role": 75, "children": [{"role": 43, "name": "b", "copies": 20000}]})");
+    EXPECT_EQ(described().size(), 19'999u);
+
+    show(target, R"({"role": 75, "endsAfter": 300, "children": [{"role": 43, "name": "b", "copies": 200}]})");
+    const auto before = described();
+    EXPECT_FALSE(before.empty());
+    EXPECT_LT(before.size(), 200u);
+
+    const auto child = [](const std::string& more) {
+        return R"({"role": 39, "broken": ")" + more +
+               R"(", "name": "x", "children": [{"role": 43, "name": "x"}]})";
+    };
+    show(target, R"({"role": 75, "children": [)" + child("error") + "," + child("types") +
+                     R"(, {"role": 43, "broken": "types"}, {"role": 43, "name": "whole"}, "nowhere"]})");
+    EXPECT_EQ(described(), Texts{"whole"});
+
+    const std::string large(1'000'000, 'x');
+    show(target, R"({"role": 75, "children": [{"role": 43, "name": "\u00e9)" + large + R"("},
+        {"role": 43, "name": "a\ttab, \ud83d\ude00"}]})");
+    EXPECT_EQ(described(), (Texts{"\u00e9" + large, "a\ttab, \U0001F600"}));
+}
+
+TEST_F(DesktopTest, AnElementIsPressedByTheActionThatAClickHas) {
+    auto target = launchTarget(R"({"role": 75, "children": [
+        {"id": "qt", "role": 43, "name": "Qt", "actions": ["SetFocus", "Press"]},
+        {"id": "gtk", "role": 43, "name": "GTK", "actions": ["click"]},
+        {"id": "other", "role": 43, "name": "Other", "actions": ["Show", "Activate"]},
+        {"role": 43, "name": "Menu", "actions": ["ShowMenu", "SetFocus"]},
+        {"role": 43, "name": "Mute"},
+        {"role": 43, "name": "No", "actions": ["Press"], "onPress": "refuse"},
+        {"role": 43, "name": "Off", "actions": ["Press"], "disabled": true}]})");
+    EXPECT_TRUE(AX::press("qt"));
+    EXPECT_EQ(nextLine(target), "pressed qt by Press");
+    EXPECT_TRUE(AX::press("gtk"));
+    EXPECT_EQ(nextLine(target), "pressed gtk by click");
+    EXPECT_TRUE(AX::press("other"));
+    EXPECT_EQ(nextLine(target), "pressed other by Activate");
+    for (const auto* name : {"Menu", "Mute", "No", "Off", "Absent"})
+        EXPECT_FALSE(AX::press(name)) << name;
+
+    // Between the reading and the press.
+    show(target, kEndButton);
+    const auto end = childrenOf(target).at(0);
+    show(target,
+         R"({"role": 75, "children": [{"id": "end", "role": 43, "actions": ["Press"], "disabled": true}]})");
+    EXPECT_FALSE(accessibility().press(end));
+    show(target, R"({"role": 75})");
+    EXPECT_FALSE(accessibility().press(end));
+    show(target, kEndButton);
+    EXPECT_TRUE(accessibility().press(end));
+    EXPECT_EQ(nextLine(target), "pressed end by Press");
+    EXPECT_FALSE(accessibility().press(accessibility().application(target.process.pid())));
+    EXPECT_FALSE(accessibility().press(nullptr));
+}
+
+TEST_F(DesktopTest, ApplicationsAreListedInOrderAndGoneWhenTheyEnd) {
+    auto first = launchTarget(kEndButton);
+    auto second = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "second"}]})");
+    std::vector<std::pair<std::string, pid_t>> listed;
+    for (const auto& application : workspace().runningApplications())
+        listed.emplace_back(application.bundleID, application.pid);
+    EXPECT_EQ(listed, (std::vector<std::pair<std::string, pid_t>>{
+                          {"com.apple.mobilephone", first.process.pid()},
+                          {"com.apple.notificationcenterui", first.process.pid()},
+                          {"com.apple.mobilephone", second.process.pid()},
+                          {"com.apple.notificationcenterui", second.process.pid()}}));
+    EXPECT_TRUE(AX::texts().empty());
+    EXPECT_EQ(AX::scanAllApps("second", std::string(AX::kPhoneApp)).size(), 1u);
+
+    first.process.kill();
+    EXPECT_EQ(described(), Texts{});
+    EXPECT_TRUE(eventually([] { return AX::texts() == Texts{"second"}; }));
+    EXPECT_EQ(reports(), Texts{});
+}
+
+} // namespace
+} // namespace velto::test

@@ -1,0 +1,239 @@
+// A program that takes part in the accessibility bus with whatever elements a test describes.
+//
+// Standard input is the description; "org.velto.Target.Show" on "/" replaces it. It writes "ready NAME" with
+// its name on the bus, and "pressed ID" for every press that it carried out.
+//
+// An element: "id" (its path's last part), "role", "name", "description", "text", "value", "at" [x, y],
+// "actions", "children" (elements, or the ids of others); "disabled", "hidden", "multiLine"; "copies" (so
+// many of it) and "levels" (so many of it, one inside the other); "onPress": "stop" (stops this process,
+// carries it out when continued) or "refuse"; "broken": "error" or "types" for all that it answers but its
+// role; "endsAfter": so many answers of the program after which nothing but the first element is there.
+#include "VeltoPlatform/linux/AtspiCalls.h"
+#include "VeltoPlatform/linux/AtspiRoles.h"
+
+#include <boost/json.hpp>
+
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <string_view>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+namespace json = boost::json;
+
+const std::string kFolder = "/org/a11y/atspi/accessible/";
+
+struct Node {
+    json::object spec;
+    std::vector<std::string> children; ///< ids
+};
+
+class Target {
+  public:
+    explicit Target(std::unique_ptr<Bus> bus) : bus_(std::move(bus)) {}
+
+    void show(std::string_view description) {
+        nodes_.clear();
+        unnamed_ = 0;
+        answers_ = 0;
+        add(json::parse(description).as_object(), "root");
+    }
+
+    int serve() {
+        sd_bus_add_filter(
+            bus_->handle(), nullptr,
+            [](sd_bus_message* message, void* target, sd_bus_error*) {
+                return static_cast<Target*>(target)->answer(message);
+            },
+            this);
+        const char* name = nullptr;
+        sd_bus_get_unique_name(bus_->handle(), &name);
+        const auto embed =
+            bus_->method(AtspiCalls::kRegistry, AtspiCalls::kRoot, "org.a11y.atspi.Socket", "Embed");
+        sd_bus_message_append(embed.get(), "(so)", name, AtspiCalls::kRoot);
+        bool embedded = false;
+        bus_->send(embed, 10s, [&](const BusReply& reply) {
+            embedded = static_cast<bool>(reply);
+            std::printf(embedded ? "ready %s\n" : "not embedded %s\n", name);
+            std::fflush(stdout);
+        });
+        while (bus_->alive())
+            bus_->process(3600s);
+        return embedded ? 0 : 1;
+    }
+
+  private:
+    std::string add(const json::object& spec, std::string id) {
+        if (id.empty())
+            id = spec.contains("id") ? json::value_to<std::string>(spec.at("id"))
+                                     : "n" + std::to_string(unnamed_++);
+        Node node{.spec = spec, .children = {}};
+        const auto levels = count(spec, "levels");
+        if (levels > 1) {
+            auto inner = spec;
+            inner["levels"] = levels - 1;
+            node.children.push_back(add(inner, ""));
+        } else if (const auto* children = spec.if_contains("children")) {
+            for (const auto& child : children->as_array())
+                if (child.is_string())
+                    node.children.emplace_back(child.as_string());
+                else
+                    for (auto copy = count(child.as_object(), "copies"); copy > 0; --copy)
+                        node.children.push_back(add(child.as_object(), ""));
+        }
+        nodes_[id] = std::move(node);
+        return id;
+    }
+
+    static std::int64_t count(const json::object& spec, const char* key) {
+        const auto* value = spec.if_contains(key);
+        return value ? value->as_int64() : 1;
+    }
+
+    static std::string text(const json::object& spec, const char* key) {
+        const auto* value = spec.if_contains(key);
+        return value ? json::value_to<std::string>(*value) : "";
+    }
+
+    int answer(sd_bus_message* call) {
+        if (sd_bus_message_is_method_call(call, "org.velto.Target", "Show") > 0) {
+            const char* description = nullptr;
+            sd_bus_message_read(call, "s", &description);
+            show(description);
+            return sd_bus_reply_method_return(call, "");
+        }
+        const char* path = sd_bus_message_get_path(call);
+        if (!path || !std::string_view(path).starts_with(kFolder) ||
+            sd_bus_message_is_method_call(call, nullptr, nullptr) <= 0)
+            return 0;
+        const auto id = std::string(path).substr(kFolder.size());
+        const auto found = nodes_.find(id);
+        const auto& root = nodes_["root"].spec;
+        const bool ended = root.contains("endsAfter") && ++answers_ > count(root, "endsAfter");
+        if (found == nodes_.end() || (ended && id != "root"))
+            return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
+        const std::string_view member = sd_bus_message_get_member(call);
+        const auto broken = text(found->second.spec, "broken");
+        if (!broken.empty() && member != "GetRole")
+            return broken == "error" ? sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "broken")
+                                     : sd_bus_reply_method_return(call, "t", std::uint64_t{7});
+        return answerFor(id, found->second, member, call);
+    }
+
+    int answerFor(const std::string& id, const Node& node, std::string_view member, sd_bus_message* call) {
+        const auto& spec = node.spec;
+        if (member == "GetRole")
+            return sd_bus_reply_method_return(call, "u", static_cast<std::uint32_t>(count(spec, "role")));
+        if (member == "GetState")
+            return sd_bus_reply_method_return(call, "au", 2, state(spec), 0);
+        if (member == "GetChildren")
+            return reply(call, [&](sd_bus_message* out) {
+                const char* name = nullptr;
+                sd_bus_get_unique_name(bus_->handle(), &name);
+                sd_bus_message_open_container(out, 'a', "(so)");
+                for (const auto& child : node.children)
+                    sd_bus_message_append(out, "(so)", name, (kFolder + child).c_str());
+                sd_bus_message_append(out, "(so)", "", "/org/a11y/atspi/null");
+                sd_bus_message_close_container(out);
+            });
+        if (member == "Get")
+            return answerProperty(spec, call);
+        if (member == "GetText" && spec.contains("text"))
+            return sd_bus_reply_method_return(call, "s", text(spec, "text").c_str());
+        if (member == "GetExtents" && spec.contains("at"))
+            return sd_bus_reply_method_return(call, "(iiii)",
+                                              static_cast<int>(spec.at("at").at(0).as_int64()),
+                                              static_cast<int>(spec.at("at").at(1).as_int64()), 10, 10);
+        if (member == "GetActions" && spec.contains("actions"))
+            return reply(call, [&](sd_bus_message* out) {
+                sd_bus_message_open_container(out, 'a', "(sss)");
+                for (const auto& action : spec.at("actions").as_array())
+                    sd_bus_message_append(out, "(sss)", action.as_string().c_str(), "", "");
+                sd_bus_message_close_container(out);
+            });
+        if (member == "DoAction" && spec.contains("actions"))
+            return press(id, spec, call);
+        return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "no such interface");
+    }
+
+    static int answerProperty(const json::object& spec, sd_bus_message* call) {
+        const char* interface = nullptr;
+        const char* name = nullptr;
+        sd_bus_message_read(call, "ss", &interface, &name);
+        const std::string_view property = name;
+        if (property == "Name" || property == "Description")
+            return sd_bus_reply_method_return(
+                call, "v", "s", text(spec, property == "Name" ? "name" : "description").c_str());
+        if (property == "CurrentValue" && spec.contains("value"))
+            return sd_bus_reply_method_return(call, "v", "d", spec.at("value").to_number<double>());
+        return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_PROPERTY, "no such property");
+    }
+
+    static int press(const std::string& id, const json::object& spec, sd_bus_message* call) {
+        int action = 0;
+        sd_bus_message_read(call, "i", &action);
+        const auto how = text(spec, "onPress");
+        if (how == "stop")
+            std::raise(SIGSTOP);
+        if (how != "refuse") {
+            const auto& name = spec.at("actions").as_array()[static_cast<std::size_t>(action)].as_string();
+            std::printf("pressed %s by %s\n", id.c_str(), name.c_str());
+            std::fflush(stdout);
+        }
+        return sd_bus_reply_method_return(call, "b", how == "refuse" ? 0 : 1);
+    }
+
+    static std::uint32_t state(const json::object& spec) {
+        std::uint32_t bits = 0;
+        if (!spec.contains("disabled"))
+            bits |= 1u << AtspiState::enabled | 1u << AtspiState::sensitive;
+        else
+            bits |= 1u << 11u; // focusable
+        if (!spec.contains("hidden"))
+            bits |= 1u << AtspiState::visible;
+        if (spec.contains("multiLine"))
+            bits |= 1u << AtspiState::multiLine;
+        return bits;
+    }
+
+    template <class Fill>
+    static int reply(sd_bus_message* call, Fill fill) {
+        sd_bus_message* raw = nullptr;
+        sd_bus_message_new_method_return(call, &raw);
+        const BusMessage out(raw);
+        fill(raw);
+        const int sent = sd_bus_send(nullptr, raw, nullptr);
+        return sent < 0 ? sent : 1;
+    }
+
+    std::unique_ptr<Bus> bus_;
+    std::map<std::string, Node> nodes_;
+    int unnamed_ = 0;
+    std::int64_t answers_ = 0;
+};
+
+std::unique_ptr<Bus> openAccessibilityBus() {
+    const auto session = Bus::open(Bus::sessionAddress(), 10s);
+    if (!session)
+        return nullptr;
+    const auto address = AtspiCalls::text(
+        session->call(session->method("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"), 10s));
+    return address ? Bus::open(*address, 10s) : nullptr;
+}
+
+} // namespace
+} // namespace velto::test
+
+int main() {
+    auto bus = velto::test::openAccessibilityBus();
+    if (!bus)
+        return 2;
+    velto::test::Target target(std::move(bus));
+    target.show(std::string(std::istreambuf_iterator<char>(std::cin), {}));
+    return target.serve();
+}
