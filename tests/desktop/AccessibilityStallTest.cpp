@@ -211,8 +211,7 @@ TEST_F(WithoutAccessibilityTest, OnlyTheTablesProcessesAreListed) {
     EXPECT_FALSE(AX::trusted());
     EXPECT_FALSE(Telephony::callActive());
     EXPECT_TRUE(workspace().runningApplications().empty());
-    const LinuxWorkspace::OpenURL none;
-    LinuxWorkspace sleeping(accessibility(), none, {{"sleep", {"one", "two"}}});
+    LinuxWorkspace sleeping(accessibility(), {{"sleep", {"one", "two"}}});
     auto process = launch({"sleep", "1000"});
     std::vector<std::string> found;
     ASSERT_TRUE(eventually([&] {

@@ -28,7 +28,7 @@ void DesktopTest::renewBackend() {
         desktop_->busAddress());
     auto table = LinuxWorkspace::defaultTable();
     table.front().executable = "velto-scripted-target";
-    workspace_ = std::make_unique<LinuxWorkspace>(*accessibility_, LinuxWorkspace::OpenURL(), table);
+    workspace_ = std::make_unique<LinuxWorkspace>(*accessibility_, table);
     auto parts = platform();
     parts.accessibility = accessibility_.get();
     parts.workspace = workspace_.get();

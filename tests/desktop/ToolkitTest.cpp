@@ -19,7 +19,7 @@ class ToolkitTest : public DesktopTest {
     /// Makes a program's only process the phone app and the notification centre.
     void adopt(const std::string& executable) {
         adopted_ = std::make_unique<LinuxWorkspace>(
-            accessibility(), LinuxWorkspace::OpenURL(),
+            accessibility(),
             std::vector<KnownApplication>{
                 {executable, {std::string(AX::kPhoneApp), std::string(AX::kNotificationCenter)}}});
         auto parts = platform();
