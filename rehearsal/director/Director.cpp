@@ -335,6 +335,7 @@ void Rehearsal::finish(bool played) {
     inquiry_.reset();
     const auto log = readFile(surroundings_.applicationLog()).value_or("");
     measurements_.applicationStats = lastStats(log);
+    evidence_.filesWithKey = surroundings_.filesWithKey();
     auto found = troubles_;
     if (evidence_.dialled && stage_.failure().empty())
         for (auto& fault : faults(scenario_, evidence_))

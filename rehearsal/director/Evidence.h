@@ -77,6 +77,7 @@ class Evidence {
     std::optional<CallEntry> record;
     DefaultDevices defaultsBefore;
     DefaultDevices defaultsAfter;
+    std::vector<std::string> filesWithKey; ///< in which the API key can be read
     /// The longest that the application took to answer while the phone app stood still, s.
     std::optional<double> longestHold;
 

@@ -14,15 +14,19 @@
 namespace velto::rehearsal {
 namespace {
 
-/// With characters that must be escaped on the way to the server.
-std::string freshKey() {
+/// Twenty digits that nothing else has.
+std::string freshMark() {
     std::random_device random;
-    return "rehearsal key/" + std::to_string(random()) + "&" + std::to_string(random());
+    std::uniform_int_distribution<std::uint64_t> digits(1'000'000'000, 9'999'999'999);
+    return std::to_string(digits(random)) + std::to_string(digits(random));
 }
 
 } // namespace
 
-Surroundings::Surroundings(std::filesystem::path folder) : folder_(std::move(folder)), apiKey_(freshKey()) {}
+Surroundings::Surroundings(std::filesystem::path folder)
+    : folder_(std::move(folder)), keyMark_(freshMark()),
+      // With characters that must be escaped on the way to the server.
+      apiKey_("rehearsal key/" + keyMark_ + "&") {}
 
 bool Surroundings::prepare() {
     auto environment = makePrivateFolders(folder_);
@@ -57,6 +61,18 @@ std::string Surroundings::environmentForPeople(const std::map<std::string, std::
     for (const auto& [name, value] : sound)
         text.append(" ").append(name).append("=").append(value);
     return text;
+}
+
+std::vector<std::string> Surroundings::filesWithKey() const {
+    namespace fs = std::filesystem;
+    std::vector<std::string> found;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder_, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error))
+        if (std::error_code ignored; entry->is_regular_file(ignored) &&
+                                     readFile(entry->path()).value_or("").find(keyMark_) != std::string::npos)
+            found.push_back(entry->path().lexically_relative(folder_));
+    return found;
 }
 
 std::filesystem::path Surroundings::applicationLog() const {

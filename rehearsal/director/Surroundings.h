@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace velto::rehearsal {
 
@@ -29,10 +30,13 @@ class Surroundings {
     /// Makes this process one of that environment.
     static void enter(const Environment& environment);
     const std::string& apiKey() const { return apiKey_; }
+    /// Files below the folder in which the API key can be read.
+    std::vector<std::string> filesWithKey() const;
 
   private:
     std::filesystem::path folder_;
     Environment environment_;
+    std::string keyMark_; ///< the part of the key that looks the same in every encoding
     std::string apiKey_;
 };
 

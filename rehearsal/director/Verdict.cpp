@@ -189,6 +189,8 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     checkInterruptions(scenario, evidence, found);
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);
+    for (const auto& file : evidence.filesWithKey)
+        found.push_back("the API key can be read in the file " + file);
     if (evidence.longestHold && *evidence.longestHold > kLongestHold)
         found.push_back("the application took " +
                         std::to_string(static_cast<int>(*evidence.longestHold * 1000)) +

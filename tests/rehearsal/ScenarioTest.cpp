@@ -159,6 +159,7 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
                  "Caller: Hello?\nAgent: A long story begins here.\nCaller: Stop.\nAgent: Bye.";
          },
          "the record's line 2 is"},
+        {[](Evidence& e) { e.filesWithKey = {"log"}; }, "the API key can be read in the file log"},
         {[](Evidence& e) { e.longestHold = 0.6; }, "the application took 600 ms to answer"},
         {[](Evidence& e) { e.closeCode = 1006; },
          "the application left the voice server with close code 1006"},
