@@ -150,11 +150,11 @@ TEST_F(Keyring, PromptsAreFollowed) {
         EXPECT_EQ(fake.prompts(), 2);
     }
     {
-        const FakeSecretService fake(desktop->busAddress(), {.lockedItem = true});
+        const FakeSecretService fake(desktop->busAddress(), {.alias = "login", .lockedItem = true});
         EXPECT_EQ(find(secrets), Found(success, FakeSecretService::key));
     }
     {
-        FakeSecretService fake(desktop->busAddress(), {.collection = false});
+        FakeSecretService fake(desktop->busAddress(), {.alias = ""});
         EXPECT_EQ(find(secrets).first, notFound);
         EXPECT_EQ(secrets.remove(kService, "one"), notFound);
         EXPECT_EQ(fake.prompts(), 0);
@@ -206,6 +206,16 @@ TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
         auto secrets = store();
         EXPECT_EQ(find(secrets).first, failed) << step;
     }
+    limits.prompt = 20s;
+    auto patient = store();
+    std::optional<FakeSecretService> fake;
+    fake.emplace(desktop->busAddress(),
+                 FakeSecretService::Behaviour{.locked = true, .user = FakeSecretService::User::isAway});
+    std::thread asking([&] { EXPECT_EQ(find(patient).first, failed); });
+    while (fake->prompts() == 0)
+        std::this_thread::yield();
+    fake.reset();
+    asking.join();
     limits.operation = 200ms;
     for (const char* step : {"SearchItems", "GetSecret", "Prompt"}) {
         const FakeSecretService fake(desktop->busAddress(), {.locked = true, .silentAt = step});
