@@ -65,12 +65,6 @@ struct Keyring : ::testing::Test {
         const auto status = store.find(kService, account, data);
         return {status, data};
     }
-    std::chrono::milliseconds timed(const std::function<void()>& work) {
-        const auto begin = std::chrono::steady_clock::now();
-        work();
-        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                                     begin);
-    }
 };
 
 using Found = std::pair<SecretStatus, std::string>;
@@ -114,7 +108,7 @@ TEST_F(Keyring, ALockedOneWithNobodyThereIsAskedOnce) {
     ASSERT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
     ASSERT_TRUE(desktop->restartKeyring(false));
     EXPECT_EQ(secrets.state(), "system keyring, locked");
-    EXPECT_LT(timed([&] { EXPECT_EQ(find(secrets).first, locked); }), limits.operation);
+    EXPECT_EQ(find(secrets).first, locked);
     EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), locked);
     EXPECT_EQ(secrets.remove(kService, "one"), locked);
     ASSERT_EQ(reports.size(), 1u);
@@ -156,11 +150,11 @@ TEST_F(Keyring, PromptsAreFollowed) {
         EXPECT_EQ(fake.prompts(), 2);
     }
     {
-        const FakeSecretService fake(desktop->busAddress(), {.lockedItem = true});
+        const FakeSecretService fake(desktop->busAddress(), {.alias = "login", .lockedItem = true});
         EXPECT_EQ(find(secrets), Found(success, FakeSecretService::key));
     }
     {
-        FakeSecretService fake(desktop->busAddress(), {.collection = false});
+        FakeSecretService fake(desktop->busAddress(), {.alias = ""});
         EXPECT_EQ(find(secrets).first, notFound);
         EXPECT_EQ(secrets.remove(kService, "one"), notFound);
         EXPECT_EQ(fake.prompts(), 0);
@@ -194,7 +188,7 @@ TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
         }
     }
     FakeSecretService fake(desktop->busAddress(), {.asksToDelete = true, .user = User::isAway});
-    SecretServiceStore restless(report, {.prompt = 50ms, .peace = 0ms});
+    SecretServiceStore restless(report, {.operation = 5s, .prompt = 50ms, .peace = 0ms});
     EXPECT_EQ(restless.remove(kService, "one"), locked);
     EXPECT_EQ(restless.remove(kService, "one"), locked);
     EXPECT_EQ(fake.prompts(), 1); // which is still on the screen
@@ -212,6 +206,16 @@ TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
         auto secrets = store();
         EXPECT_EQ(find(secrets).first, failed) << step;
     }
+    limits.prompt = 20s;
+    auto patient = store();
+    std::optional<FakeSecretService> fake;
+    fake.emplace(desktop->busAddress(),
+                 FakeSecretService::Behaviour{.locked = true, .user = FakeSecretService::User::isAway});
+    std::thread asking([&] { EXPECT_EQ(find(patient).first, failed); });
+    while (fake->prompts() == 0)
+        std::this_thread::yield();
+    fake.reset();
+    asking.join();
     limits.operation = 200ms;
     for (const char* step : {"SearchItems", "GetSecret", "Prompt"}) {
         const FakeSecretService fake(desktop->busAddress(), {.locked = true, .silentAt = step});
@@ -224,7 +228,7 @@ TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
 struct KeyFile : Keyring {
     SimulatedPreferences preferences;
     std::filesystem::path file = folder.path() / "data/org.velto.Velto/keys/keys.json";
-    LinuxSecretStore secrets{preferences, file, report};
+    LinuxSecretStore secrets{preferences, file, report, limits};
 
     void SetUp() override { ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1); }
     void allow() { preferences.set(LinuxSecretStore::kFilePreference, true); }
@@ -299,21 +303,18 @@ TEST_F(KeyFile, KeepsOthersOutAndWhatItCannotRead) {
         EXPECT_EQ(line.find(kSecret), std::string::npos) << line;
 }
 
-TEST_F(KeyFile, ManyWritersLoseNothing) {
+TEST_F(KeyFile, TwoProcessesLoseNothing) {
     const auto write = [this](const char* writer) {
         FileSecretStore mine(file, {});
-        bool well = true;
         for (int i = 0; i < 20; ++i)
-            well &= mine.add({kService, writer + std::to_string(i), kSecret, {}}) == success;
-        return well;
+            EXPECT_EQ(mine.add({kService, writer + std::to_string(i), kSecret, {}}), success);
     };
     const pid_t child = ::fork();
+    write(child == 0 ? "child" : "parent");
     if (child == 0)
-        ::_exit(write("child") ? 0 : 1);
-    EXPECT_TRUE(write("parent"));
+        ::_exit(HasFailure() ? 1 : 0);
     int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(::waitpid(child, &status, 0) == child && status == 0) << status;
     FileSecretStore keys(file, {});
     for (int i = 0; i < 40; ++i)
         EXPECT_EQ(find(keys, (i % 2 ? "child" : "parent") + std::to_string(i / 2)), Found(success, kSecret));

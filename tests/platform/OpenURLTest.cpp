@@ -45,6 +45,11 @@ exec sleep 60
         registerHandler("phone", "x-scheme-handler/tel-phoneapp", handler.string() + " %u");
     }
 
+    std::unique_ptr<rehearsal::PrivateDesktop> startSession() {
+        auto started = rehearsal::PrivateDesktop::start(folder.path(), environment, {});
+        environment = (*started)->environment();
+        return std::move(*started);
+    }
     fs::path program(const std::string& name, const std::string& text) {
         const auto file = folder.path() / name;
         std::ofstream(file) << "#!/bin/sh\n" << text;
@@ -110,10 +115,8 @@ TEST_F(Opening, NothingThatCanBeStartedIsNo) {
 }
 
 TEST_F(Opening, AStoppedBusHoldsNobodyAndNothingOpensLater) {
-    auto desktop = rehearsal::PrivateDesktop::start(folder.path(), environment, {});
-    ASSERT_TRUE(desktop);
-    environment = (*desktop)->environment();
-    auto& bus = *(*desktop)->bus();
+    const auto desktop = startSession();
+    auto& bus = *desktop->bus();
     bus.signal(SIGSTOP);
     EXPECT_FALSE(opens("tel-phoneapp:0", "--open-within-limit")); // and ends, although its thread waits
     auto opener = start("--open-and-stay", "tel-phoneapp:1");
@@ -145,11 +148,9 @@ TEST_F(Opening, AFileIsShownByTheFileManagerOrItsFolderIs) {
     EXPECT_TRUE(lines[1].ends_with((folder.path() / "tmp").string())) << lines[1];
     ::kill(std::stoi(lines[2]), SIGKILL);
 
-    auto desktop = rehearsal::PrivateDesktop::start(folder.path(), environment, {});
-    ASSERT_TRUE(desktop);
-    environment = (*desktop)->environment();
+    const auto desktop = startSession();
     fs::remove(seen);
-    const auto manager = Bus::open((*desktop)->busAddress(), 2s);
+    const auto manager = Bus::open(desktop->busAddress(), 2s);
     ASSERT_TRUE(manager);
     std::string shown;
     sd_bus_add_filter(

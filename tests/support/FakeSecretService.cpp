@@ -69,11 +69,14 @@ int FakeSecretService::answer(sd_bus_message* message) {
         return 1;
     if (is("OpenSession"))
         return sd_bus_reply_method_return(message, "vo", "s", "", "/org/freedesktop/secrets/session/s1");
-    if (is("ReadAlias"))
-        return sd_bus_reply_method_return(message, "o", behaviour_.collection ? kCollection : kNone);
+    if (is("ReadAlias")) {
+        const char* alias = "";
+        sd_bus_message_read(message, "s", &alias);
+        return sd_bus_reply_method_return(message, "o", behaviour_.alias == alias ? kCollection : kNone);
+    }
     if (is("CreateCollection"))
         return sd_bus_reply_method_return(message, "oo", kNone,
-                                          ask([this] { behaviour_.collection = true; }));
+                                          ask([this] { behaviour_.alias = "default"; }));
     if (is("Get"))
         return sd_bus_reply_method_return(message, "v", "b", behaviour_.locked ? 1 : 0);
     if (is("Unlock")) {

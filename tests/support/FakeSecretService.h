@@ -16,7 +16,7 @@ class FakeSecretService {
   public:
     enum class User { answers, dismisses, isAway };
     struct Behaviour {
-        bool collection = true;
+        std::string alias = "default"; ///< of the collection; empty: there is none
         bool locked = false;
         bool lockedItem = false;
         bool asksToDelete = false;
