@@ -37,12 +37,12 @@ std::vector<AtspiApplication> AtspiApplications::list(const BusPool::Lease& leas
                  });
     exchange.finish();
     if (!exchange.gaveUp(*registry))
-        findPids(lease, memory, std::move(places));
+        findPids(lease, memory, places);
     return last();
 }
 
 void AtspiApplications::findPids(const BusPool::Lease& lease, AtspiMemory& memory,
-                                 std::vector<std::pair<std::string, std::string>> places) {
+                                 const std::vector<std::pair<std::string, std::string>>& places) {
     auto& pool = lease.pool();
     // A bus never gives a name to a second program, so that a pid holds as long as the name.
     std::map<std::string, pid_t> pids;
@@ -72,12 +72,12 @@ void AtspiApplications::findPids(const BusPool::Lease& lease, AtspiMemory& memor
         return;
 
     std::vector<AtspiApplication> found;
-    for (auto& [name, path] : places)
+    for (const auto& [name, path] : places)
         if (const auto pid = pids.find(name); pid != pids.end()) {
             const auto executable = ProcessFiles::executable(pid->second);
             const auto title = (executable.empty() ? "a program" : executable) + " (pid " +
                                std::to_string(pid->second) + ")";
-            found.push_back({pool.peer(name, title), std::move(path), pid->second});
+            found.push_back({pool.peer(name, title), path, pid->second});
         }
     const std::scoped_lock lock(mutex_);
     last_ = std::move(found);

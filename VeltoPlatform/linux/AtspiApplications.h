@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velto {
@@ -28,7 +29,7 @@ class AtspiApplications {
 
   private:
     void findPids(const BusPool::Lease& lease, AtspiMemory& memory,
-                  std::vector<std::pair<std::string, std::string>> places);
+                  const std::vector<std::pair<std::string, std::string>>& places);
 
     mutable std::mutex mutex_;
     std::vector<AtspiApplication> last_;

@@ -21,6 +21,7 @@ class AtspiElement : public Element {
 
     static constexpr std::uint32_t kNotRead = ~0u;
     mutable std::atomic<std::uint32_t> role{kNotRead};
+    mutable std::atomic<bool> stateRead{false};
     mutable std::atomic<bool> hidden{false};
 };
 

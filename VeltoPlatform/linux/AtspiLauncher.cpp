@@ -73,8 +73,10 @@ AtspiLauncher::Status AtspiLauncher::status() {
 void AtspiLauncher::switchOn() {
     const auto leased = lease();
     if (!leased) {
+        const std::scoped_lock lock(mutex_);
         if (report_)
-            report_("cannot be switched on: there is no session message bus");
+            report_(pool_->silent() ? "cannot be switched on: the session's message bus does not answer"
+                                    : "cannot be switched on: there is no session message bus");
         return;
     }
     auto& pool = leased.pool();

@@ -74,6 +74,7 @@ void AtspiMemory::forget(const std::string& peer) {
 std::vector<std::string> AtspiMemory::peers() const {
     const std::scoped_lock lock(mutex_);
     std::vector<std::string> names;
+    names.reserve(programs_.size());
     for (const auto& [name, elements] : programs_)
         names.push_back(name);
     return names;

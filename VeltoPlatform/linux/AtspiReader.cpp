@@ -1,4 +1,6 @@
 // Only what a role's content needs is asked: a button's name is not asked for twice, a group has no value.
+// The state is asked where something could be shown or hidden, texts or children, and of a text, whose state
+// tells how many lines it has.
 #include "VeltoPlatform/linux/AtspiReader.h"
 
 #include "VeltoPlatform/linux/AtspiCalls.h"
@@ -56,15 +58,13 @@ void AtspiReader::begin(Job& job) {
     if (job.wants(Attribute::role) || (job.wants(kTexts) && !roleKnown))
         ask(job, AtspiCalls::getRole(bus, peer, path), [this, &job](const BusReply& reply) {
             job.element->role = AtspiCalls::number(reply).value_or(AtspiElement::kNotRead);
+            if (static_cast<AtspiRole>(job.element->role.load()) == AtspiRole::text)
+                askState(job);
             if (job.element->role != AtspiElement::kNotRead && job.wants(kTexts))
                 askTexts(job);
         });
     else if (job.wants(kTexts))
         askTexts(job);
-    // What is not shown has no children, and a text's state tells how many lines it has.
-    if (job.wants(Attribute::role | Attribute::children) || !roleKnown)
-        ask(job, AtspiCalls::getState(bus, peer, path),
-            [&job](const BusReply& reply) { job.state = AtspiCalls::state(reply); });
     if (job.wants(Attribute::children))
         ask(job, AtspiCalls::getChildren(bus, peer, path),
             [this, &job](const BusReply& reply) { takeChildren(job, reply); });
@@ -75,11 +75,21 @@ void AtspiReader::begin(Job& job) {
         });
 }
 
+void AtspiReader::askState(Job& job) {
+    if (std::exchange(job.stateAsked, true))
+        return;
+    const auto& element = *job.element;
+    ask(job, AtspiCalls::getState(exchange_->bus(), element.peer->name.c_str(), element.path.c_str()),
+        [&job](const BusReply& reply) { job.state = AtspiCalls::state(reply); });
+}
+
 void AtspiReader::askTexts(Job& job) {
     auto& bus = exchange_->bus();
     const auto& element = *job.element;
     if (element.hidden)
         return;
+    if (!element.stateRead)
+        askState(job);
     const auto content = contentOf(static_cast<AtspiRole>(element.role.load()));
     switch (content) {
     case AtspiContent::button:
@@ -160,8 +170,11 @@ void AtspiReader::takeChildren(Job& job, const BusReply& reply) {
             if (peer->name != name)
                 peer = pool_.peer(name);
             children.push_back(std::make_shared<AtspiElement>(peer, path));
-        }))
+        })) {
+        if (!children.empty())
+            askState(job);
         job.answers.children = std::move(children);
+    }
 }
 
 void AtspiReader::end(Job& job) {
@@ -169,8 +182,10 @@ void AtspiReader::end(Job& job) {
     const auto& element = *job.element;
     const auto role = static_cast<AtspiRole>(element.role.load());
     const bool roleKnown = element.role != AtspiElement::kNotRead;
-    if (job.state)
+    if (job.state) {
         element.hidden = isHidden(job.state, role);
+        element.stateRead = true;
+    }
     if (roleKnown && job.wants(Attribute::role))
         answers.role = accessibilityRole(role, AtspiState::has(job.state.value_or(0), AtspiState::multiLine));
     if (roleKnown && contentOf(role) == AtspiContent::button) {

@@ -28,12 +28,14 @@ class AtspiReader {
         AttributeSet wanted;
         ElementAttributes& answers;
         std::optional<std::uint64_t> state{};
+        bool stateAsked = false;
 
         bool wants(AttributeSet any) const { return (wanted.bits & any.bits) != 0; }
     };
     using Handler = BusExchange::Handler;
 
     void begin(Job& job);
+    void askState(Job& job);
     void askTexts(Job& job);
     void askName(Job& job, AttributeValue ElementAttributes::*into);
     void askDescription(Job& job);

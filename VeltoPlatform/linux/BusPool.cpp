@@ -15,7 +15,7 @@ std::uint64_t nextSerial() {
 }
 
 BusPeerRef makePeer(const std::string& name, const std::string& title, std::uint64_t bus) {
-    const auto made = std::make_shared<BusPeer>();
+    auto made = std::make_shared<BusPeer>();
     made->name = name;
     made->title = title.empty() ? name : title;
     made->bus = bus;

@@ -154,5 +154,23 @@ TEST_F(DesktopTest, ApplicationsAreListedInOrderAndGoneWhenTheyEnd) {
     EXPECT_EQ(reports(), Texts{});
 }
 
+TEST_F(DesktopTest, AProgramMayShowOthersElementsAndTakePartTwice) {
+    auto inner = launchTarget(R"({"role": 75, "children": [{"id": "end", "role": 43, "name": "End",
+        "actions": ["Press"]}]})");
+    auto outer = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "outer"},
+        {"of": ")" + inner.name + R"(", "id": "end"}, {"of": ":9.99", "id": "end"}]})",
+                              2);
+    ASSERT_TRUE(eventually([&] { return childrenOf(outer).size() == 6; }));
+    const auto found = AX::scanAllApps("", std::string(AX::kPhoneApp));
+    const auto ofOuter = std::count_if(found.begin(), found.end(), [&](const AX::ElementInfo& info) {
+        return info.pid == outer.process.pid() && info.title == "End";
+    });
+    EXPECT_EQ(ofOuter, 2);
+    EXPECT_TRUE(accessibility().press(childrenOf(outer).at(1)));
+    EXPECT_EQ(nextLine(inner), "pressed end by Press");
+    // One process, listed once for each identifier.
+    EXPECT_EQ(workspace().runningApplications().size(), 4u);
+}
+
 } // namespace
 } // namespace velto::test

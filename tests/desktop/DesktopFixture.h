@@ -35,7 +35,7 @@ class DesktopTest : public ::testing::Test {
         ChildProcess process;
         std::string name;
     };
-    Target launchTarget(const std::string& description);
+    Target launchTarget(const std::string& description, int connections = 1);
     /// Replaces what a target shows.
     void show(const Target& target, const std::string& description);
     /// Of its first element.

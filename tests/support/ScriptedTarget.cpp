@@ -7,7 +7,11 @@
 // "actions", "children" (elements, or the ids of others); "disabled", "hidden", "multiLine"; "copies" (so
 // many of it) and "levels" (so many of it, one inside the other); "onPress": "stop" (stops this process,
 // carries it out when continued) or "refuse"; "broken": "error" or "types" for all that it answers but its
-// role; "endsAfter": so many answers of the program after which nothing but the first element is there.
+// role. Of the first element: "endsAfter", so many answers of the program after which nothing else is there;
+// "slow", so many milliseconds for each answer. A child { "of": NAME, "id": ID } is an element of another
+// program.
+//
+// With an argument, the process takes part so many times, each time with a connection of its own.
 #include "VeltoPlatform/linux/AtspiCalls.h"
 #include "VeltoPlatform/linux/AtspiRoles.h"
 
@@ -15,10 +19,13 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <iterator>
 #include <map>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 namespace velto::test {
 namespace {
@@ -30,7 +37,11 @@ const std::string kFolder = "/org/a11y/atspi/accessible/";
 
 struct Node {
     json::object spec;
-    std::vector<std::string> children; ///< ids
+    struct Child {
+        std::string id;
+        std::string program{}; ///< none: this one
+    };
+    std::vector<Child> children;
 };
 
 class Target {
@@ -77,14 +88,16 @@ class Target {
         if (levels > 1) {
             auto inner = spec;
             inner["levels"] = levels - 1;
-            node.children.push_back(add(inner, ""));
+            node.children.push_back({add(inner, "")});
         } else if (const auto* children = spec.if_contains("children")) {
             for (const auto& child : children->as_array())
                 if (child.is_string())
-                    node.children.emplace_back(child.as_string());
+                    node.children.push_back({std::string(child.as_string())});
+                else if (child.as_object().contains("of"))
+                    node.children.push_back({text(child.as_object(), "id"), text(child.as_object(), "of")});
                 else
                     for (auto copy = count(child.as_object(), "copies"); copy > 0; --copy)
-                        node.children.push_back(add(child.as_object(), ""));
+                        node.children.push_back({add(child.as_object(), "")});
         }
         nodes_[id] = std::move(node);
         return id;
@@ -114,6 +127,8 @@ class Target {
         const auto id = std::string(path).substr(kFolder.size());
         const auto found = nodes_.find(id);
         const auto& root = nodes_["root"].spec;
+        if (root.contains("slow"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(count(root, "slow")));
         const bool ended = root.contains("endsAfter") && ++answers_ > count(root, "endsAfter");
         if (found == nodes_.end() || (ended && id != "root"))
             return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
@@ -137,7 +152,8 @@ class Target {
                 sd_bus_get_unique_name(bus_->handle(), &name);
                 sd_bus_message_open_container(out, 'a', "(so)");
                 for (const auto& child : node.children)
-                    sd_bus_message_append(out, "(so)", name, (kFolder + child).c_str());
+                    sd_bus_message_append(out, "(so)", child.program.empty() ? name : child.program.c_str(),
+                                          (kFolder + child.id).c_str());
                 sd_bus_message_append(out, "(so)", "", "/org/a11y/atspi/null");
                 sd_bus_message_close_container(out);
             });
@@ -226,14 +242,25 @@ std::unique_ptr<Bus> openAccessibilityBus() {
     return address ? Bus::open(*address, 10s) : nullptr;
 }
 
+int takePart(const std::string& description) {
+    auto bus = openAccessibilityBus();
+    if (!bus)
+        return 2;
+    Target target(std::move(bus));
+    target.show(description);
+    return target.serve();
+}
+
 } // namespace
 } // namespace velto::test
 
-int main() {
-    auto bus = velto::test::openAccessibilityBus();
-    if (!bus)
-        return 2;
-    velto::test::Target target(std::move(bus));
-    target.show(std::string(std::istreambuf_iterator<char>(std::cin), {}));
-    return target.serve();
+int main(int argc, char** argv) {
+    const std::string description(std::istreambuf_iterator<char>(std::cin), {});
+    std::vector<std::thread> more;
+    for (int i = 1; argc > 1 && i < std::atoi(argv[1]); ++i)
+        more.emplace_back(velto::test::takePart, description);
+    const int status = velto::test::takePart(description);
+    for (auto& thread : more)
+        thread.join();
+    return status;
 }

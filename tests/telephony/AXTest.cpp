@@ -3,6 +3,7 @@
 
 #include "VeltoShared/telephony/ElementWalk.h"
 #include "VeltoShared/telephony/Letters.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/TestComputer.h"
 
 #include <gtest/gtest.h>
@@ -112,6 +113,18 @@ TEST_F(AXTest, walksEndAtDepth79AndAtTheBudget) {
     auto cyclic = desktop.launch("com.example.cycle");
     cyclic->set(Attribute::children, std::vector<ElementRef>{cyclic, cyclic});
     EXPECT_EQ(AX::roleCounts("com.example.cycle"), (std::map<std::string, int>{{"AXApplication", 60'000}}));
+}
+
+TEST_F(AXTest, aWalkOfAnApplicationThatHardlyAnswersEnds) {
+    Loop loop;
+    for (int i = 0; i < 500; ++i)
+        center->addButton("b");
+    for (const auto each : {std::chrono::milliseconds(4), std::chrono::milliseconds(50)}) {
+        desktop.beforeRead([&] { loop.clock.blockFor(each); });
+        const auto seen = described().size();
+        EXPECT_GT(seen, 0u);
+        EXPECT_EQ(seen == 500, each.count() == 4) << seen;
+    }
 }
 
 TEST_F(AXTest, attributesAreReadWhereTheRoleNeedsThemAndInBundles) {
