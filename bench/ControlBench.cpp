@@ -6,7 +6,7 @@
 #include "VeltoPlatform/simulated/SimulatedStores.h"
 #include "VeltoShared/control/ControlAddress.h"
 #include "VeltoShared/core/AppPaths.h"
-#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 
 #include <boost/asio/executor_work_guard.hpp>
@@ -110,7 +110,7 @@ void serve() {
     asio::io_context main{1};
     const auto guard = asio::make_work_guard(main);
     MainThread::install(main.get_executor());
-    const BackgroundThread background;
+    const BackgroundThreads background;
     CallHistoryStore history(AppPaths::historyFile());
     const auto server = std::make_shared<ControlServer>(history);
     server->start({}, {}, {});

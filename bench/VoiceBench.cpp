@@ -1,5 +1,5 @@
 // The voice transport's cost: CPU time per message against a bare OpenSSL loop, and base64 against memcpy.
-#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/voice/Base64.h"
 #include "VeltoShared/voice/GeminiLiveClient.h"
@@ -268,7 +268,7 @@ void benchBase64(std::size_t count, const char* what) {
 
 int main() {
     velto::test::trustedAuthority();
-    const velto::BackgroundThread background;
+    const velto::BackgroundThreads background;
     velto::benchBase64(512, "from memory");
     velto::benchBase64(1, "in the cache");
     velto::benchInbound();

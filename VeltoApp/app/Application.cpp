@@ -6,7 +6,7 @@
 #include "VeltoApp/state/ReadinessState.h"
 #include "VeltoShared/audio/AudioBridge.h"
 #include "VeltoShared/core/AppPaths.h"
-#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/telephony/AX.h"
 
@@ -33,7 +33,7 @@ int runHeadless(const std::function<void()>& prepare) {
     asio::io_context main{1};
     const auto guard = asio::make_work_guard(main);
     MainThread::install(main.get_executor());
-    const BackgroundThread background;
+    const BackgroundThreads background;
     if (prepare)
         MainThread::post(prepare);
     MainThread::post(applicationDidFinishLaunching);

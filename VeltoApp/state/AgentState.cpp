@@ -43,7 +43,7 @@ std::optional<VoiceProvider> AgentState::activeProvider() const {
 
 void AgentState::refreshKey() {
     validating.set(true);
-    Background::post([weak = weak_from_this()] {
+    Blocking::post([weak = weak_from_this()] {
         const bool gemini = stored(VoiceProvider::gemini);
         const bool openai = stored(VoiceProvider::openai);
         MainThread::post([weak, gemini, openai, place = platform().secretStore->state()] {

@@ -7,7 +7,7 @@ namespace velto {
 LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report)
     : folders_(std::move(executable)),
       preferences_(LinuxFolders::config() / bundleID / "preferences.json", report),
-      secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys.json", report),
+      secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys" / "keys.json", report),
       accessibility_(report) {
     Platform parts;
     parts.folders = &folders_;

@@ -1,5 +1,6 @@
-// Where work runs: the main thread (all state of the application) and the background thread (network and
-// the agent's loops). A program's composition root or a test installs both before anything uses them.
+// Where work runs: the main thread (all state of the application), the background thread (network and the
+// agent's loops) and one that may block. A program's composition root or a test installs them before anything
+// uses them.
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
@@ -48,5 +49,8 @@ using MainThread = ExecutorSlot<struct MainThreadTag>;
 /// The thread of the voice clients, the agent's loops and the control socket's reading. One thread, so that
 /// a chunk travels from the capture queue to the socket without a hop.
 using Background = ExecutorSlot<struct BackgroundTag>;
+
+/// A thread that may wait for other programs, such as a keyring that asks its user.
+using Blocking = ExecutorSlot<struct BlockingTag>;
 
 } // namespace velto

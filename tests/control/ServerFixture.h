@@ -4,7 +4,7 @@
 #include "VeltoApp/control/ControlServer.h"
 #include "VeltoApp/history/CallHistoryStore.h"
 #include "VeltoShared/core/AppPaths.h"
-#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 #include "tests/control/ControlFakes.h"
 #include "tests/support/TestComputer.h"
@@ -23,7 +23,7 @@ class ServerFixture : public ::testing::Test {
   protected:
     ServerFixture() {
         MainThread::install(main_.get_executor());
-        background = std::make_unique<BackgroundThread>();
+        background = std::make_unique<BackgroundThreads>();
         thread_ = std::thread([this] { main_.run(); });
         onMain([this] {
             history = std::make_unique<CallHistoryStore>(AppPaths::historyFile());
@@ -62,7 +62,7 @@ class ServerFixture : public ::testing::Test {
     std::shared_ptr<FakeReadiness> setup = std::make_shared<FakeReadiness>();
     std::unique_ptr<CallHistoryStore> history;
     std::shared_ptr<ControlServer> server;
-    std::unique_ptr<BackgroundThread> background;
+    std::unique_ptr<BackgroundThreads> background;
 
   private:
     asio::io_context main_{1};

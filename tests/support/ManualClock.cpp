@@ -102,6 +102,7 @@ void ManualClock::advance(Duration duration) {
 Loop::Loop() : clock([this] { drain(); }) {
     MainThread::install(context.get_executor());
     Background::install(context.get_executor());
+    Blocking::install(context.get_executor());
     Clock::install(&clock);
 }
 
@@ -110,6 +111,7 @@ Loop::~Loop() {
     Clock::install(nullptr);
     MainThread::install({});
     Background::install({});
+    Blocking::install({});
 }
 
 void Loop::drain() {

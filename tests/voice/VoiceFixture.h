@@ -1,7 +1,7 @@
 // A background thread and helpers for tests that talk to a real server on this computer.
 #pragma once
 
-#include "VeltoShared/core/BackgroundThread.h"
+#include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/voice/GeminiLiveClient.h"
 #include "tests/support/ScriptedTlsServer.h"
@@ -51,7 +51,7 @@ class VoiceFixture : public ::testing::Test {
   private:
     // Trust is set up while there is one thread.
     LocalAuthority& authority_ = trustedAuthority();
-    BackgroundThread background_;
+    BackgroundThreads background_;
 };
 
 } // namespace velto::test
