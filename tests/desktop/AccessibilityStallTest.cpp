@@ -93,15 +93,28 @@ TEST_F(AccessibilityStallTest, AnUnansweredPressIsNotRepeated) {
     EXPECT_FALSE(soon([] { return AX::press("End"); }));
     EXPECT_TRUE(soon(Telephony::callActive));
     EXPECT_FALSE(soon([] { return AX::press("End"); }));
-    EXPECT_NE(reports().back().find("a press in velto-scripted-target"), std::string::npos);
     target.process.signal(SIGCONT);
     EXPECT_EQ(nextLine(target), "pressed end by Press");
-    // Once it was answered, it may be pressed again; and only then.
     EXPECT_TRUE(eventually([&] {
-        return reports().back().find("answers again") != std::string::npos || (AX::buttons(), false);
+        AX::buttons();
+        return reports().back().ends_with("answers again");
     }));
     EXPECT_TRUE(target.process.readLines().empty());
+
+    // The program goes on, and only this one answer is missing.
+    renewBackend();
+    show(target, R"({"role": 75, "children": [
+        {"id": "end", "role": 43, "name": "End", "actions": ["Press"], "onPress": "later"}]})");
+    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_NE(reports().back().find("a press in velto-scripted-target"), std::string::npos);
+    EXPECT_TRUE(eventually([&] {
+        AX::buttons();
+        return reports().back().ends_with("answers again");
+    }));
+    EXPECT_FALSE(AX::press("End"));
     show(target, kEndButton);
+    EXPECT_EQ(nextLine(target), "pressed end by Press");
+    EXPECT_TRUE(target.process.readLines().empty());
     EXPECT_TRUE(eventually([] { return AX::press("End"); }));
     EXPECT_EQ(nextLine(target), "pressed end by Press");
 }
