@@ -1,5 +1,6 @@
 #include "VeltoPlatform/linux/AtspiAccessibility.h"
 
+#include "VeltoPlatform/linux/AtspiCalls.h"
 #include "VeltoPlatform/linux/AtspiReader.h"
 
 #include <algorithm>
@@ -64,7 +65,9 @@ AtspiAccessibility::DesktopRef AtspiAccessibility::use(const std::string& busAdd
     if (!desktop_ || desktop_->pool->gone() || desktop_->address != busAddress) {
         desktop_ = std::make_shared<Desktop>();
         desktop_->address = busAddress;
-        desktop_->pool = std::make_shared<BusPool>(busAddress, "the accessibility bus", patience_, report_);
+        desktop_->pool = std::make_shared<BusPool>(
+            busAddress, "the accessibility bus",
+            BusPool::Probe{AtspiCalls::kRoot, AtspiCalls::kAccessible, "GetRole"}, patience_, report_);
     }
     return desktop_;
 }

@@ -21,7 +21,8 @@ AtspiLauncher::AtspiLauncher(std::string sessionAddress, std::shared_ptr<BusPati
       pool_(makePool()) {}
 
 std::shared_ptr<BusPool> AtspiLauncher::makePool() const {
-    return std::make_shared<BusPool>(sessionAddress_, "the session's message bus", patience_, report_);
+    return std::make_shared<BusPool>(sessionAddress_, "the session's message bus",
+                                     BusPool::Probe{kPath, kName, "GetAddress"}, patience_, report_);
 }
 
 BusPool::Lease AtspiLauncher::lease() {

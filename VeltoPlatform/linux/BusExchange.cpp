@@ -1,5 +1,5 @@
-// Calls stay outstanding on the connection after they were given up: their late answers are the sign of life
-// of a program that hung, so that nothing has to be sent to it in the meantime.
+// Calls stay outstanding on the connection after they were given up, and are answered before the probe that
+// follows them: a program counts as awake once it has worked off what it owes.
 #include "VeltoPlatform/linux/BusExchange.h"
 
 #include <algorithm>
@@ -53,9 +53,8 @@ bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler
     auto& talk = talkWith(*round_, peer);
     if (talk.givenUp)
         return false;
-    auto answered = [pool = &pool_, weak = std::weak_ptr(round_), talk = &talk, peer,
-                     handler = std::move(handler), late = std::move(late)](BusReply reply) {
-        pool->heard(*peer, reply);
+    auto answered = [weak = std::weak_ptr(round_), talk = &talk, handler = std::move(handler),
+                     late = std::move(late)](BusReply reply) {
         if (late)
             late();
         const auto round = weak.lock();
@@ -118,7 +117,7 @@ void BusExchange::look() {
             }
             // Nobody can be heard through a bus that stands still.
             round_->busSilent = true;
-            pool_.fellSilent(*pool_.daemon());
+            pool_.fellSilent();
             return;
         }
     }
@@ -127,15 +126,15 @@ void BusExchange::look() {
 void BusExchange::askBus() {
     round_->busAsked = true;
     const auto& daemon = pool_.daemon();
-    ask(daemon, bus_.method(daemon->name.c_str(), "/org/freedesktop/DBus", daemon->name.c_str(), "GetId"),
-        {});
+    ask(daemon, bus_.method(daemon->name.c_str(), "/org/freedesktop/DBus", daemon->name.c_str(), "GetId"), {},
+        [pool = &pool_] { pool->heard(); });
 }
 
 void BusExchange::giveUp(Talk& talk) {
     talk.givenUp = true;
     round_->waiting -= talk.waiting;
     talk.waiting = 0;
-    pool_.fellSilent(*talk.peer);
+    pool_.fellSilent(bus_, talk.peer);
 }
 
 bool BusExchange::gaveUp(const BusPeer& peer) const {

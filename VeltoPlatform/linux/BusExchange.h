@@ -9,7 +9,7 @@ namespace velto {
 
 /// One conversation: calls are sent with `ask`, also from within the handlers of others; `finish` waits until
 /// all are answered or given up. A peer that has said nothing for as long as `BusPatience` allows is given
-/// up and marked silent; its late answers reach no handler, they only tell that it goes on. One thread.
+/// up and marked silent; its late answers reach no handler. One thread.
 class BusExchange {
   public:
     /// Called from within `finish`, at most once; never for a call that was given up. An error is an answer,

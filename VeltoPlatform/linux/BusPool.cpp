@@ -32,10 +32,10 @@ BusPool::Lease::~Lease() {
         pool_->giveBack(std::move(bus_));
 }
 
-BusPool::BusPool(const std::string& address, const std::string& title, std::shared_ptr<BusPatience> patience,
-                 Report report)
-    : address_(address), patience_(std::move(patience)), report_(std::move(report)), serial_(nextSerial()),
-      daemon_(makePeer("org.freedesktop.DBus", title, serial_)) {}
+BusPool::BusPool(const std::string& address, const std::string& title, const Probe& probe,
+                 std::shared_ptr<BusPatience> patience, Report report)
+    : address_(address), probe_(probe), patience_(std::move(patience)), report_(std::move(report)),
+      serial_(nextSerial()), daemon_(makePeer("org.freedesktop.DBus", title, serial_)) {}
 
 BusPool::Lease BusPool::lease() {
     std::unique_ptr<Bus> bus;
@@ -65,7 +65,7 @@ BusPool::Lease BusPool::lease() {
     }
     // What is half open shows when the bus goes on.
     patience_->spend(std::chrono::duration_cast<BusPatience::Duration>(Clock::now() - begin));
-    fellSilent(*daemon_);
+    fellSilent();
     giveBack(std::move(bus));
     tell();
     return {};
@@ -73,7 +73,7 @@ BusPool::Lease BusPool::lease() {
 
 bool BusPool::takeIn(Bus& bus) {
     if (!bus.alive() && bus.becomesReady(Bus::Limit::zero()))
-        heard(*daemon_, {});
+        heard();
     while (bus.process(Bus::Limit::zero())) {
     }
     if (bus.closed())
@@ -101,13 +101,25 @@ void BusPool::forget(const std::string& name) {
     peers_.erase(name);
 }
 
-void BusPool::fellSilent(BusPeer& peer) {
+void BusPool::fellSilent(Bus& bus, const BusPeerRef& peer) {
+    setSilent(*peer);
+    const auto probe = bus.method(peer->name.c_str(), probe_.path, probe_.interface, probe_.member);
+    if (probe)
+        sd_bus_message_set_auto_start(probe.get(), 0);
+    bus.send(probe, Bus::kUntilAnswered, [this, peer](const BusReply& answer) { heard(*peer, answer); });
+}
+
+void BusPool::fellSilent() {
+    setSilent(*daemon_);
+}
+
+void BusPool::setSilent(BusPeer& peer) {
     if (!peer.silent.exchange(true))
         note(peer.title + " does not answer; going by what it last showed");
 }
 
-void BusPool::heard(BusPeer& peer, const BusReply& reply) {
-    if (peer.silent && peer.silent.exchange(false) && !reply.left())
+void BusPool::heard(BusPeer& peer, const BusReply& answer) {
+    if (peer.silent.exchange(false) && !answer.left())
         note(peer.title + " answers again");
 }
 

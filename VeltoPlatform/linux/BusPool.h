@@ -20,8 +20,8 @@ struct BusPeer {
     std::string name;  ///< on the bus
     std::string title; ///< for people
     std::uint64_t bus; ///< `BusPool::serial` of its bus
-    /// It left a call unanswered. Whoever finds this set asks it nothing: the calls that it still owes us
-    /// are what tells that it goes on.
+    /// It left calls unanswered. Whoever finds this set asks it nothing: one probe is outstanding, and its
+    /// answer tells that the program goes on.
     std::atomic<bool> silent{false};
 };
 using BusPeerRef = std::shared_ptr<BusPeer>;
@@ -31,6 +31,14 @@ using BusPeerRef = std::shared_ptr<BusPeer>;
 class BusPool : public std::enable_shared_from_this<BusPool> {
   public:
     using Report = std::function<void(const std::string&)>;
+
+    /// A small call that every program of interest on the bus answers as it answers all others, be it with
+    /// an error.
+    struct Probe {
+        const char* path;
+        const char* interface;
+        const char* member;
+    };
 
     /// A connection that belongs to one thread for the length of a conversation. False when there is none:
     /// the bus is gone, or silent.
@@ -54,8 +62,8 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
     /// `title` is the bus for people. `report` gets a line when a program stops answering and when it goes
     /// on, on the thread that noticed; it may be empty.
     /// `patience` may be shared by the pools of several buses.
-    BusPool(const std::string& address, const std::string& title, std::shared_ptr<BusPatience> patience,
-            Report report);
+    BusPool(const std::string& address, const std::string& title, const Probe& probe,
+            std::shared_ptr<BusPatience> patience, Report report);
 
     /// First takes in what has arrived on the connections at rest. Waits for the bus's welcome only, within
     /// the patience.
@@ -72,10 +80,12 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
     BusPeerRef peer(const std::string& name, const std::string& title = {});
     void forget(const std::string& name);
 
-    /// A peer has left a call unanswered that stays outstanding.
-    void fellSilent(BusPeer& peer);
-    /// A peer, or the bus in its place, has answered.
-    void heard(BusPeer& peer, const BusReply& reply);
+    /// A peer has left calls unanswered: sends it the probe.
+    void fellSilent(Bus& bus, const BusPeerRef& peer);
+    /// The bus has left a question unanswered that stays outstanding.
+    void fellSilent();
+    /// The bus answers. From within an answer's handler, too.
+    void heard() { heard(*daemon_, {}); }
     /// A line for the report.
     void note(std::string line);
     /// Reports what there is to report; not from within an answer's handler.
@@ -84,9 +94,12 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
   private:
     /// True when the connection can be used.
     bool takeIn(Bus& bus);
+    void heard(BusPeer& peer, const BusReply& answer);
+    void setSilent(BusPeer& peer);
     void giveBack(std::unique_ptr<Bus> bus);
 
     const std::string address_;
+    const Probe probe_;
     const std::shared_ptr<BusPatience> patience_;
     const Report report_;
     const std::uint64_t serial_;

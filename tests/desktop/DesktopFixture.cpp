@@ -53,7 +53,7 @@ ChildProcess DesktopTest::launch(const std::vector<std::string>& arguments, cons
 }
 
 DesktopTest::Target DesktopTest::launchTarget(const std::string& description, int connections) {
-    Target target{launch({VELTO_SCRIPTED_TARGET, std::to_string(connections)}, description, true), {}};
+    Target target{launch({VELTO_SCRIPTED_TARGET, std::to_string(connections)}, description, true)};
     const auto line = nextLine(target);
     EXPECT_TRUE(line.starts_with("ready ")) << line;
     target.name = line.substr(std::min<std::size_t>(line.size(), 6));
@@ -61,9 +61,17 @@ DesktopTest::Target DesktopTest::launchTarget(const std::string& description, in
 }
 
 std::string DesktopTest::nextLine(Target& target) {
-    std::vector<std::string> lines;
-    eventually([&] { return !(lines = target.process.readLines()).empty(); });
-    return lines.empty() ? "" : lines.front();
+    if (!eventually([&] { return !hasSaidNothingElse(target); }))
+        return "";
+    auto line = std::move(target.lines.front());
+    target.lines.pop_front();
+    return line;
+}
+
+bool DesktopTest::hasSaidNothingElse(Target& target) {
+    for (auto& line : target.process.readLines())
+        target.lines.push_back(std::move(line));
+    return target.lines.empty();
 }
 
 std::vector<ElementRef> DesktopTest::childrenOf(const Target& target) {

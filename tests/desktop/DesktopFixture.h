@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -33,7 +34,8 @@ class DesktopTest : public ::testing::Test {
     /// A scripted target (`tests/support/ScriptedTarget.cpp`), once it takes part; with its name on the bus.
     struct Target {
         ChildProcess process;
-        std::string name;
+        std::string name{};
+        std::deque<std::string> lines{}; ///< that it wrote and nobody has asked for
     };
     Target launchTarget(const std::string& description, int connections = 1);
     /// Replaces what a target shows.
@@ -42,6 +44,7 @@ class DesktopTest : public ::testing::Test {
     std::vector<ElementRef> childrenOf(const Target& target);
     /// What a target wrote next.
     static std::string nextLine(Target& target);
+    static bool hasSaidNothingElse(Target& target);
 
     static bool eventually(const std::function<bool()>& isSo);
     std::vector<std::string> reports();

@@ -6,10 +6,10 @@
 // An element: "id" (its path's last part), "role", "name", "description", "text", "value", "at" [x, y],
 // "actions", "children" (elements, or the ids of others); "disabled", "hidden", "multiLine"; "copies" (so
 // many of it) and "levels" (so many of it, one inside the other); "onPress": "stop" (stops this process,
-// carries it out when continued) or "refuse"; "broken": "error" or "types" for all that it answers but its
-// role. Of the first element: "endsAfter", so many answers of the program after which nothing else is there;
-// "slow", so many milliseconds for each answer. A child { "of": NAME, "id": ID } is an element of another
-// program.
+// carries it out when continued), "later" (answers it, and carries it out, at the next "Show") or "refuse";
+// "broken": "error" or "types" for all that it answers but its role. Of the first element: "endsAfter", so
+// many answers of the program after which nothing else is there; "slow", so many milliseconds for each
+// answer. A child { "of": NAME, "id": ID } is an element of another program.
 //
 // With an argument, the process takes part so many times, each time with a connection of its own.
 #include "VeltoPlatform/linux/AtspiCalls.h"
@@ -25,6 +25,7 @@
 #include <map>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace velto::test {
@@ -118,6 +119,8 @@ class Target {
             const char* description = nullptr;
             sd_bus_message_read(call, "s", &description);
             show(description);
+            for (const auto& press : std::exchange(later_, {}))
+                perform(press.id, press.action, press.call.get());
             return sd_bus_reply_method_return(call, "");
         }
         const char* path = sd_bus_message_get_path(call);
@@ -190,18 +193,25 @@ class Target {
         return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_PROPERTY, "no such property");
     }
 
-    static int press(const std::string& id, const json::object& spec, sd_bus_message* call) {
+    int press(const std::string& id, const json::object& spec, sd_bus_message* call) {
         int action = 0;
         sd_bus_message_read(call, "i", &action);
         const auto how = text(spec, "onPress");
         if (how == "stop")
             std::raise(SIGSTOP);
-        if (how != "refuse") {
-            const auto& name = spec.at("actions").as_array()[static_cast<std::size_t>(action)].as_string();
-            std::printf("pressed %s by %s\n", id.c_str(), name.c_str());
-            std::fflush(stdout);
-        }
-        return sd_bus_reply_method_return(call, "b", how == "refuse" ? 0 : 1);
+        if (how == "refuse")
+            return sd_bus_reply_method_return(call, "b", 0);
+        const std::string name(spec.at("actions").as_array()[static_cast<std::size_t>(action)].as_string());
+        if (how != "later")
+            return perform(id, name, call);
+        later_.push_back({id, name, BusMessage(sd_bus_message_ref(call))});
+        return 1;
+    }
+
+    static int perform(const std::string& id, const std::string& action, sd_bus_message* call) {
+        std::printf("pressed %s by %s\n", id.c_str(), action.c_str());
+        std::fflush(stdout);
+        return sd_bus_reply_method_return(call, "b", 1);
     }
 
     static std::uint32_t state(const json::object& spec) {
@@ -227,7 +237,14 @@ class Target {
         return sent < 0 ? sent : 1;
     }
 
+    struct Press {
+        std::string id;
+        std::string action;
+        BusMessage call;
+    };
+
     std::unique_ptr<Bus> bus_;
+    std::vector<Press> later_;
     std::map<std::string, Node> nodes_;
     int unnamed_ = 0;
     std::int64_t answers_ = 0;
