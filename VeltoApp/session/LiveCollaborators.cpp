@@ -26,7 +26,12 @@ class LiveLine : public CallLine {
     asio::awaitable<bool> dial(std::string number, std::function<void(std::string)> log) override {
         return Telephony::dial(std::move(number), std::move(log));
     }
-    bool hangup() override { return Telephony::hangup(); }
+    /// It waits for the phone app, for seconds where that hangs: not on the main thread.
+    asio::awaitable<bool> hangup() override {
+        co_return co_await asio::co_spawn(
+            Blocking::executor(), []() -> asio::awaitable<bool> { co_return Telephony::hangup(); },
+            asio::use_awaitable);
+    }
 };
 
 class LiveAudio : public CallAudio {

@@ -334,8 +334,15 @@ void NativeCallSession::requestHangup(const std::string& reason) {
 
 asio::awaitable<void> NativeCallSession::hangUpLater(Weak weak, std::int64_t generation) {
     co_await Clock::shared().sleep(2500ms);
+    CallLine* line = nullptr;
     if (const auto session = current(weak, generation))
-        session->append(session->collaborators_.line->hangup() ? "hung up" : "hangup did not complete");
+        line = session->collaborators_.line;
+    if (line == nullptr)
+        co_return;
+    const bool hungUp = co_await line->hangup();
+    // The watch may have seen the end first and finished the session.
+    if (const auto session = weak.lock(); session && session->generation_ == generation)
+        session->append(hungUp ? "hung up" : "hangup did not complete");
 }
 
 void NativeCallSession::tick(std::int64_t generation) {

@@ -31,8 +31,8 @@ class CallLine {
     virtual bool callAnswered() = 0;
     /// True when a call is in progress; each line is handed to `log` on the main thread.
     virtual asio::awaitable<bool> dial(std::string number, std::function<void(std::string)> log) = 0;
-    /// True when no call is in progress afterwards. Blocks for up to about 6 s.
-    virtual bool hangup() = 0;
+    /// True when no call is in progress afterwards. Takes up to about 6 s.
+    virtual asio::awaitable<bool> hangup() = 0;
 };
 
 /// A process tap that exists; `destroy` takes it away, as does destruction.

@@ -30,13 +30,14 @@ std::vector<AtspiApplication> AtspiApplications::list(const BusPool::Lease& leas
         return last();
     std::vector<std::pair<std::string, std::string>> places;
     BusExchange exchange(lease);
+    bool listed = false;
     exchange.ask(registry, AtspiCalls::getChildren(exchange.bus(), AtspiCalls::kRegistry, AtspiCalls::kRoot),
                  [&](const BusReply& reply) {
-                     AtspiCalls::children(
+                     listed = AtspiCalls::children(
                          reply, [&](const char* name, const char* path) { places.emplace_back(name, path); });
                  });
     exchange.finish();
-    if (!exchange.gaveUp(*registry))
+    if (listed)
         findPids(lease, memory, places);
     return last();
 }
@@ -46,7 +47,8 @@ void AtspiApplications::findPids(const BusPool::Lease& lease, AtspiMemory& memor
     auto& pool = lease.pool();
     // A bus never gives a name to a second program, so that a pid holds as long as the name.
     std::map<std::string, pid_t> pids;
-    for (const auto& application : last())
+    const auto before = last();
+    for (const auto& application : before)
         pids[application.peer->name] = application.pid;
 
     BusExchange exchange(lease);
@@ -58,21 +60,34 @@ void AtspiApplications::findPids(const BusPool::Lease& lease, AtspiMemory& memor
                              if (const auto pid = AtspiCalls::number(reply))
                                  pids[name] = static_cast<pid_t>(*pid);
                          });
+    std::set<std::string> unlisted;
     for (const auto& name : memory.peers())
+        unlisted.insert(name);
+    for (const auto& application : before)
+        unlisted.insert(application.peer->name);
+    std::set<std::string> alive;
+    for (const auto& name : unlisted)
         if (!listed.contains(name))
             exchange.ask(pool.daemon(), question(exchange.bus(), "NameHasOwner", name),
-                         [&memory, &pool, name](const BusReply& reply) {
-                             if (AtspiCalls::truth(reply) == false) {
+                         [&memory, &alive, name](const BusReply& reply) {
+                             const auto owned = AtspiCalls::truth(reply);
+                             if (owned == true)
+                                 alive.insert(name);
+                             else if (owned == false)
                                  memory.forget(name);
-                                 pool.forget(name);
-                             }
                          });
     exchange.finish();
     if (exchange.gaveUp(*pool.daemon()))
         return;
+    // A registry that was started anew does not know who has been there for longer.
+    std::vector<std::pair<std::string, std::string>> all;
+    for (const auto& application : before)
+        if (alive.contains(application.peer->name))
+            all.emplace_back(application.peer->name, application.path);
+    all.insert(all.end(), places.begin(), places.end());
 
     std::vector<AtspiApplication> found;
-    for (const auto& [name, path] : places)
+    for (const auto& [name, path] : all)
         if (const auto pid = pids.find(name); pid != pids.end()) {
             const auto executable = ProcessFiles::executable(pid->second);
             const auto title = (executable.empty() ? "a program" : executable) + " (pid " +

@@ -21,8 +21,9 @@ struct AtspiApplication {
 /// Any thread.
 class AtspiApplications {
   public:
-    /// In the registry's order; a process can have several. While the registry or the bus is silent, what it
-    /// last listed. Whoever has left the bus is forgotten by `pool` and `memory`.
+    /// Those that an earlier registry listed, then in the registry's order; a process can have several. While
+    /// the registry or the bus is silent or answers with an error, what was last listed. Whoever has left the
+    /// bus is forgotten by `pool` and `memory`.
     std::vector<AtspiApplication> list(const BusPool::Lease& lease, AtspiMemory& memory);
     /// As last listed.
     std::vector<AtspiApplication> last() const;

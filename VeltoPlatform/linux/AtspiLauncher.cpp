@@ -74,10 +74,14 @@ AtspiLauncher::Status AtspiLauncher::status() {
 void AtspiLauncher::switchOn() {
     const auto leased = lease();
     if (!leased) {
-        const std::scoped_lock lock(mutex_);
+        bool silent = false;
+        {
+            const std::scoped_lock lock(mutex_);
+            silent = pool_->silent();
+        }
         if (report_)
-            report_(pool_->silent() ? "cannot be switched on: the session's message bus does not answer"
-                                    : "cannot be switched on: there is no session message bus");
+            report_(silent ? "cannot be switched on: the session's message bus does not answer"
+                           : "cannot be switched on: there is no session message bus");
         return;
     }
     auto& pool = leased.pool();
@@ -87,7 +91,8 @@ void AtspiLauncher::switchOn() {
         pool.note(reply ? "switched on; programs that were open before may have to be restarted"
                         : "could not be switched on: " + reply.error);
     };
-    leased.bus().send(request, Bus::kUntilAnswered, answered);
+    if (!leased.bus().send(request, Bus::kUntilAnswered, answered))
+        pool.note("could not be switched on: the session's message bus has gone");
 }
 
 } // namespace velto

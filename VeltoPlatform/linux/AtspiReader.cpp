@@ -158,8 +158,9 @@ void AtspiReader::askDescription(Job& job) {
         });
 }
 
-void AtspiReader::ask(const Job& job, const BusMessage& request, Handler handler) {
-    exchange_->ask(job.element->peer, request, std::move(handler));
+void AtspiReader::ask(Job& job, const BusMessage& request, Handler handler) {
+    if (!exchange_->ask(job.element->peer, request, std::move(handler)))
+        job.owed = true;
 }
 
 void AtspiReader::takeChildren(Job& job, const BusReply& reply) {
@@ -202,10 +203,9 @@ void AtspiReader::end(Job& job) {
         if (job.wants(Attribute::children))
             answers.children = std::vector<ElementRef>{};
     }
-    if (exchange_->gaveUp(*element.peer))
+    if (job.owed || exchange_->gaveUp(*element.peer))
         memory_.recall(element, job.wanted, answers);
-    else
-        memory_.remember(element, job.wanted, answers);
+    memory_.remember(element, job.wanted, answers);
 }
 
 } // namespace velto

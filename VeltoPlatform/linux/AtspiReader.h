@@ -29,6 +29,7 @@ class AtspiReader {
         ElementAttributes& answers;
         std::optional<std::uint64_t> state{};
         bool stateAsked = false;
+        bool owed = false; ///< something could not be asked: its answer is owed, or nobody is there
 
         bool wants(AttributeSet any) const { return (wanted.bits & any.bits) != 0; }
     };
@@ -39,7 +40,7 @@ class AtspiReader {
     void askTexts(Job& job);
     void askName(Job& job, AttributeValue ElementAttributes::*into);
     void askDescription(Job& job);
-    void ask(const Job& job, const BusMessage& request, Handler handler);
+    void ask(Job& job, const BusMessage& request, Handler handler);
     void takeChildren(Job& job, const BusReply& reply);
     void end(Job& job);
 

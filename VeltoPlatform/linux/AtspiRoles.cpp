@@ -169,7 +169,6 @@ AtspiContent contentOf(AtspiRole role) {
     case 123: // description value
         return AtspiContent::label;
     case 12: // date editor
-    case 40: // password text
     case 60: // terminal
     case 61: // text
     case 76: // autocomplete

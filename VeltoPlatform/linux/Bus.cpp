@@ -62,20 +62,28 @@ std::string Bus::sessionAddress() {
     return folder.empty() ? "" : "unix:path=" + folder + "/bus";
 }
 
-std::unique_ptr<Bus> Bus::start(const std::string& address) {
+std::unique_ptr<Bus> Bus::start(const std::string& address, bool* nobody) {
+    if (nobody != nullptr)
+        *nobody = true;
     sd_bus* raw = nullptr;
     if (address.empty() || sd_bus_new(&raw) < 0)
         return nullptr;
     std::unique_ptr<Bus> bus(new Bus(raw));
-    if (sd_bus_set_address(raw, address.c_str()) < 0 || sd_bus_set_bus_client(raw, 1) < 0 ||
-        sd_bus_start(raw) < 0)
+    if (sd_bus_set_address(raw, address.c_str()) < 0 || sd_bus_set_bus_client(raw, 1) < 0)
         return nullptr;
-    return bus;
+    const int started = sd_bus_start(raw);
+    if (nobody != nullptr)
+        *nobody = started < 0 && started != -EAGAIN;
+    return started < 0 ? nullptr : std::move(bus);
 }
 
-std::unique_ptr<Bus> Bus::open(const std::string& address, Limit limit) {
-    auto bus = start(address);
-    return bus && bus->becomesReady(limit) ? std::move(bus) : nullptr;
+std::unique_ptr<Bus> Bus::open(const std::string& address, Limit limit, bool* nobody) {
+    auto bus = start(address, nobody);
+    if (!bus || bus->becomesReady(limit))
+        return bus;
+    if (nobody != nullptr)
+        *nobody = bus->closed();
+    return nullptr;
 }
 
 bool Bus::becomesReady(Limit limit) {
@@ -86,10 +94,16 @@ bool Bus::becomesReady(Limit limit) {
         refused_ = processed < 0;
         if (refused_ || (processed == 0 && Clock::now() >= deadline))
             return false;
-        if (processed == 0 && sd_bus_wait(bus_, microseconds(left(deadline))) < 0)
+        if (processed == 0 && !wait(left(deadline)))
             return false;
     }
-    return alive();
+    wasReady_ = alive();
+    return wasReady_;
+}
+
+bool Bus::wait(Limit limit) {
+    const int result = sd_bus_wait(bus_, microseconds(limit));
+    return result >= 0 || result == -EINTR;
 }
 
 Bus::~Bus() {
@@ -150,7 +164,7 @@ bool Bus::process(Limit limit) {
         if (processed != 0)
             return processed > 0;
         const auto rest = left(deadline);
-        if (rest <= Limit::zero() || sd_bus_wait(bus_, microseconds(rest)) < 0)
+        if (rest <= Limit::zero() || !wait(rest))
             return false;
     }
     return false;

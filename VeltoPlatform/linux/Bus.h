@@ -25,24 +25,24 @@ struct BusReply {
     bool timedOut() const { return error == SD_BUS_ERROR_NO_REPLY || error == SD_BUS_ERROR_TIMEOUT; }
     /// Nobody of this name is on the bus, or the bus is gone.
     bool absent() const;
-    /// The same, for a call sent with `kUntilAnswered`, which only its receiver's leaving cuts short.
-    bool left() const { return absent() || timedOut(); }
 };
 
 /// One thread at a time; nothing runs between the calls. Once the bus has hung up, every call fails at once.
 class Bus {
   public:
     using Limit = std::chrono::microseconds;
-    /// The bus itself still ends such a call, with an error, once the other side has left.
+    /// The bus itself still ends such a call, with an error: when the other side has left, and where it has a
+    /// limit of its own (minutes).
     static constexpr Limit kUntilAnswered = std::chrono::hours(24 * 365);
 
     /// What the environment names as the user's session bus; empty when it names none.
     static std::string sessionAddress();
     /// A connection that is ready for calls: none when nobody listens, or not within the limit. `address`
-    /// as in the D-Bus specification ("unix:path=…").
-    static std::unique_ptr<Bus> open(const std::string& address, Limit limit);
-    /// The same without waiting: a connection that may not be ready yet. None when nobody listens.
-    static std::unique_ptr<Bus> start(const std::string& address);
+    /// as D-Bus writes it ("unix:path=…"). `nobody`, when given, says whether it is sure that nobody listens
+    /// there; a bus that stands still can have its queue full.
+    static std::unique_ptr<Bus> open(const std::string& address, Limit limit, bool* nobody = nullptr);
+    /// The same without waiting: a connection that may not be ready yet.
+    static std::unique_ptr<Bus> start(const std::string& address, bool* nobody = nullptr);
     /// Waits until a started connection is ready; false when it is not within the limit.
     bool becomesReady(Limit limit);
 
@@ -53,6 +53,8 @@ class Bus {
     bool alive() const;
     /// The other side hung up, or did not let us in; for good.
     bool closed() const;
+    /// It was ready for calls once.
+    bool wasReady() const { return wasReady_; }
     /// A method call that waits to be filled and sent; none when one of the names is not valid.
     BusMessage method(const char* destination, const char* path, const char* interface, const char* member);
     /// Sends and waits for the reply.
@@ -71,9 +73,12 @@ class Bus {
 
   private:
     explicit Bus(sd_bus* bus) : bus_(bus) {}
+    /// Until something happens; false when nothing can.
+    bool wait(Limit limit);
 
     sd_bus* bus_;
     bool refused_ = false;
+    bool wasReady_ = false;
 };
 
 } // namespace velto

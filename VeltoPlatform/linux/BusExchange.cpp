@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <set>
 #include <utility>
 
 namespace velto {
@@ -12,11 +13,21 @@ namespace {
 /// A peer that answers, but so slowly that one conversation takes longer than this, is as good as silent.
 constexpr auto kLongestTalk = std::chrono::seconds(2);
 
+std::string nameOf(sd_bus_message* call) {
+    return std::string(sd_bus_message_get_path(call)) + ' ' + sd_bus_message_get_member(call);
+}
+
+bool owes(BusPeer& peer, sd_bus_message* call) {
+    const std::scoped_lock lock(peer.mutex);
+    return !peer.owed.empty() && peer.owed.contains(nameOf(call));
+}
+
 } // namespace
 
 struct BusExchange::Talk {
     BusPeerRef peer;
     std::size_t waiting = 0;
+    std::set<sd_bus_message*> open{}; ///< the calls that it waits for; their slots keep them
     bool givenUp = false;
     Clock::time_point begun{};
     Clock::time_point heard{}; ///< or since when it owes an answer
@@ -51,16 +62,21 @@ BusExchange::Talk& BusExchange::talkWith(Round& round, const BusPeerRef& peer) {
 
 bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler handler, Late late) {
     auto& talk = talkWith(*round_, peer);
-    if (talk.givenUp)
+    if (talk.givenUp || !request || owes(*peer, request.get()))
         return false;
-    auto answered = [weak = std::weak_ptr(round_), talk = &talk, handler = std::move(handler),
+    const std::shared_ptr<sd_bus_message> call(sd_bus_message_ref(request.get()), BusMessageRelease());
+    auto answered = [weak = std::weak_ptr(round_), talk = &talk, peer, call, handler = std::move(handler),
                      late = std::move(late)](BusReply reply) {
         if (late)
             late();
         const auto round = weak.lock();
-        if (!round || talk->givenUp || round->busSilent)
+        if (!round || talk->givenUp || round->busSilent) {
+            const std::scoped_lock lock(peer->mutex);
+            peer->owed.erase(nameOf(call.get()));
             return;
+        }
         --talk->waiting;
+        talk->open.erase(call.get());
         --round->waiting;
         talk->heard = Clock::now();
         if (handler)
@@ -68,6 +84,7 @@ bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler
     };
     if (!bus_.send(request, Bus::kUntilAnswered, std::move(answered)))
         return false;
+    talk.open.insert(call.get());
     if (talk.waiting++ == 0)
         talk.heard = Clock::now();
     ++round_->waiting;
@@ -132,6 +149,12 @@ void BusExchange::askBus() {
 
 void BusExchange::giveUp(Talk& talk) {
     talk.givenUp = true;
+    {
+        const std::scoped_lock lock(talk.peer->mutex);
+        for (auto* const call : talk.open)
+            talk.peer->owed.insert(nameOf(call));
+    }
+    talk.open.clear();
     round_->waiting -= talk.waiting;
     talk.waiting = 0;
     pool_.fellSilent(bus_, talk.peer);

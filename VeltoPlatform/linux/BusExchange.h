@@ -25,7 +25,8 @@ class BusExchange {
     BusExchange& operator=(const BusExchange&) = delete;
 
     Bus& bus() { return bus_; }
-    /// False when it could not be sent; then there is no answer.
+    /// False when it was not sent; then there is no answer. So with what the peer still owes an answer to
+    /// from an earlier exchange.
     bool ask(const BusPeerRef& peer, const BusMessage& request, Handler handler, Late late = {});
     void finish();
     /// Whether calls to this peer were given up, because it or the bus was silent.

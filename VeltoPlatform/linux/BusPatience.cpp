@@ -9,29 +9,30 @@ using namespace std::chrono_literals;
 
 constexpr BusPatience::Duration kInAll = 450ms;
 constexpr BusPatience::Duration kLeast = 50ms;
-constexpr auto kRecovery = 1s;
 
 } // namespace
 
 BusPatience::Duration BusPatience::left() {
     const std::scoped_lock lock(mutex_);
-    dropOld();
-    const auto mine = accounts_.find(std::this_thread::get_id());
-    const auto spent = mine != accounts_.end() ? mine->second.spent : Duration::zero();
-    return std::max(kLeast, (kInAll - spent) * 2 / 3);
+    return std::max(kLeast, (kInAll - spent(std::this_thread::get_id(), Clock::now())) * 2 / 3);
 }
 
 void BusPatience::spend(Duration waited) {
     const std::scoped_lock lock(mutex_);
-    dropOld();
-    auto& mine = accounts_[std::this_thread::get_id()];
-    mine.spent += waited;
-    mine.last = Clock::now();
+    const auto id = std::this_thread::get_id();
+    const auto now = Clock::now();
+    // The wait itself makes nothing good.
+    const auto before = spent(id, now - waited);
+    accounts_[id] = {.spent = std::min(kInAll, before + waited), .last = now};
 }
 
-void BusPatience::dropOld() {
-    std::erase_if(accounts_,
-                  [now = Clock::now()](const auto& entry) { return now - entry.second.last > kRecovery; });
+BusPatience::Duration BusPatience::spent(std::thread::id id, Clock::time_point now) {
+    const auto rest = [now](const Account& account) {
+        return account.spent - std::chrono::duration_cast<Duration>(now - account.last);
+    };
+    std::erase_if(accounts_, [&](const auto& entry) { return rest(entry.second) <= Duration::zero(); });
+    const auto account = accounts_.find(id);
+    return account != accounts_.end() ? rest(account->second) : Duration::zero();
 }
 
 } // namespace velto

@@ -10,8 +10,8 @@ namespace velto {
 
 /// Several programs of a desktop can hang at once, and one look at the screen asks several of them. A thread
 /// waits 0.3 s for the first that is silent and less for the next ones (0.1 s, then 0.05 s each), so that the
-/// three that one look can come across take less than 0.5 s of it in all. A second after its last vain wait
-/// it has its full patience again. Any thread.
+/// three that one look can come across take less than 0.5 s of it in all. What was waited in vain is made
+/// good in the same time: after half a second it has its full patience again. Any thread.
 class BusPatience {
   public:
     using Duration = std::chrono::microseconds;
@@ -24,11 +24,12 @@ class BusPatience {
   private:
     using Clock = std::chrono::steady_clock;
     struct Account {
-        Duration spent;
+        Duration spent; ///< at the time of `last`
         Clock::time_point last;
     };
 
-    void dropOld();
+    /// In vain, and not made good yet by this time.
+    Duration spent(std::thread::id id, Clock::time_point now);
 
     std::mutex mutex_;
     std::map<std::thread::id, Account> accounts_;

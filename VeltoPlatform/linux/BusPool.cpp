@@ -9,6 +9,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/// Between two lines on one program that comes and goes.
+constexpr auto kBetweenLines = std::chrono::seconds(10);
+
 std::uint64_t nextSerial() {
     static std::atomic<std::uint64_t> last{0};
     return ++last;
@@ -42,33 +45,52 @@ BusPool::Lease BusPool::lease() {
     if (!gone_) {
         const std::scoped_lock lock(mutex_);
         for (auto& resting : atRest_)
-            if (takeIn(*resting) && !bus)
-                bus = std::move(resting);
+            if (takeIn(*resting)) {
+                if (!bus)
+                    bus = std::move(resting);
+            } else if (resting->closed()) {
+                resting.reset();
+            }
         std::erase(atRest_, nullptr);
     }
     tell();
     if (gone_ || silent()) {
         if (bus)
             giveBack(std::move(bus));
+        else if (!gone_)
+            keepKnocking();
         return {};
     }
     if (bus)
         return {shared_from_this(), std::move(bus)};
 
-    bus = Bus::start(address_);
+    bool nobody = false;
+    bus = Bus::start(address_, &nobody);
     const auto begin = Clock::now();
     if (bus && bus->becomesReady(patience_->left()))
         return {shared_from_this(), std::move(bus)};
-    if (!bus || bus->closed()) {
+    if (nobody || (bus && bus->closed())) {
         gone_ = true;
         return {};
     }
     // What is half open shows when the bus goes on.
     patience_->spend(std::chrono::duration_cast<BusPatience::Duration>(Clock::now() - begin));
     fellSilent();
-    giveBack(std::move(bus));
+    if (bus)
+        giveBack(std::move(bus));
     tell();
     return {};
+}
+
+void BusPool::keepKnocking() {
+    const std::scoped_lock lock(mutex_);
+    if (!atRest_.empty())
+        return;
+    bool nobody = false;
+    if (auto bus = Bus::start(address_, &nobody))
+        atRest_.push_back(std::move(bus));
+    if (nobody)
+        gone_ = true;
 }
 
 bool BusPool::takeIn(Bus& bus) {
@@ -76,51 +98,76 @@ bool BusPool::takeIn(Bus& bus) {
         heard();
     while (bus.process(Bus::Limit::zero())) {
     }
-    if (bus.closed())
+    // One that was never let in says nothing of the others: the library gives up on it after a while.
+    if (bus.closed() && bus.wasReady())
         gone_ = true;
     return bus.alive();
 }
 
 void BusPool::giveBack(std::unique_ptr<Bus> bus) {
-    if (bus->closed())
-        gone_ = true;
+    if (bus->closed()) {
+        if (bus->wasReady())
+            gone_ = true;
+        return;
+    }
     const std::scoped_lock lock(mutex_);
     atRest_.push_back(std::move(bus));
 }
 
 BusPeerRef BusPool::peer(const std::string& name, const std::string& title) {
     const std::scoped_lock lock(mutex_);
-    auto& known = peers_[name];
-    if (!known)
-        known = makePeer(name, title, serial_);
-    return known;
-}
-
-void BusPool::forget(const std::string& name) {
-    const std::scoped_lock lock(mutex_);
-    peers_.erase(name);
+    if (auto known = peers_[name].lock())
+        return known;
+    std::erase_if(peers_, [](const auto& entry) { return entry.second.expired(); });
+    auto made = makePeer(name, title, serial_);
+    peers_[name] = made;
+    return made;
 }
 
 void BusPool::fellSilent(Bus& bus, const BusPeerRef& peer) {
     setSilent(*peer);
-    const auto probe = bus.method(peer->name.c_str(), probe_.path, probe_.interface, probe_.member);
-    if (probe)
-        sd_bus_message_set_auto_start(probe.get(), 0);
-    bus.send(probe, Bus::kUntilAnswered, [this, peer](const BusReply& answer) { heard(*peer, answer); });
+    probe(bus, peer);
 }
 
 void BusPool::fellSilent() {
     setSilent(*daemon_);
 }
 
+void BusPool::probe(Bus& bus, const BusPeerRef& peer) {
+    const auto request = bus.method(peer->name.c_str(), probe_.path, probe_.interface, probe_.member);
+    if (request)
+        sd_bus_message_set_auto_start(request.get(), 0);
+    bus.send(request, Bus::kUntilAnswered, [this, &bus, peer](const BusReply& answer) {
+        // The bus has lost patience, or the program has just left: asked once more, the bus says which.
+        if (answer.timedOut())
+            probe(bus, peer);
+        else
+            heard(*peer, answer);
+    });
+}
+
 void BusPool::setSilent(BusPeer& peer) {
-    if (!peer.silent.exchange(true))
-        note(peer.title + " does not answer; going by what it last showed");
+    if (peer.silent.exchange(true))
+        return;
+    {
+        const std::scoped_lock lock(peer.mutex);
+        peer.toldSilent = Clock::now() - peer.told > kBetweenLines;
+        if (!peer.toldSilent)
+            return;
+        peer.told = Clock::now();
+    }
+    note(peer.title + " does not answer; going by what it last showed");
 }
 
 void BusPool::heard(BusPeer& peer, const BusReply& answer) {
-    if (peer.silent.exchange(false) && !answer.left())
-        note(peer.title + " answers again");
+    if (!peer.silent.exchange(false) || answer.absent())
+        return;
+    {
+        const std::scoped_lock lock(peer.mutex);
+        if (!std::exchange(peer.toldSilent, false))
+            return;
+    }
+    note(peer.title + " answers again");
 }
 
 void BusPool::note(std::string line) {

@@ -5,11 +5,13 @@
 #include "VeltoPlatform/linux/BusPatience.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,14 @@ struct BusPeer {
     /// It left calls unanswered. Whoever finds this set asks it nothing: one probe is outstanding, and its
     /// answer tells that the program goes on.
     std::atomic<bool> silent{false};
+
+    /// Calls that were given up and are not answered yet: they are not asked again, so that a program that
+    /// never answers one of them is waited for once.
+    std::mutex mutex;
+    std::set<std::string> owed; ///< path and member
+    /// The log tells of a program that comes and goes only now and then.
+    std::chrono::steady_clock::time_point told{};
+    bool toldSilent = false;
 };
 using BusPeerRef = std::shared_ptr<BusPeer>;
 
@@ -76,9 +86,9 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
 
     /// The bus itself, as the peer that answers "org.freedesktop.DBus".
     const BusPeerRef& daemon() const { return daemon_; }
-    /// The same object for the same name; `title` counts at the first time. Empty: the name.
+    /// The same object for the same name as long as somebody holds it; `title` counts at the first time.
+    /// Empty: the name.
     BusPeerRef peer(const std::string& name, const std::string& title = {});
-    void forget(const std::string& name);
 
     /// A peer has left calls unanswered: sends it the probe.
     void fellSilent(Bus& bus, const BusPeerRef& peer);
@@ -94,9 +104,12 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
   private:
     /// True when the connection can be used.
     bool takeIn(Bus& bus);
+    void probe(Bus& bus, const BusPeerRef& peer);
     void heard(BusPeer& peer, const BusReply& answer);
     void setSilent(BusPeer& peer);
     void giveBack(std::unique_ptr<Bus> bus);
+    /// A connection to be, where a silent bus has none that could show that it goes on.
+    void keepKnocking();
 
     const std::string address_;
     const Probe probe_;
@@ -108,7 +121,7 @@ class BusPool : public std::enable_shared_from_this<BusPool> {
 
     std::mutex mutex_; ///< of the two below
     std::vector<std::unique_ptr<Bus>> atRest_;
-    std::map<std::string, BusPeerRef> peers_;
+    std::map<std::string, std::weak_ptr<BusPeer>> peers_;
     std::mutex linesMutex_;
     std::vector<std::string> lines_;
 };

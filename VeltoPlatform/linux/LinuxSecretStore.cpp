@@ -16,6 +16,9 @@ SecretStatus LinuxSecretStore::find(const std::string& service, const std::strin
 
 SecretStatus LinuxSecretStore::remove(const std::string& service, const std::string& account) {
     const auto fromKeyring = keyring_.remove(service, account);
+    // What the keyring may still hold must not come to light when the file's is gone.
+    if (fromKeyring == SecretStatus::locked || fromKeyring == SecretStatus::failed)
+        return fromKeyring;
     const auto fromFile = file_.remove(service, account);
     if (fromFile == SecretStatus::success)
         return fromFile;

@@ -10,7 +10,8 @@ namespace velto {
 /// The file takes part only while the preference "unencryptedKeyFile" is true, which each operation reads
 /// anew: keys are added to it where no keyring can be had, and found in it when the keyring has none. A
 /// locked or failing keyring is no reason to use it. `remove` takes the key from both wherever it is, also
-/// from a file that is not used any more, and answers the keyring's word unless the file held the key.
+/// from a file that is not used any more, and answers the keyring's word unless the file held the key; while
+/// the keyring is locked or fails, it takes it from neither.
 class LinuxSecretStore : public SecretStore {
   public:
     static constexpr const char* kFilePreference = "unencryptedKeyFile";

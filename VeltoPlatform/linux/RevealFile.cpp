@@ -3,6 +3,7 @@
 #include "VeltoPlatform/linux/Bus.h"
 #include "VeltoPlatform/linux/OpenURL.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace velto {
@@ -43,7 +44,8 @@ bool revealFile(const fs::path& path, std::chrono::milliseconds limit) {
     const auto whole = fs::absolute(path, error).lexically_normal();
     if (error || !fs::exists(fs::symlink_status(whole, error)))
         return false;
-    return showItem(whole, limit) || openURL(fileURL(whole.parent_path()));
+    return showItem(whole, std::max(limit - kToOpenURL, limit / 2)) ||
+           openURL(fileURL(whole.parent_path()), std::min(kToOpenURL, limit / 2));
 }
 
 } // namespace velto

@@ -73,12 +73,13 @@ SecretStatus SecretConversation::connect() {
     }
     if (link_.bus && link_.bus->alive())
         return SecretStatus::success;
-    link_.bus = Bus::open(Bus::sessionAddress(), limits_.operation);
+    bool nobody = false;
+    link_.bus = Bus::open(Bus::sessionAddress(),
+                          std::chrono::duration_cast<Bus::Limit>(deadline_ - Clock::now()), &nobody);
     if (link_.bus)
         return SecretStatus::success;
-    const bool hangs = Clock::now() >= deadline_;
-    trouble_ = hangs ? "the session bus does not answer" : "there is no session bus";
-    return hangs ? SecretStatus::failed : SecretStatus::unavailable;
+    trouble_ = nobody ? "there is no session bus" : "the session bus does not answer";
+    return nobody ? SecretStatus::unavailable : SecretStatus::failed;
 }
 
 SecretStatus SecretConversation::open() {

@@ -5,8 +5,8 @@
 
 namespace velto {
 
-/// Starts one thread for each and installs their executors. Joins them at the end: what the blocking one is
-/// waiting for is waited for.
+/// Starts one thread for `Background` and a few for `Blocking`, and installs their executors. Joins them at
+/// the end: what a blocking one is waiting for is waited for.
 class BackgroundThreads {
   public:
     BackgroundThreads();

@@ -1,6 +1,6 @@
 // Where work runs: the main thread (all state of the application), the background thread (network and the
-// agent's loops) and one that may block. A program's composition root or a test installs them before anything
-// uses them.
+// agent's loops) and threads that may block. A program's composition root or a test installs them before
+// anything uses them.
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
@@ -50,7 +50,8 @@ using MainThread = ExecutorSlot<struct MainThreadTag>;
 /// a chunk travels from the capture queue to the socket without a hop.
 using Background = ExecutorSlot<struct BackgroundTag>;
 
-/// A thread that may wait for other programs, such as a keyring that asks its user.
+/// Threads that may wait for other programs, such as a keyring that asks its user. What is posted runs in no
+/// order.
 using Blocking = ExecutorSlot<struct BlockingTag>;
 
 } // namespace velto

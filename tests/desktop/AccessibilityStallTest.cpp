@@ -76,6 +76,56 @@ TEST_F(AccessibilityStallTest, AStoppedProgramAnswersWhatItLastShowedUntilItGoes
     EXPECT_TRUE(eventually([] { return !Telephony::callActive(); }));
 }
 
+TEST_F(AccessibilityStallTest, AProgramThatStopsInTheMiddleOfALookHasNotEndedItsCall) {
+    const auto with = [](int answers) {
+        auto description = kEndButton;
+        return description.insert(1, R"("stopsAfter": )" + std::to_string(answers) + ", ");
+    };
+    auto target = launchTarget(kEndButton);
+    ASSERT_TRUE(Telephony::callActive());
+    for (const int answers : {0, 1, 2, 3, 4, 5, 6, 8}) {
+        show(target, with(answers));
+        for (int look = 0; look < 3; ++look)
+            EXPECT_TRUE(soon(Telephony::callActive)) << answers << " answers";
+        target.process.signal(SIGCONT);
+        show(target, kEndButton);
+        ASSERT_TRUE(eventually([] { return AX::texts().size() == 1; }));
+    }
+}
+
+TEST_F(AccessibilityStallTest, WhatIsNeverAnsweredIsWaitedForOnce) {
+    auto target = launchTarget(R"({"role": 75, "name": "phone", "children": [
+        {"id": "odd", "role": 43, "name": "Odd", "unanswered": "GetExtents", "actions": ["Press"]},
+        {"id": "end", "role": 43, "name": "End", "actions": ["Press"]}]})");
+    EXPECT_TRUE(soon(Telephony::callActive));
+    // It answers everything else: what it shows from here on is seen.
+    show(target, R"({"role": 75, "name": "phone", "children": [
+        {"id": "odd", "role": 43, "name": "Odd", "unanswered": "GetExtents", "actions": ["Press"]}]})");
+    EXPECT_TRUE(eventually([] { return !Telephony::callActive(); }));
+    const auto lines = reports().size();
+    for (int look = 0; look < 5; ++look) {
+        const auto buttons = soon(AX::buttons);
+        ASSERT_EQ(buttons.size(), 1U);
+        EXPECT_EQ(buttons.front().description, "Odd");
+    }
+    EXPECT_EQ(reports().size(), lines);
+    EXPECT_TRUE(eventually([] { return AX::press("Odd"); }));
+}
+
+TEST_F(AccessibilityStallTest, ARegistryThatWasKilledTakesNobodyWithIt) {
+    auto target = launchTarget(kEndButton);
+    ASSERT_TRUE(Telephony::callActive());
+    signal(processOf("at-spi2-registryd"), SIGKILL);
+    for (int look = 0; look < 5; ++look)
+        EXPECT_TRUE(soon(Telephony::callActive));
+    EXPECT_TRUE(AX::press("End"));
+    auto later = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "later"}]})");
+    EXPECT_TRUE(eventually([this] { return workspace().runningApplications().size() == 4; }));
+    EXPECT_TRUE(Telephony::callActive());
+    target.process.kill();
+    EXPECT_TRUE(eventually([] { return !Telephony::callActive(); }));
+}
+
 TEST_F(AccessibilityStallTest, AnUnansweredPressIsNotRepeated) {
     auto target = launchTarget(R"({"role": 75, "children": [
         {"id": "end", "role": 43, "name": "End", "actions": ["Press"], "onPress": "stop"}]})");

@@ -30,10 +30,10 @@ struct FakeLine : CallLine {
             active = true;
         co_return dialSucceeds;
     }
-    bool hangup() override {
+    asio::awaitable<bool> hangup() override {
         notes.push_back("hangup");
         active = active && !hangupSucceeds;
-        return hangupSucceeds;
+        co_return hangupSucceeds;
     }
 
     Notes& notes;

@@ -8,8 +8,9 @@
 // many of it) and "levels" (so many of it, one inside the other); "onPress": "stop" (stops this process,
 // carries it out when continued), "later" (answers it, and carries it out, at the next "Show") or "refuse";
 // "broken": "error" or "types" for all that it answers but its role. Of the first element: "endsAfter", so
-// many answers of the program after which nothing else is there; "slow", so many milliseconds for each
-// answer. A child { "of": NAME, "id": ID } is an element of another program.
+// many answers of the program after which nothing else is there; "stopsAfter", so many after which this
+// process stops itself, once; "slow", so many milliseconds for each answer. "unanswered": a member that the
+// element never answers. A child { "of": NAME, "id": ID } is an element of another program.
 //
 // With an argument, the process takes part so many times, each time with a connection of its own.
 #include "VeltoPlatform/linux/AtspiCalls.h"
@@ -132,10 +133,17 @@ class Target {
         const auto& root = nodes_["root"].spec;
         if (root.contains("slow"))
             std::this_thread::sleep_for(std::chrono::milliseconds(count(root, "slow")));
-        const bool ended = root.contains("endsAfter") && ++answers_ > count(root, "endsAfter");
+        ++answers_;
+        const bool ended = root.contains("endsAfter") && answers_ > count(root, "endsAfter");
+        if (root.contains("stopsAfter") && answers_ == count(root, "stopsAfter") + 1)
+            std::raise(SIGSTOP);
         if (found == nodes_.end() || (ended && id != "root"))
             return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
         const std::string_view member = sd_bus_message_get_member(call);
+        if (text(found->second.spec, "unanswered") == member) {
+            unanswered_.emplace_back(sd_bus_message_ref(call));
+            return 1;
+        }
         const auto broken = text(found->second.spec, "broken");
         if (!broken.empty() && member != "GetRole")
             return broken == "error" ? sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "broken")
@@ -245,6 +253,7 @@ class Target {
 
     std::unique_ptr<Bus> bus_;
     std::vector<Press> later_;
+    std::vector<BusMessage> unanswered_;
     std::map<std::string, Node> nodes_;
     int unnamed_ = 0;
     std::int64_t answers_ = 0;
