@@ -72,6 +72,7 @@ int run(SingleInstance& instance, StopSignals& signals, const Wish& wish, int ar
         complain("no phone line: " + line.error().description);
     PhoneProgram program(line ? std::move(*line) : nullptr);
     QObject::connect(&instance, &SingleInstance::wished, &program, &PhoneProgram::grant);
+    QObject::connect(&program, &PhoneProgram::ending, &instance, &SingleInstance::close);
     if (!instance.listen()) {
         complain(instance.error().toStdString());
         return 1;

@@ -29,7 +29,7 @@ void PhoneProgram::showWindow() {
 
 void PhoneProgram::stop() {
     if (std::exchange(stopping_, true))
-        return QCoreApplication::quit();
+        return end();
     phone_.hangUp();
     endIfDone();
 }
@@ -37,7 +37,13 @@ void PhoneProgram::stop() {
 void PhoneProgram::endIfDone() {
     const bool visible = phone_.state() != PhoneState::idle || (window_ && window_->isVisible());
     if (!phone_.callUp() && (stopping_ || !visible))
-        QCoreApplication::quit();
+        end();
+}
+
+void PhoneProgram::end() {
+    Q_EMIT ending();
+    // Without asking the windows, of which the banner refuses while a call is up.
+    QCoreApplication::exit();
 }
 
 } // namespace velto::phone

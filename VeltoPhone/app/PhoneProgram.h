@@ -9,7 +9,7 @@
 
 namespace velto::phone {
 
-/// Ends the application when no call is up and nothing is visible. Qt's main thread.
+/// Ends the application, after `ending`, when no call is up and nothing is visible. Qt's main thread.
 class PhoneProgram : public QObject {
     Q_OBJECT
 
@@ -20,9 +20,14 @@ class PhoneProgram : public QObject {
     /// Hangs up first where there is a call; asked a second time it does not wait for the line.
     void stop();
 
+  Q_SIGNALS:
+    /// Nothing is granted from here on.
+    void ending();
+
   private:
     void showWindow();
     void endIfDone();
+    void end();
 
     Phone phone_;
     Banner banner_;
