@@ -2,14 +2,31 @@
 
 #include <QCoreApplication>
 
+#include <cstdlib>
 #include <utility>
 
 namespace velto::phone {
+namespace {
+
+Phone* phoneOfProcess = nullptr;
+
+void hangUpAtExit() {
+    if (phoneOfProcess != nullptr)
+        phoneOfProcess->giveUpLine();
+}
+
+} // namespace
 
 PhoneProgram::PhoneProgram(std::unique_ptr<Line> line) : phone_(std::move(line)), banner_(phone_) {
+    phoneOfProcess = &phone_;
+    std::atexit(hangUpAtExit);
     // Queued: what follows a change may still open something.
     connect(&phone_, &Phone::changed, this, &PhoneProgram::endIfDone, Qt::QueuedConnection);
     connect(&banner_, &Banner::keypadWanted, this, &PhoneProgram::showWindow);
+}
+
+PhoneProgram::~PhoneProgram() {
+    phoneOfProcess = nullptr;
 }
 
 void PhoneProgram::grant(const Wish& wish) {

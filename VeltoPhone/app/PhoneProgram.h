@@ -10,11 +10,14 @@
 namespace velto::phone {
 
 /// Ends the application, after `ending`, when no call is up and nothing is visible. Qt's main thread.
+/// One for each process: a call is hung up also when the process ends by `exit`, as Qt does when its display
+/// dies.
 class PhoneProgram : public QObject {
     Q_OBJECT
 
   public:
     explicit PhoneProgram(std::unique_ptr<Line> line);
+    ~PhoneProgram() override;
 
     void grant(const Wish& wish);
     /// Hangs up first where there is a call; asked a second time it does not wait for the line.

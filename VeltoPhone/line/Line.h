@@ -20,7 +20,8 @@ struct LineEvents {
 
 /// One call at a time. The operations are called on one thread and answer at once: a line that has to wait
 /// for a modem or a bus does so on a thread of its own. With its destruction a call is hung up and the events
-/// stop.
+/// stop; it waits for that, and happens also when the process ends by `exit`. Killed, a process hangs up
+/// nothing, and what carried the call has to notice.
 class Line {
   public:
     virtual ~Line() = default;

@@ -60,6 +60,9 @@ class Phone : public QObject {
     /// Nothing while a call is up.
     void dismiss();
     void hangUp();
+    /// Hangs up, waits for the line to have done so, and has none from then on: for a process that ends under
+    /// way.
+    void giveUpLine() { line_.reset(); }
     /// One of "0123456789*#".
     void sendTone(QChar key);
 
