@@ -66,11 +66,8 @@ Banner::Banner(Phone& phone)
 }
 
 void Banner::followScreen(QScreen* screen) {
-    if (screen_)
-        screen_->disconnect(this);
-    screen_ = screen;
-    if (screen_)
-        connect(screen_, &QScreen::availableGeometryChanged, this, &Banner::place);
+    if (screen != nullptr)
+        connect(screen, &QScreen::availableGeometryChanged, this, &Banner::place, Qt::UniqueConnection);
     place();
 }
 
@@ -167,9 +164,10 @@ QWidget* Banner::actions() {
 }
 
 void Banner::place() {
-    if (!screen_)
+    const auto* const screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr)
         return;
-    const auto room = screen_->availableGeometry();
+    const auto room = screen->availableGeometry();
     move(room.right() + 1 - kMargin - width(), room.top() + kMargin);
 }
 

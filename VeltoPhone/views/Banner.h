@@ -4,7 +4,6 @@
 #include "VeltoPhone/model/Phone.h"
 
 #include <QLabel>
-#include <QPointer>
 #include <QScreen>
 #include <QWidget>
 
@@ -44,7 +43,6 @@ class Banner : public QWidget {
 
     Phone& phone_;
     Kind kind_ = Kind::nothing;
-    QPointer<QScreen> screen_; ///< the desktop's first
     QWidget* body_ = nullptr;
     QLabel* caption_ = nullptr;
     QLabel* number_ = nullptr;
