@@ -35,9 +35,10 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, co
 void prepareEnvironment() {
     // Others drive the phone over the accessibility bus, and may come after it has started.
     ::qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
-    // Where both are to be had: a Wayland client may not say that its banner belongs into the corner.
+    // Where both are to be had: a Wayland client may not say that its banner belongs into the corner. The
+    // second is for a DISPLAY that is set and leads nowhere.
     if (!::qEnvironmentVariableIsSet("QT_QPA_PLATFORM") && ::qEnvironmentVariableIsSet("DISPLAY"))
-        ::qputenv("QT_QPA_PLATFORM", "xcb");
+        ::qputenv("QT_QPA_PLATFORM", "xcb;wayland");
 }
 
 /// What is left to do: the exit status, or none when this process is to be the phone.
@@ -72,6 +73,7 @@ int run(SingleInstance& instance, StopSignals& signals, const Wish& wish, int ar
         complain("no phone line: " + line.error().description);
     PhoneProgram program(line ? std::move(*line) : nullptr);
     QObject::connect(&instance, &SingleInstance::wished, &program, &PhoneProgram::grant);
+    QObject::connect(&program, &PhoneProgram::ending, &instance, &SingleInstance::close);
     if (!instance.listen()) {
         complain(instance.error().toStdString());
         return 1;

@@ -2,14 +2,31 @@
 
 #include <QCoreApplication>
 
+#include <cstdlib>
 #include <utility>
 
 namespace velto::phone {
+namespace {
+
+Phone* phoneOfProcess = nullptr;
+
+void hangUpAtExit() {
+    if (phoneOfProcess != nullptr)
+        phoneOfProcess->giveUpLine();
+}
+
+} // namespace
 
 PhoneProgram::PhoneProgram(std::unique_ptr<Line> line) : phone_(std::move(line)), banner_(phone_) {
+    phoneOfProcess = &phone_;
+    std::atexit(hangUpAtExit);
     // Queued: what follows a change may still open something.
     connect(&phone_, &Phone::changed, this, &PhoneProgram::endIfDone, Qt::QueuedConnection);
     connect(&banner_, &Banner::keypadWanted, this, &PhoneProgram::showWindow);
+}
+
+PhoneProgram::~PhoneProgram() {
+    phoneOfProcess = nullptr;
 }
 
 void PhoneProgram::grant(const Wish& wish) {
@@ -29,7 +46,7 @@ void PhoneProgram::showWindow() {
 
 void PhoneProgram::stop() {
     if (std::exchange(stopping_, true))
-        return QCoreApplication::quit();
+        return end();
     phone_.hangUp();
     endIfDone();
 }
@@ -37,7 +54,13 @@ void PhoneProgram::stop() {
 void PhoneProgram::endIfDone() {
     const bool visible = phone_.state() != PhoneState::idle || (window_ && window_->isVisible());
     if (!phone_.callUp() && (stopping_ || !visible))
-        QCoreApplication::quit();
+        end();
+}
+
+void PhoneProgram::end() {
+    Q_EMIT ending();
+    // Without asking the windows, of which the banner refuses while a call is up.
+    QCoreApplication::exit();
 }
 
 } // namespace velto::phone

@@ -9,20 +9,28 @@
 
 namespace velto::phone {
 
-/// Ends the application when no call is up and nothing is visible. Qt's main thread.
+/// Ends the application, after `ending`, when no call is up and nothing is visible. Qt's main thread.
+/// One for each process: a call is hung up also when the process ends by `exit`, as Qt does when its display
+/// dies.
 class PhoneProgram : public QObject {
     Q_OBJECT
 
   public:
     explicit PhoneProgram(std::unique_ptr<Line> line);
+    ~PhoneProgram() override;
 
     void grant(const Wish& wish);
     /// Hangs up first where there is a call; asked a second time it does not wait for the line.
     void stop();
 
+  Q_SIGNALS:
+    /// Nothing is granted from here on.
+    void ending();
+
   private:
     void showWindow();
     void endIfDone();
+    void end();
 
     Phone phone_;
     Banner banner_;

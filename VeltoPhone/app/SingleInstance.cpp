@@ -10,6 +10,8 @@
 
 #include <utility>
 
+#include <poll.h>
+
 namespace velto::phone {
 namespace {
 
@@ -23,6 +25,12 @@ constexpr qint64 kLongestLine = 65536;
 
 QByteArray lineOf(const Wish& wish) {
     return wish ? "open " + wish->left(kMostHandedOver).toUtf8().toPercentEncoding() + '\n' : "show\n";
+}
+
+/// A process that stood still finds what was sent to it meanwhile, also by those who have given up since.
+bool stillWaits(const QLocalSocket& peer) {
+    pollfd connection{static_cast<int>(peer.socketDescriptor()), POLLRDHUP, 0};
+    return ::poll(&connection, 1, 0) == 0;
 }
 
 int remaining(const QDeadlineTimer& deadline) {
@@ -45,7 +53,7 @@ SingleInstance::SingleInstance(const QString& folder)
 
 SingleInstance::~SingleInstance() {
     // Before the lock is given up, so that nobody finds a socket without its owner.
-    server_.close();
+    close();
 }
 
 SingleInstance::Role SingleInstance::settle(const Wish& wish, std::chrono::milliseconds limit) {
@@ -89,6 +97,10 @@ bool SingleInstance::listen() {
     return false;
 }
 
+void SingleInstance::close() {
+    server_.close();
+}
+
 void SingleInstance::serve(QLocalSocket* peer) {
     connect(peer, &QLocalSocket::disconnected, peer, &QObject::deleteLater);
     QTimer::singleShot(kPeerMayTake, peer, [peer] { peer->abort(); });
@@ -98,7 +110,7 @@ void SingleInstance::serve(QLocalSocket* peer) {
             return;
         const auto line = peer->readLine().chopped(1);
         const bool open = line.startsWith("open ");
-        if (!open && line != "show")
+        if ((!open && line != "show") || !server_.isListening() || !stillWaits(*peer))
             return peer->abort();
         peer->write("ok\n");
         peer->disconnectFromServer();

@@ -33,6 +33,8 @@ class SingleInstance : public QObject {
     Role settle(const Wish& wish, std::chrono::milliseconds limit = std::chrono::seconds(2));
     /// Needs an event loop. False when the socket cannot be made.
     bool listen();
+    /// Before this process ends: what comes from then on is refused, so that its sender asks again.
+    void close();
     /// The reason of what failed last.
     const QString& error() const { return error_; }
 

@@ -11,13 +11,17 @@ namespace velto::phone {
 struct LineEvents {
     std::function<void()> ringing;  ///< at the other end
     std::function<void()> answered; ///< sound passes, from the default input and to the default output
-    /// For people: "callee hung up", "busy", "the modem has gone". Also how a dial that fails is told.
+    /// For people: one of the two below, or "busy", "the modem has gone". Also how a dial that fails is told.
     std::function<void(const std::string& reason)> ended;
+
+    static constexpr const char* hungUpHere = "hung up by the caller";
+    static constexpr const char* hungUpThere = "callee hung up";
 };
 
 /// One call at a time. The operations are called on one thread and answer at once: a line that has to wait
 /// for a modem or a bus does so on a thread of its own. With its destruction a call is hung up and the events
-/// stop.
+/// stop; it waits for that, and happens also when the process ends by `exit`. Killed, a process hangs up
+/// nothing, and what carried the call has to notice.
 class Line {
   public:
     virtual ~Line() = default;

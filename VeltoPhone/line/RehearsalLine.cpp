@@ -76,7 +76,7 @@ void RehearsalLine::dial(const std::string& number, LineEvents events) {
 
 void RehearsalLine::hangUp() {
     asio::post(person_->context,
-               [person = person_.get()] { person->callee->hangUp("hung up by the caller"); });
+               [person = person_.get()] { person->callee->hangUp(LineEvents::hungUpHere); });
 }
 
 void RehearsalLine::sendTones(const std::string& digits) {

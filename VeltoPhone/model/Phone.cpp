@@ -34,11 +34,14 @@ QString Phone::runningTime() const {
 void Phone::open(const QString& given) {
     const auto number = phoneNumber(given.toStdString());
     if (callUp()) {
-        notice_ = number ? tr("%1 was opened during this call and not dialled").arg(text(*number))
+        if (number)
+            next_ = text(*number);
+        notice_ = number ? tr("%1 can be called when this call is over").arg(next_)
                          : text(number.error().description);
         Q_EMIT changed();
         return;
     }
+    next_.clear();
     number_ = number ? text(*number) : QString();
     reason_ = number ? QString() : text(number.error().description);
     enter(number ? PhoneState::offered : PhoneState::refused);
@@ -82,7 +85,14 @@ void Phone::ended(const QString& reason) {
 
 void Phone::dismiss() {
     if (!callUp())
+        goOn();
+}
+
+void Phone::goOn() {
+    if (next_.isEmpty())
         enter(PhoneState::idle);
+    else
+        open(std::exchange(next_, {}));
 }
 
 void Phone::hangUp() {
@@ -91,7 +101,8 @@ void Phone::hangUp() {
     line_->hangUp();
     if (!hungUp_)
         hungUp_ = Clock::shared().steadyNow();
-    tick();
+    setTimer(Clock::shared().steadyNow());
+    Q_EMIT changed();
 }
 
 void Phone::sendTone(QChar key) {
@@ -121,9 +132,9 @@ void Phone::enter(PhoneState state) {
 void Phone::tick() {
     const auto now = Clock::shared().steadyNow();
     if (hungUp_ && now - *hungUp_ >= lineMayTakeToEnd)
-        return ended(tr("the phone line does not answer"));
+        return ended(tr("the phone line does not answer; the call may still be up"));
     if (state_ == PhoneState::ended && now - since_ >= shownAfterEnd)
-        return enter(PhoneState::idle);
+        return goOn();
     setTimer(now);
     if (state_ == PhoneState::active)
         Q_EMIT changed();

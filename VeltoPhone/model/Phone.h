@@ -39,6 +39,8 @@ class Phone : public QObject {
     bool hasLine() const { return line_ != nullptr; }
     /// Dialing, ringing or active.
     bool callUp() const;
+    /// The line was told to hang up, and has not said yet that the call is over.
+    bool ending() const { return hungUp_.has_value(); }
     /// Of the call or the offer; empty when idle or refused.
     const QString& number() const { return number_; }
     /// Why it was refused or has ended.
@@ -50,12 +52,17 @@ class Phone : public QObject {
     /// m:ss since the answer, minutes beyond 59 too.
     QString runningTime() const;
 
-    /// Offers or refuses a number as in `phoneNumber`. A call that is up goes on undisturbed, with a notice.
+    /// Offers or refuses a number as in `phoneNumber`. A call that is up goes on undisturbed, with a notice;
+    /// a number is then offered when that call is over, the last one where there were several.
     void open(const QString& text);
     /// Calls the number that is offered.
     void call();
+    /// Nothing while a call is up.
     void dismiss();
     void hangUp();
+    /// Hangs up, waits for the line to have done so, and has none from then on: for a process that ends under
+    /// way.
+    void giveUpLine() { line_.reset(); }
     /// One of "0123456789*#".
     void sendTone(QChar key);
 
@@ -69,6 +76,8 @@ class Phone : public QObject {
   private:
     void enter(PhoneState state);
     void ended(const QString& reason);
+    /// Offers what was opened during the call, or has nothing more to show.
+    void goOn();
     /// Runs `work` on the main thread, if the present call is still the one then.
     void later(unsigned call, std::function<void()> work);
     LineEvents eventsOfThisCall();
@@ -79,6 +88,7 @@ class Phone : public QObject {
     QString reason_;
     QString notice_;
     QString tones_;
+    QString next_;      ///< the number to offer when the call is over
     unsigned call_ = 0; ///< what an earlier call's line still says is dropped
     Clock::SteadyTime since_;
     std::optional<Clock::SteadyTime> hungUp_;

@@ -2,7 +2,10 @@
 
 #include "VeltoShared/core/Utf8.h"
 
+#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/replace.hpp>
+#include <boost/algorithm/string/trim.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -12,7 +15,26 @@ namespace {
 
 constexpr std::size_t kLongest = 40;   ///< characters of a number
 constexpr std::size_t kMostShown = 32; ///< bytes of what is none
-constexpr std::string_view kSeparators = " \t-./()";
+constexpr std::string_view kSeparators = " -./()";
+
+struct Sign {
+    std::string_view utf8;
+    std::string_view plain;
+};
+constexpr Sign kForeignSigns[] = {
+    {"\t", " "},     {"\n", " "},     {"\r", " "},     {"\u00a0", " "}, {"\u2007", " "}, {"\u2009", " "},
+    {"\u202f", " "}, {"\u2010", "-"}, {"\u2011", "-"}, {"\u2012", "-"}, {"\u2013", "-"}, {"\u2014", "-"},
+    {"\u2212", "-"}, {"\u00ad", ""},  {"\u200b", ""},  {"\u200c", ""},  {"\u200d", ""},  {"\u200e", ""},
+    {"\u200f", ""},  {"\u202a", ""},  {"\u202b", ""},  {"\u202c", ""},  {"\u202d", ""},  {"\u202e", ""},
+    {"\u2060", ""},  {"\u2066", ""},  {"\u2067", ""},  {"\u2068", ""},  {"\u2069", ""},  {"\ufeff", ""}};
+
+/// Without the blanks at its ends either.
+std::string withPlainSigns(std::string text) {
+    for (const auto& sign : kForeignSigns)
+        boost::replace_all(text, sign.utf8, sign.plain);
+    boost::trim_if(text, boost::is_any_of(" "));
+    return text;
+}
 
 std::string_view withoutScheme(std::string_view text) {
     for (const std::string_view scheme : {"tel-phoneapp:", "tel:"})
@@ -71,8 +93,12 @@ std::string shown(std::string_view text) {
 
 } // namespace
 
+std::string plainNumberText(std::string_view text) {
+    return withPlainSigns(percentDecoded(withoutScheme(withPlainSigns(std::string(text)))));
+}
+
 Result<std::string> phoneNumber(std::string_view text) {
-    const auto given = percentDecoded(withoutScheme(text));
+    const auto given = plainNumberText(text);
     std::string number;
     std::copy_if(given.begin(), given.end(), std::back_inserter(number),
                  [](char character) { return kSeparators.find(character) == std::string_view::npos; });

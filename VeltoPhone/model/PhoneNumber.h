@@ -8,6 +8,10 @@
 
 namespace velto::phone {
 
+/// What a person or another program has given as a number, without its scheme and percent-encoding, and with
+/// plain blanks and dashes for those that texts and web pages put there; their marks of direction go.
+std::string plainNumberText(std::string_view text);
+
 /// What to dial, out of what a person typed or a desktop opened: NUMBER, tel:NUMBER or tel-phoneapp:NUMBER,
 /// with or without percent-encoding and the blanks, dots, dashes and brackets that people write. The answer
 /// has only digits, "*", "#" and "+", the last at the start or behind a "*" or "#", at least one digit and at

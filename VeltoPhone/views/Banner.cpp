@@ -3,7 +3,7 @@
 #include "VeltoPhone/views/Button.h"
 #include "VeltoPhone/views/CallTexts.h"
 
-#include <QEvent>
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPainter>
@@ -60,9 +60,15 @@ Banner::Banner(Phone& phone)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     connect(&phone_, &Phone::changed, this, &Banner::follow);
-    if (const auto* const screen = QGuiApplication::primaryScreen())
-        connect(screen, &QScreen::availableGeometryChanged, this, &Banner::place);
+    followScreen(QGuiApplication::primaryScreen());
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &Banner::followScreen);
     follow();
+}
+
+void Banner::followScreen(QScreen* screen) {
+    if (screen != nullptr)
+        connect(screen, &QScreen::availableGeometryChanged, this, &Banner::place, Qt::UniqueConnection);
+    place();
 }
 
 Banner::Kind Banner::kindOfState() const {
@@ -172,6 +178,12 @@ void Banner::tintTexts() {
     tint(*caption_, look.muted);
     tint(*status_, look.muted);
     tint(*notice_, look.muted);
+}
+
+void Banner::closeEvent(QCloseEvent* event) {
+    // A call that nobody sees would never be ended.
+    event->setAccepted(!phone_.callUp());
+    phone_.dismiss();
 }
 
 void Banner::changeEvent(QEvent* event) {

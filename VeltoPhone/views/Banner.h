@@ -4,6 +4,7 @@
 #include "VeltoPhone/model/Phone.h"
 
 #include <QLabel>
+#include <QScreen>
 #include <QWidget>
 
 namespace velto::phone {
@@ -11,7 +12,8 @@ namespace velto::phone {
 /// Shows and hides itself as the phone's state asks, above other windows and without taking the focus. Others
 /// drive it over the accessibility bus, so what does not apply does not exist: there is a button "Call" while
 /// a number can be called, a button "End" exactly while a call is up and the same one all the time, and
-/// nothing at all while there is nothing to show.
+/// nothing at all while there is nothing to show. Closed by the desktop, it does what "Close" does, and
+/// nothing while a call is up.
 class Banner : public QWidget {
     Q_OBJECT
 
@@ -22,6 +24,7 @@ class Banner : public QWidget {
     void keypadWanted();
 
   protected:
+    void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -34,6 +37,7 @@ class Banner : public QWidget {
     void build();
     QWidget* head();
     QWidget* actions();
+    void followScreen(QScreen* screen);
     void place();
     void tintTexts();
 

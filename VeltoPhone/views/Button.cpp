@@ -1,8 +1,10 @@
 #include "VeltoPhone/views/Button.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace velto::phone {
 namespace {
@@ -46,6 +48,54 @@ Button* Button::key(const QString& key, const QString& letters) {
     button->diameter_ = kKeyDiameter;
     button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     return button;
+}
+
+void Button::onHold(const QString& description, std::function<void()> work) {
+    setAccessibleDescription(description);
+    holding_ = new QTimer(this);
+    holding_->setSingleShot(true);
+    holding_->setInterval(longPress);
+    connect(holding_, &QTimer::timeout, this, [this, work = std::move(work)] {
+        held_ = true;
+        work();
+    });
+    connect(this, &QPushButton::pressed, this, [this] {
+        if (!held_)
+            holding_->start();
+    });
+    connect(this, &QPushButton::released, holding_, &QTimer::stop);
+}
+
+void Button::showEvent(QShowEvent* event) {
+    QPushButton::showEvent(event);
+    if (!event->spontaneous())
+        shownSince_ = Clock::shared().steadyNow();
+}
+
+void Button::mousePressEvent(QMouseEvent* event) {
+    if (colour_ == Colour::end && Clock::shared().steadyNow() - shownSince_ < mouseSettles)
+        return event->accept();
+    held_ = false;
+    QPushButton::mousePressEvent(event);
+}
+
+void Button::mouseReleaseEvent(QMouseEvent* event) {
+    // What is not down when it is let go of is not clicked.
+    if (std::exchange(held_, false))
+        setDown(false);
+    QPushButton::mouseReleaseEvent(event);
+}
+
+void Button::keyPressEvent(QKeyEvent* event) {
+    if (!event->isAutoRepeat())
+        held_ = false;
+    QPushButton::keyPressEvent(event);
+}
+
+void Button::keyReleaseEvent(QKeyEvent* event) {
+    if (!event->isAutoRepeat() && std::exchange(held_, false))
+        setDown(false);
+    QPushButton::keyReleaseEvent(event);
 }
 
 QSize Button::sizeHint() const {

@@ -1,8 +1,24 @@
 #include "VeltoPhone/views/CallTexts.h"
 
 namespace velto::phone {
+namespace {
+
+/// The usual ends in the words of whoever looks at them, any other as the line says it.
+QString endText(const QString& reason) {
+    if (reason.isEmpty())
+        return Phone::tr("Call ended");
+    if (reason == QLatin1String(LineEvents::hungUpHere))
+        return Phone::tr("You hung up");
+    if (reason == QLatin1String(LineEvents::hungUpThere))
+        return Phone::tr("They hung up");
+    return reason.left(1).toUpper() + reason.mid(1);
+}
+
+} // namespace
 
 QString statusText(const Phone& phone) {
+    if (phone.ending())
+        return Phone::tr("Ending…");
     switch (phone.state()) {
     case PhoneState::dialing:
         return Phone::tr("Calling…");
@@ -13,7 +29,7 @@ QString statusText(const Phone& phone) {
     case PhoneState::refused:
         return phone.reason();
     case PhoneState::ended:
-        return phone.reason().left(1).toUpper() + phone.reason().mid(1);
+        return endText(phone.reason());
     case PhoneState::idle:
     case PhoneState::offered:
         break;

@@ -7,8 +7,8 @@
 
 namespace velto::phone {
 
-/// "Calling…", "Ringing…", the running time, or why there is nothing of the kind; empty when there is nothing
-/// to say.
+/// "Calling…", "Ringing…", the running time, "Ending…", or why there is nothing of the kind; empty when there
+/// is nothing to say.
 QString statusText(const Phone& phone);
 
 /// A label that shows any text as it is: what is in it was typed or opened by somebody.

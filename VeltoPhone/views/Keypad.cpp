@@ -15,7 +15,7 @@ struct Key {
 };
 constexpr std::array kKeys{Key{"1", ""},     Key{"2", "ABC"}, Key{"3", "DEF"},  Key{"4", "GHI"},
                            Key{"5", "JKL"},  Key{"6", "MNO"}, Key{"7", "PQRS"}, Key{"8", "TUV"},
-                           Key{"9", "WXYZ"}, Key{"*", ""},    Key{"0", ""},     Key{"#", ""}};
+                           Key{"9", "WXYZ"}, Key{"*", ""},    Key{"0", "+"},    Key{"#", ""}};
 constexpr int kColumns = 3;
 
 } // namespace
@@ -30,6 +30,8 @@ Keypad::Keypad() {
         const QChar sign = QLatin1Char(*key.key);
         auto* const button = Button::key(sign, QString::fromLatin1(key.letters));
         connect(button, &QPushButton::clicked, this, [this, sign] { Q_EMIT pressed(sign); });
+        if (sign == QLatin1Char('0'))
+            button->onHold(tr("hold for +"), [this] { Q_EMIT pressed(QLatin1Char('+')); });
         grid->addWidget(button, place / kColumns, place % kColumns, Qt::AlignCenter);
         keys_.emplace(sign, button);
         ++place;

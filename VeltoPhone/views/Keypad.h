@@ -9,6 +9,7 @@ namespace velto::phone {
 
 class Button;
 
+/// A long press on 0 is a "+".
 class Keypad : public QWidget {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "VeltoPhone/views/MainWindow.h"
 
+#include "VeltoPhone/model/PhoneNumber.h"
 #include "VeltoPhone/views/Button.h"
 #include "VeltoPhone/views/CallTexts.h"
 #include "VeltoPhone/views/Keypad.h"
@@ -10,12 +11,30 @@
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace velto::phone {
 namespace {
 
 constexpr int kMargin = 22;
 constexpr int kActionDiameter = 66;
 constexpr int kEraseDiameter = 48;
+
+/// Lets in what belongs into numbers, however it comes: typed, pasted, dropped or set by another program.
+class NumberValidator : public QRegularExpressionValidator {
+  public:
+    explicit NumberValidator(QObject* parent)
+        : QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9*#+ ./()-]{0,60}")), parent) {}
+
+    State validate(QString& text, int& cursor) const override {
+        const auto behind = text.size() - cursor; // of what is refused, the cursor goes to the end
+        if (const auto state = QRegularExpressionValidator::validate(text, cursor); state != Invalid)
+            return state;
+        text = QString::fromStdString(plainNumberText(text.toStdString()));
+        cursor = static_cast<int>(std::max<qsizetype>(0, text.size() - behind));
+        return QRegularExpressionValidator::validate(text, cursor);
+    }
+};
 
 } // namespace
 
@@ -33,8 +52,7 @@ MainWindow::MainWindow(Phone& phone)
     number_->setFont(scaledFont(1.9));
     number_->setPlaceholderText(tr("Number"));
     number_->setAccessibleName(tr("Number"));
-    number_->setValidator(
-        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9*#+ ./()-]{0,60}")), number_));
+    number_->setValidator(new NumberValidator(number_));
     connect(number_, &QLineEdit::returnPressed, this, &MainWindow::dial);
     connect(number_, &QLineEdit::textChanged, this, &MainWindow::follow);
     connect(keypad_, &Keypad::pressed, this, &MainWindow::keyPressed);
@@ -71,6 +89,7 @@ QWidget* MainWindow::actions() {
     connect(dial_, &QPushButton::clicked, this, &MainWindow::dial);
     connect(hangUp_, &QPushButton::clicked, &phone_, &Phone::hangUp);
     connect(erase_, &QPushButton::clicked, number_, &QLineEdit::backspace);
+    erase_->onHold(tr("hold to clear the number"), [this] { number_->clear(); });
     auto* const row = new QWidget;
     auto* const grid = new QGridLayout(row);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -116,7 +135,7 @@ void MainWindow::dial() {
 
 void MainWindow::keyPressed(QChar key) {
     if (phone_.callUp())
-        phone_.sendTone(key);
+        phone_.sendTone(key == QLatin1Char('+') ? QLatin1Char('0') : key); // there is no such tone
     else
         number_->insert(key);
 }

@@ -38,6 +38,7 @@ void Callee::dial(const std::string& number) {
     if (state_ != State::idle)
         return;
     state_ = State::ringing;
+    measures_ = {};
     ringingSince_ = monotonicNow();
     hooks_.report({{"event", "dialled"}, {"number", number}});
     hooks_.ringing();
@@ -111,12 +112,11 @@ void Callee::end(const std::string& reason) {
 }
 
 void Callee::reportMeasures() {
-    const auto measures = audio_ ? audio_->measures() : measures_;
     hooks_.report({{"event", "measures"},
-                   {"framesHeard", measures.framesHeard},
-                   {"peakHeard", measures.peakHeard},
-                   {"framesSaid", measures.framesSaid},
-                   {"peakSaid", measures.peakSaid}});
+                   {"framesHeard", measures_.framesHeard},
+                   {"peakHeard", measures_.peakHeard},
+                   {"framesSaid", measures_.framesSaid},
+                   {"peakSaid", measures_.peakSaid}});
 }
 
 } // namespace velto::rehearsal

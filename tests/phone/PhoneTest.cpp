@@ -11,13 +11,15 @@ using namespace std::chrono_literals;
 using State = PhoneState;
 
 TEST(PhoneNumber, TakesWhatDesktopsOpenAndPeopleType) {
-    const std::map<std::string, std::string> numbers{{"5551234", "5551234"},
-                                                     {"tel-phoneapp:5551234", "5551234"},
-                                                     {"TEL:+1-(555) 012.6", "+15550126"},
-                                                     {"tel:%2B15550126%20", "+15550126"},
-                                                     {"tel-phoneapp:*31#5551234", "*31#5551234"},
-                                                     {"tel-phoneapp:%2A31%23+15551234", "*31#+15551234"},
-                                                     {std::string(40, '1'), std::string(40, '1')}};
+    const std::map<std::string, std::string> numbers{
+        {"5551234", "5551234"},
+        {"tel-phoneapp:5551234", "5551234"},
+        {"TEL:+1-(555) 012.6", "+15550126"},
+        {"tel:%2B15550126%20", "+15550126"},
+        {"tel-phoneapp:*31#5551234", "*31#5551234"},
+        {"tel-phoneapp:%2A31%23+15551234", "*31#+15551234"},
+        {"\u200e tel:%C2%A0+1\u202f555\u20130126\u2069\n", "+15550126"},
+        {std::string(40, '1'), std::string(40, '1')}};
     for (const auto& [text, number] : numbers)
         EXPECT_EQ(phoneNumber(text).value(), number) << text;
 }
@@ -90,11 +92,24 @@ TEST_F(PhoneTest, ANumberThatIsOpenedDoesNotDisturbACall) {
     phone.open("2");
     EXPECT_EQ(phone.number(), "1");
     EXPECT_EQ(phone.state(), State::active);
-    EXPECT_EQ(phone.notice(), "2 was opened during this call and not dialled");
+    EXPECT_EQ(phone.notice(), "2 can be called when this call is over");
     phone.open("two");
     EXPECT_EQ(phone.notice(), "Not a phone number: two");
     lineEnds("callee hung up");
     EXPECT_EQ(phone.notice(), "");
+    EXPECT_EQ(phone.number(), "1") << "whoever was called may read how it ended";
+    wait(3s);
+    EXPECT_EQ(phone.state(), State::offered);
+    EXPECT_EQ(phone.number(), "2");
+    EXPECT_EQ(line->did, Did{"dial 1"});
+
+    phone.call();
+    phone.open("5");
+    lineEnds("busy");
+    phone.open("6");
+    EXPECT_EQ(phone.number(), "6");
+    phone.dismiss();
+    EXPECT_EQ(phone.state(), State::idle) << "what came later took the place of what waited";
     phone.open("two");
     EXPECT_EQ(phone.state(), State::refused);
     wait(1h);
@@ -130,7 +145,7 @@ TEST_F(PhoneTest, ALineThatDiesEndsTheCallAndIsNotHeardInTheNext) {
     EXPECT_TRUE(phone.callUp());
     wait(200ms);
     EXPECT_EQ(phone.state(), State::ended);
-    EXPECT_EQ(phone.reason(), "the phone line does not answer");
+    EXPECT_EQ(phone.reason(), "the phone line does not answer; the call may still be up");
     wait(3s);
     lineEnds("late");
     EXPECT_EQ(phone.state(), State::idle);

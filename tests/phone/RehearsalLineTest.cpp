@@ -84,6 +84,7 @@ TEST(RehearsalLine, RingsIsAnsweredSpeaksAndEndsInsideThisProcess) {
         line.dial("1", journal.events());
         line.hangUp();
         ASSERT_TRUE(journal.waitFor("ended: hung up by the caller"));
+        EXPECT_EQ(framesSaid, 0) << "of this call, not of the one before";
         line.dial("2", journal.events());
         ASSERT_TRUE(journal.waitFor("answered"));
         journal.taken();

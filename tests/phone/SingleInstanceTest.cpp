@@ -69,6 +69,19 @@ TEST_F(SingleInstanceTest, AnInstanceThatDoesNotAnswerIsNotWaitedForLong) {
     EXPECT_EQ(second.settle("5", 100ms), Role::failed) << "listens, and its loop stands still";
     EXPECT_EQ(second.error(), "the running phone does not answer");
 
+    PhoneFixture::settle();
+    EXPECT_EQ(wishes, std::vector<std::string>{}) << "the sender was told that it had failed";
+    QLocalSocket late;
+    late.connectToServer(folder.path() + "/velto-phone.sock");
+    PhoneFixture::settle();
+    stuck.close();
+    late.write("open 7\n");
+    EXPECT_TRUE(late.waitForBytesWritten());
+    while (late.state() == QLocalSocket::ConnectedState)
+        QCoreApplication::processEvents();
+    EXPECT_EQ(late.readAll(), "");
+    EXPECT_EQ(wishes, std::vector<std::string>{});
+
     SingleInstance nowhere(folder.path() + "/no/such");
     EXPECT_EQ(nowhere.settle({}, 100ms), Role::failed);
     EXPECT_TRUE(nowhere.error().contains("cannot lock"));

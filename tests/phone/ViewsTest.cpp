@@ -1,10 +1,12 @@
 // What others find in the banner over the accessibility interface, and what the window's keys do.
 #include "VeltoPhone/views/Banner.h"
+#include "VeltoPhone/views/Button.h"
 #include "VeltoPhone/views/MainWindow.h"
 #include "tests/phone/PhoneFixture.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QThread>
 
 #include <set>
@@ -49,6 +51,14 @@ struct ViewsTest : PhoneFixture {
         element->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         until(done);
     }
+    static void mouse(QAccessibleInterface* element, QEvent::Type kind) {
+        ASSERT_NE(element, nullptr);
+        auto& widget = *qobject_cast<QWidget*>(element->object());
+        const QPointF middle = widget.rect().center();
+        QMouseEvent event(kind, middle, widget.mapToGlobal(middle), Qt::LeftButton,
+                          kind == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&widget, &event);
+    }
     template <class Done>
     static void until(Done done) {
         for (int i = 0; i < 20'000 && !done(); ++i) {
@@ -79,17 +89,89 @@ TEST_F(ViewsTest, TheBannerHasTheButtonsThatApplyAndNoOthers) {
     settle();
     wait(67s);
     EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "1:07"}));
-    phone.open("2");
+    phone.open("two");
     EXPECT_EQ(button(banner, "End")->object(), end) << "whoever reads during a change must not miss it";
 
     press(button(banner, "End"), [&] { return line->did.back() == "hang up"; });
     EXPECT_EQ(buttons(banner), (Names{"Keypad", "End"}));
+    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "Ending…", "Not a phone number: two"}));
     lineEnds("hung up by the caller");
     EXPECT_EQ(buttons(banner), (Names{"Keypad", "Close"}));
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "Hung up by the caller"}));
+    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "You hung up"}));
     wait(4s);
     EXPECT_EQ(buttons(banner), Names{});
     EXPECT_FALSE(banner.isVisible());
+}
+
+TEST_F(ViewsTest, ADoubleClickOnCallDoesNotHangUp) {
+    Banner banner(phone);
+    MainWindow window(phone);
+    window.present();
+    for (const auto& [place, start, end] :
+         {std::tuple<QWidget*, const char*, const char*>{&banner, "Call", "End"},
+          {&window, "Dial number", "Hang up"}}) {
+        phone.open("1");
+        settle();
+        mouse(button(*place, start), QEvent::MouseButtonPress);
+        mouse(button(*place, start), QEvent::MouseButtonRelease);
+        until([&] { return phone.callUp() && button(*place, end) != nullptr; });
+        const auto click = [&, name = end](QEvent::Type kind) {
+            mouse(button(*place, name), kind);
+            mouse(button(*place, name), QEvent::MouseButtonRelease);
+            settle();
+        };
+        click(QEvent::MouseButtonDblClick);
+        EXPECT_FALSE(phone.ending()) << end;
+        clock.advance(Button::mouseSettles);
+        click(QEvent::MouseButtonPress);
+        EXPECT_TRUE(phone.ending()) << end;
+        lineEnds("");
+    }
+    phone.open("1");
+    press(button(banner, "Call"), [&] { return phone.callUp(); });
+    press(button(banner, "End"), [&] { return phone.ending(); });
+}
+
+TEST_F(ViewsTest, TheDesktopClosesTheBannerOnlyWithoutACall) {
+    Banner banner(phone);
+    phone.open("1");
+    banner.close();
+    EXPECT_EQ(phone.state(), PhoneState::idle);
+    call("2");
+    EXPECT_FALSE(banner.close());
+    EXPECT_TRUE(banner.isVisible());
+    lineEnds("busy");
+    EXPECT_TRUE(banner.close());
+    EXPECT_EQ(phone.state(), PhoneState::idle);
+}
+
+TEST_F(ViewsTest, LongPressesAndPastedNumbers) {
+    MainWindow window(phone);
+    window.present();
+    auto& number = *window.findChild<QLineEdit*>();
+    const auto hold = [&](const char* name, auto done) {
+        EXPECT_NE(button(window, name)->text(QAccessible::Description), "");
+        mouse(button(window, name), QEvent::MouseButtonPress);
+        until(done);
+        mouse(button(window, name), QEvent::MouseButtonRelease);
+    };
+    hold("0", [&] { return number.text() == "+"; });
+    press(button(window, "0"), [&] { return number.text() == "+0"; });
+    number.setCursorPosition(1);
+    number.insert("tel:");
+    EXPECT_EQ(number.text(), "+0") << "not in the middle";
+    number.clear();
+    number.insert("\u202atel:+1\u00a0(555)\u20130126\u202c");
+    EXPECT_EQ(number.text(), "+1 (555)-0126");
+    number.setCursorPosition(2);
+    number.insert("\u00a0");
+    EXPECT_EQ(number.cursorPosition(), 3);
+    hold("Erase digit", [&] { return number.text().isEmpty(); });
+
+    call("1");
+    answer();
+    hold("0", [&] { return line->did.back() == "tones 0"; });
+    EXPECT_EQ(phone.tones(), "0");
 }
 
 TEST_F(ViewsTest, TheBannerSaysWhatCannotBeCalled) {
