@@ -22,13 +22,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Names the private folder in the environment of every dummy.
+constexpr const char* kMarker = "VELTO_GUARDIAN_TEST";
+
 /// A director with two programs, one of which has a child that escapes its parent and ignores SIGTERM.
 int directDummies(const GuardianLink& guardian, int report) {
     Stage stage(guardian);
     const auto dummy = [&](const char* title, const char* script) {
-        return stage.add(
-            {title, {"/bin/sh", "-c", script}, {{"PATH", "/usr/bin:/bin"}}, guardian.folder() / "err"},
-            [](const boost::json::object&) {});
+        return stage.add({title,
+                          {"/bin/sh", "-c", script},
+                          {{"PATH", "/usr/bin:/bin"}, {kMarker, guardian.folder()}},
+                          guardian.folder() / "err"},
+                         [](const boost::json::object&) {});
     };
     const auto* first = dummy("first", "exec sleep 300");
     const auto* second =
@@ -57,7 +62,12 @@ struct GuardianTest : testing::Test {
     int alive = -1; ///< end of file once no process of the tree holds its standard error
     std::string said;
 
-    void start() {
+    struct Circumstances {
+        bool keepFolder = false;
+        bool ignoresEndsOfChildren = false;
+    };
+
+    void start(Circumstances circumstances) {
         std::array<int, 2> report{};
         std::array<int, 2> errors{};
         ASSERT_EQ(::pipe2(report.data(), O_CLOEXEC), 0);
@@ -65,7 +75,11 @@ struct GuardianTest : testing::Test {
         guardian = ::fork();
         if (guardian == 0) {
             ::dup2(errors[1], STDERR_FILENO);
-            ::_exit(runGuarded({}, [&](const GuardianLink& link) { return directDummies(link, report[1]); }));
+            if (circumstances.ignoresEndsOfChildren)
+                ::signal(SIGCHLD, SIG_IGN);
+            ::alarm(60); // in place of waiting for ever
+            ::_exit(runGuarded({circumstances.keepFolder},
+                               [&](const GuardianLink& link) { return directDummies(link, report[1]); }));
         }
         ::close(report[1]);
         ::close(errors[1]);
@@ -77,6 +91,8 @@ struct GuardianTest : testing::Test {
         ASSERT_TRUE(std::filesystem::exists(folder));
         alive = errors[0];
     }
+
+    void start() { start({}); }
 
     /// Waits until the whole tree has ended, and answers the guardian's exit status.
     int wait() {
@@ -94,8 +110,9 @@ struct GuardianTest : testing::Test {
         ::close(alive);
         return status;
     }
-    void expectNothingLeft() const {
-        EXPECT_FALSE(std::filesystem::exists(folder));
+    void expectNothingLeft(bool butTheFolder = false) const {
+        EXPECT_EQ(std::filesystem::exists(folder), butTheFolder);
+        std::filesystem::remove_all(folder);
         for (const auto pid : {director, first, second})
             EXPECT_TRUE(isGone(pid)) << pid;
         EXPECT_EQ(orphans(), 0);
@@ -105,17 +122,12 @@ struct GuardianTest : testing::Test {
         const auto stat = readFile("/proc/" + std::to_string(pid) + "/stat").value_or("");
         return stat.empty() || stat.find(") Z ") != std::string::npos;
     }
-    /// Processes that have the folder's environment: the escaped grandchild has nothing else to be known by.
-    static int orphans() {
+    /// The escaped grandchild has nothing to be known by but its environment.
+    int orphans() const {
         int count = 0;
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-            const auto command = readFile(entry.path() / "cmdline").value_or("");
             const auto environment = readFile(entry.path() / "environ").value_or("");
-            count += command.starts_with(std::string("sleep\000300", 9)) &&
-                             environment.find("PATH=/usr/bin:/bin") != std::string::npos &&
-                             environment.find("HOME=") == std::string::npos
-                         ? 1
-                         : 0;
+            count += environment.find(std::string(kMarker) + "=" + folder) != std::string::npos ? 1 : 0;
         }
         return count;
     }
@@ -142,14 +154,31 @@ TEST_F(GuardianTest, TheGuardianClearsUpAfterAKilledDirectorAndTheDirectorAfterA
     EXPECT_NE(said.find("the director was killed (SIGKILL)"), std::string::npos) << said;
     expectNothingLeft();
 
-    said.clear();
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    start();
-    ::kill(guardian, SIGKILL);
-    EXPECT_TRUE(WIFSIGNALED(wait()));
-    ::waitpid(director, nullptr, 0); // came to this process when its parent died
-    EXPECT_NE(said.find("the guardian (the outer velto-rehearse) was killed"), std::string::npos) << said;
+    for (const bool kept : {false, true}) {
+        said.clear();
+        start({.keepFolder = kept});
+        ::kill(guardian, SIGKILL);
+        EXPECT_TRUE(WIFSIGNALED(wait()));
+        ::waitpid(director, nullptr, 0); // came to this process when its parent died
+        EXPECT_NE(said.find("the guardian (the outer velto-rehearse) was killed"), std::string::npos) << said;
+        expectNothingLeft(kept);
+    }
+}
+
+TEST_F(GuardianTest, ItEndsWhereTheEndsOfChildrenAreIgnored) {
+    start({.ignoresEndsOfChildren = true});
+    ::kill(first, SIGKILL);
+    EXPECT_EQ(WEXITSTATUS(wait()), 1);
+    EXPECT_NE(said.find("first was killed (SIGKILL)"), std::string::npos) << said;
     expectNothingLeft();
+
+    ::signal(SIGCHLD, SIG_IGN);
+    auto process = ChildProcess::start({"sleeper", {"/bin/sleep", "300"}, {}, "/dev/null"});
+    ASSERT_TRUE(process);
+    process->kill();
+    EXPECT_EQ(process->exitStatus(), W_EXITCODE(255, 0));
+    ::signal(SIGCHLD, SIG_DFL);
 }
 
 TEST_F(GuardianTest, SignalsEndEverythingAndShowInTheExitCode) {
