@@ -84,11 +84,13 @@ Result<> PrivateSession::restartSound() {
     return restarted;
 }
 
-void PrivateSession::killKeyring() {
-    if (auto& keyring = desktop_->keyring()) {
-        unwatch(keyring->pid());
-        keyring->kill();
-    }
+bool PrivateSession::killKeyring() {
+    auto& keyring = desktop_->keyring();
+    if (!keyring)
+        return false;
+    unwatch(keyring->pid());
+    keyring->kill();
+    return true;
 }
 
 } // namespace velto::rehearsal
