@@ -2,6 +2,7 @@
 #include "rehearsal/director/Guardian.h"
 #include "rehearsal/director/Stage.h"
 #include "rehearsal/process/TextFile.h"
+#include "rehearsal/process/WhyNotStarted.h"
 
 #include <gtest/gtest.h>
 
@@ -217,6 +218,19 @@ TEST(Stage, ReportsArriveWholeAndAProgramThatCannotRunIsAFailure) {
     stage.add({"ghost", {"/no/such/program"}, {}, "/dev/null"}, {});
     EXPECT_FALSE(stage.waitUntil([] { return false; }, 10s));
     EXPECT_EQ(stage.failure(), "ghost ended with exit code 127");
+}
+
+TEST(WhyNotStarted, AMissingProgramIsToldApartFromOneThatGaveUp) {
+    const auto log = std::filesystem::temp_directory_path() / ("why-" + std::to_string(::getpid()));
+    const auto whyNot = [&](const char* program) {
+        auto process = ChildProcess::start(
+            {"it", {program, "-c", "for i in 1 2 3 4 5 6; do echo $i >&2; done; exit 1"}, {}, log});
+        EXPECT_TRUE(process && process->endsWithin(10s));
+        return whyNotStarted(process, log);
+    };
+    EXPECT_EQ(whyNot("/no/such/program"), "; is it installed?");
+    EXPECT_EQ(whyNot("/bin/sh"), "; it said:\n  2\n  3\n  4\n  5\n  6");
+    std::filesystem::remove(log);
 }
 
 TEST(Stage, WhoeverDoesNotEndAsAskedIsNamed) {
