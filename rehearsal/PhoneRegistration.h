@@ -1,6 +1,7 @@
 // Makes the phone app of a private desktop known as the handler of phone numbers.
 #pragma once
 
+#include "VeltoShared/core/Result.h"
 #include "rehearsal/process/PrivateFolders.h"
 
 #include <filesystem>
@@ -13,10 +14,7 @@ struct PhoneRegistration {
 };
 
 /// Writes the desktop file and the choice of it as the default for "tel-phoneapp:" into the private folders
-/// that `folders` (`makePrivateFolders`) names; false when that fails.
-bool registerPhone(const PhoneRegistration& phone, const Environment& folders);
-
-/// A word of an "Exec" line as the Desktop Entry Specification wants it, with whatever characters.
-std::string execWord(const std::string& text);
+/// that `folders` (`makePrivateFolders`) names. Paths and values may hold any character but control ones.
+Result<> registerPhone(const PhoneRegistration& phone, const Environment& folders);
 
 } // namespace velto::rehearsal

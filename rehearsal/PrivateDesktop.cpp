@@ -2,6 +2,7 @@
 #include "rehearsal/PrivateDesktop.h"
 
 #include "VeltoPlatform/linux/Bus.h"
+#include "rehearsal/process/WhyNotStarted.h"
 
 #include <poll.h>
 
@@ -100,7 +101,7 @@ Result<> PrivateDesktop::launchDisplay() {
     std::vector<std::string> lines;
     if (!displayServer_ ||
         !comesTrue(*displayServer_, [&] { return !(lines = displayServer_->readLines()).empty(); }))
-        return failed("Xvfb did not start; see " + (folder_ / "Xvfb.err").string());
+        return failed("Xvfb did not start" + whyNotStarted(displayServer_, folder_ / "Xvfb.err"));
     display_ = ":" + lines.front();
     return {};
 }
@@ -113,7 +114,7 @@ Result<> PrivateDesktop::launchBus() {
     bus_ = launchProgram("the message bus (dbus-daemon)", {"dbus-daemon", "--session", "--nofork",
                                                            "--nopidfile", "--address=" + busAddress()});
     if (!bus_ || !comesTrue(*bus_, [&] { return Bus::open(busAddress(), kToAnswer) != nullptr; }))
-        return failed("dbus-daemon did not start; see " + (folder_ / "dbus-daemon.err").string());
+        return failed("dbus-daemon did not start" + whyNotStarted(bus_, folder_ / "dbus-daemon.err"));
     return {};
 }
 
@@ -124,8 +125,8 @@ Result<> PrivateDesktop::launchAccessibility() {
     if (!accessibility_ || !connection ||
         !comesTrue(*accessibility_, [&] { return hasOwner(*connection, "org.a11y.Bus"); }) ||
         !switchOnAccessibility(*connection))
-        return failed("the accessibility bus did not start; see " +
-                      (folder_ / "at-spi-bus-launcher.err").string());
+        return failed("at-spi-bus-launcher did not start" +
+                      whyNotStarted(accessibility_, folder_ / "at-spi-bus-launcher.err"));
     return {};
 }
 
@@ -140,8 +141,8 @@ Result<> PrivateDesktop::restartKeyring(bool unlock) {
     const auto connection = Bus::open(busAddress(), kToAnswer);
     if (!keyring_ || !connection ||
         !comesTrue(*keyring_, [&] { return hasOwner(*connection, "org.freedesktop.secrets"); }))
-        return failed("gnome-keyring-daemon did not start; see " +
-                      (folder_ / "gnome-keyring-daemon.err").string());
+        return failed("gnome-keyring-daemon did not start" +
+                      whyNotStarted(keyring_, folder_ / "gnome-keyring-daemon.err"));
     return {};
 }
 

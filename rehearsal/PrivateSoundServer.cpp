@@ -1,6 +1,8 @@
 // Writes the server's script, starts it and waits for its socket.
 #include "rehearsal/PrivateSoundServer.h"
 
+#include "rehearsal/process/WhyNotStarted.h"
+
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -152,17 +154,24 @@ Result<> PrivateSoundServer::launch() {
 Result<> PrivateSoundServer::waitUntilReady() {
     using namespace std::chrono;
     const auto until = steady_clock::now() + options_.readyWithin;
+    const auto said = [&] {
+        // Until it has opened its log it writes to its standard error.
+        const auto log = folder_ / "pulse.log";
+        std::error_code error;
+        return whyNotStarted(process_, std::filesystem::exists(log, error) ? log : folder_ / "pulse.out");
+    };
     while (steady_clock::now() < until) {
         if (accepts(socketPath()))
             return {};
         if (process_->endsWithin(milliseconds(3))) {
+            const auto failure = failed("pulseaudio did not start" + said());
             process_.reset();
-            return failed("pulseaudio ended at once; is it installed? See " +
-                          (folder_ / "pulse.log").string());
+            return failure;
         }
     }
     kill();
-    return failed("not ready after " + std::to_string(options_.readyWithin.count()) + " ms");
+    return failed("pulseaudio was not ready after " + std::to_string(options_.readyWithin.count()) + " ms" +
+                  said());
 }
 
 void PrivateSoundServer::kill() {

@@ -98,7 +98,8 @@ class Rehearsal {
     bool placeCall();
     bool follow();
     void makeTroubleWhenDue();
-    void stopPhone();
+    bool makeTrouble(Trouble trouble);
+    bool stopPhone();
     bool isOver(const json::object& status);
     void watchUsage();
     void takeRecord();
@@ -120,7 +121,7 @@ class Rehearsal {
     TranscriptPrinter printer_;
     ChildProcess* application_ = nullptr;
     std::optional<ProcessUsage> usageAtDial_;
-    std::set<int> troubledBefore_; ///< marks of the lines whose trouble has been made
+    std::set<int> troubleTried_; ///< marks of the lines whose trouble has been made, or could not be
     int exitCode_ = 1;
 };
 
@@ -159,6 +160,8 @@ bool Rehearsal::startSession() {
         return fail(started.error().description);
     session_ = std::move(*started);
     evidence_.defaultsBefore = session_->defaultDevices();
+    if (evidence_.defaultsBefore.input.empty() || evidence_.defaultsBefore.output.empty())
+        return fail("the sound server has no default devices");
     if (!KeychainStore::set(surroundings_.apiKey(), SecretKey::geminiAPIKey))
         return fail("the key could not be put into the keyring");
     return true;
@@ -244,30 +247,36 @@ void Rehearsal::watchUsage() {
 void Rehearsal::makeTroubleWhenDue() {
     for (std::size_t i = 1; i < scenario_.lines.size(); ++i) {
         const auto& line = scenario_.lines[i];
-        if (!line.after || troubledBefore_.contains(line.mark) ||
-            !evidence_.calleeHeard(scenario_.lines[i - 1].mark, Mark::Place::end))
-            continue;
-        troubledBefore_.insert(line.mark);
-        switch (*line.after) {
-        case Trouble::soundRestart:
-            printer_.note("(the sound server is killed and started again)");
-            if (const auto restarted = session_->restartSound(); !restarted)
-                fail(restarted.error().description);
-            break;
-        case Trouble::keyringKilled:
-            printer_.note("(the keyring's daemon is killed)");
-            session_->killKeyring();
-            break;
-        case Trouble::phoneStops:
-            stopPhone();
-            break;
+        if (line.after && !troubleTried_.contains(line.mark) &&
+            evidence_.calleeHeard(scenario_.lines[i - 1].mark, Mark::Place::end)) {
+            troubleTried_.insert(line.mark);
+            if (makeTrouble(*line.after))
+                evidence_.troubledBefore.insert(line.mark);
         }
     }
 }
 
-void Rehearsal::stopPhone() {
+bool Rehearsal::makeTrouble(Trouble trouble) {
+    switch (trouble) {
+    case Trouble::soundRestart:
+        printer_.note("(the sound server is killed and started again)");
+        if (const auto restarted = session_->restartSound(); !restarted)
+            return fail(restarted.error().description);
+        return true;
+    case Trouble::keyringKilled:
+        printer_.note("(the keyring's daemon is killed)");
+        return session_->killKeyring();
+    case Trouble::phoneStops:
+        return stopPhone();
+    }
+    return false;
+}
+
+bool Rehearsal::stopPhone() {
+    // Anything less would name a group of processes, this one's own among them.
+    if (evidence_.phone <= 0 || ::kill(evidence_.phone, SIGSTOP) != 0)
+        return false;
     printer_.note("(the phone app stands still for four seconds)");
-    ::kill(evidence_.phone, SIGSTOP);
     const auto begin = std::chrono::steady_clock::now();
     evidence_.longestHold = 0;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() - begin < kPhoneStandsStill) {
@@ -278,7 +287,7 @@ void Rehearsal::stopPhone() {
         evidence_.longestHold = std::max(*evidence_.longestHold, hold.count());
         stage_.waitUntil([] { return false; }, 5ms);
     }
-    ::kill(evidence_.phone, SIGCONT);
+    return ::kill(evidence_.phone, SIGCONT) == 0;
 }
 
 bool Rehearsal::follow() {
@@ -330,8 +339,13 @@ void Rehearsal::takeRecord() {
 }
 
 void Rehearsal::finish(bool played) {
-    // The application first, for a request that it does not answer to end.
-    stage_.end();
+    // A line that is still open is a fault of its own, which the end of the phone app would hide.
+    if (evidence_.phone > 0 && evidence_.ended)
+        if (auto sentence = stage_.endOther("the phone app (velto-phone)", evidence_.phone))
+            evidence_.wrongEnds.push_back(std::move(*sentence));
+    // The application before the inquiry, for a request that it does not answer to end.
+    for (auto& sentence : stage_.end())
+        evidence_.wrongEnds.push_back(std::move(sentence));
     inquiry_.reset();
     const auto log = readFile(surroundings_.applicationLog()).value_or("");
     measurements_.applicationStats = lastStats(log);

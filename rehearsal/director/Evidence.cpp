@@ -55,8 +55,6 @@ void Evidence::fromServer(const json::object& event) {
         spoken.push_back(static_cast<int>(integer(event, "mark")));
     } else if (what == "interrupted") {
         interruptions.push_back(at(event));
-    } else if (what == "greetAsked") {
-        greetAsked = true;
     } else if (what == "endCall") {
         endCallAsked = true;
     } else if (what == "closed") {
@@ -75,8 +73,9 @@ void Evidence::fromCallee(const json::object& event) {
         phone = static_cast<pid_t>(integer(event, "pid"));
     } else if (what == "dialled") {
         dialled = text(event, "number");
+        ++timesDialled;
     } else if (what == "answered") {
-        answered = true;
+        ++timesAnswered;
     } else if (what == "heard") {
         heardByCallee.push_back(heardMark(event));
     } else if (what == "says") {
@@ -89,6 +88,7 @@ void Evidence::fromCallee(const json::object& event) {
         sounds_.push_back({CalleeSound::Kind::ends, at(event)});
     } else if (what == "ended") {
         ended = text(event, "reason");
+        ++timesEnded;
     } else if (what == "measures") {
         callee = {static_cast<std::uint64_t>(integer(event, "framesHeard")),
                   static_cast<std::uint64_t>(integer(event, "framesSaid")),

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -62,14 +63,15 @@ class Evidence {
     std::vector<HeardMark> heardByServer;
     std::vector<HeardMark> heardByCallee;
     std::vector<Time> interruptions;
-    bool greetAsked = false;
     bool endCallAsked = false;
     bool endCallAnswered = false;
     bool serverClosed = false;
     int closeCode = 0;
     std::optional<std::string> dialled;
-    bool answered = false;
     std::optional<std::string> ended; ///< the line's reason
+    int timesDialled = 0;
+    int timesAnswered = 0;
+    int timesEnded = 0;
     Leg server;
     Leg callee;
 
@@ -80,6 +82,8 @@ class Evidence {
     std::vector<std::string> filesWithKey; ///< in which the API key can be read
     /// The longest that the application took to answer while the phone app stood still, s.
     std::optional<double> longestHold;
+    std::set<int> troubledBefore;       ///< marks of the lines before which their trouble was made
+    std::vector<std::string> wrongEnds; ///< a sentence for each program that did not end as asked
 
   private:
     struct CalleeSound {

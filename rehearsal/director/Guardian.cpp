@@ -83,14 +83,17 @@ std::filesystem::path privateFolder() {
     return {};
 }
 
-/// Waits for the child to end; passes signals on to it.
-int waitFor(pid_t child) {
+/// Waits for the child to end, and passes signals on to it. None when somebody else has reaped it.
+std::optional<int> waitFor(pid_t child) {
     const auto signals = watchedSignals();
     std::optional<SteadyTime> deadline;
     while (true) {
         int status = 0;
-        if (::waitpid(child, &status, WNOHANG) == child)
+        const pid_t ended = ::waitpid(child, &status, WNOHANG);
+        if (ended == child)
             return status;
+        if (ended < 0 && errno == ECHILD)
+            return {};
         timespec patience{0, 200'000'000};
         const int number = ::sigtimedwait(&signals, nullptr, &patience);
         if (number > 0 && number != SIGCHLD) {
@@ -130,13 +133,16 @@ void endDescendants() {
 
 void GuardianLink::cleanUp() const {
     endDescendants();
-    removeFolder(folder_);
+    if (!keepFolder_)
+        removeFolder(folder_);
 }
 
 int runGuarded(const GuardianOptions& options, const std::function<int(const GuardianLink&)>& direct) {
     const auto folder = privateFolder();
     if (folder.empty())
         return 1;
+    // Whoever started this process may have had it ignored; then nobody's end could be waited for.
+    ::signal(SIGCHLD, SIG_DFL);
     std::array<int, 2> lifeline{-1, -1};
     const auto signals = watchedSignals();
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
@@ -146,18 +152,19 @@ int runGuarded(const GuardianOptions& options, const std::function<int(const Gua
     if (child == 0) {
         ::close(lifeline[1]);
         ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-        const int code = direct(GuardianLink(folder, lifeline[0]));
+        const int code = direct(GuardianLink(folder, lifeline[0], options.keepFolder));
         std::cout.flush();
         std::cerr.flush();
         ::_exit(code);
     }
     int code = 1;
     if (child > 0) {
-        const int status = waitFor(child);
-        if (WIFEXITED(status))
-            code = WEXITSTATUS(status);
+        const auto status = waitFor(child);
+        if (status && WIFEXITED(*status))
+            code = WEXITSTATUS(*status);
         else
-            std::cerr << "velto-rehearse: the director " << describeExit(status) << std::endl;
+            std::cerr << "velto-rehearse: the director " << (status ? describeExit(*status) : "is gone")
+                      << std::endl;
     } else {
         std::cerr << "velto-rehearse: cannot start a process\n";
     }

@@ -16,8 +16,8 @@ namespace velto::rehearsal {
 /// `GuardianLink::cleanUp`.
 class GuardianLink {
   public:
-    GuardianLink(std::filesystem::path folder, int lifeline)
-        : folder_(std::move(folder)), lifeline_(lifeline) {}
+    GuardianLink(std::filesystem::path folder, int lifeline, bool keepFolder = false)
+        : folder_(std::move(folder)), lifeline_(lifeline), keepFolder_(keepFolder) {}
 
     const std::filesystem::path& folder() const { return folder_; }
     /// Readable (end of file) once the guardian is gone.
@@ -28,6 +28,7 @@ class GuardianLink {
   private:
     std::filesystem::path folder_;
     int lifeline_;
+    bool keepFolder_;
 };
 
 struct GuardianOptions {

@@ -62,9 +62,7 @@ Result<> PrivateSession::startDesktop(const PrivateSessionPlan& plan) {
                                   {{"DISPLAY", desktop_->display()},
                                    {"VELTO_PHONE_LINE", "rehearsal:" + plan.scenario.string()},
                                    {"VELTO_REHEARSAL_REPORTS", plan.reports}}};
-    if (!registerPhone(phone, plan.folders))
-        return Failure{kErrorTransport, "the phone app could not be registered"};
-    return {};
+    return registerPhone(phone, plan.folders);
 }
 
 DefaultDevices PrivateSession::defaultDevices() {
@@ -84,11 +82,13 @@ Result<> PrivateSession::restartSound() {
     return restarted;
 }
 
-void PrivateSession::killKeyring() {
-    if (auto& keyring = desktop_->keyring()) {
-        unwatch(keyring->pid());
-        keyring->kill();
-    }
+bool PrivateSession::killKeyring() {
+    auto& keyring = desktop_->keyring();
+    if (!keyring)
+        return false;
+    unwatch(keyring->pid());
+    keyring->kill();
+    return true;
 }
 
 } // namespace velto::rehearsal

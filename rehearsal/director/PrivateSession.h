@@ -40,7 +40,8 @@ class PrivateSession {
     /// Kills the sound server and starts it again.
     Result<> restartSound();
     /// Kills the keyring's daemon; whoever asks for a secret may start another one, which is locked.
-    void killKeyring();
+    /// False when there is none.
+    bool killKeyring();
 
   private:
     explicit PrivateSession(Stage& stage) : stage_(stage) {}

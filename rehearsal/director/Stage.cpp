@@ -13,12 +13,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace velto::rehearsal {
 namespace {
 
 constexpr Stage::Duration kLook{20};
-constexpr Stage::Duration kTimeToEnd{1000};
+constexpr Stage::Duration kTimeToEnd{5000};
+/// After a failure nobody is judged, and a guardian with a signal to pass on does not wait long.
+constexpr Stage::Duration kTimeToEndInHaste{1000};
 
 int openSignals() {
     sigset_t signals;
@@ -27,6 +30,24 @@ int openSignals() {
         ::sigaddset(&signals, number);
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+/// As from waitpid, but leaves the reaping to somebody else. None while it runs.
+std::optional<int> peekExit(pid_t pid) {
+    siginfo_t info{};
+    if (::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid == 0)
+        return {};
+    return info.si_code == CLD_EXITED ? W_EXITCODE(info.si_status, 0) : info.si_status;
+}
+
+/// A sentence for an end that was not what was asked for.
+std::optional<std::string> wrongEnd(const std::string& title, int status, bool killed) {
+    if (killed)
+        return title + " did not end when it was asked to, and was killed";
+    if ((WIFEXITED(status) && WEXITSTATUS(status) == 0) ||
+        (WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM))
+        return {};
+    return title + " " + describeExit(status) + " when it was to end";
 }
 
 } // namespace
@@ -162,32 +183,54 @@ void Stage::checkEnds() {
             if (!ending_)
                 fail(actor.process.title() + " " + describeExit(*status));
         }
-    for (auto& watched : watched_) {
-        siginfo_t info{};
-        if (ending_ ||
-            ::waitid(P_PID, static_cast<id_t>(watched.pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
-            info.si_pid == 0)
-            continue;
-        const bool exited = info.si_code == CLD_EXITED;
-        fail(watched.title + " " + describeExit(exited ? W_EXITCODE(info.si_status, 0) : info.si_status));
-        ::close(std::exchange(watched.descriptor, -1));
-    }
+    for (auto& watched : watched_)
+        if (const auto status = ending_ ? std::nullopt : peekExit(watched.pid)) {
+            fail(watched.title + " " + describeExit(*status));
+            ::close(std::exchange(watched.descriptor, -1));
+        }
 }
 
-void Stage::end() {
+Stage::Duration Stage::timeToEnd() const {
+    return failure_.empty() ? kTimeToEnd : kTimeToEndInHaste;
+}
+
+std::vector<std::string> Stage::end() {
     ending_ = true;
+    std::vector<std::string> wrong;
     for (auto actor = actors_.rbegin(); actor != actors_.rend(); ++actor) {
-        const auto deadline = std::chrono::steady_clock::now() + kTimeToEnd;
+        if (actor->over)
+            continue;
+        const auto begin = std::chrono::steady_clock::now();
         actor->process.signal(SIGTERM);
-        while (!actor->over && std::chrono::steady_clock::now() < deadline && !guardianGone_)
+        while (!actor->over && std::chrono::steady_clock::now() - begin < timeToEnd() && !guardianGone_)
             pump(kLook);
-        if (!actor->over)
+        const bool killed = !actor->over;
+        if (killed)
             actor->process.signal(SIGKILL);
         while (!actor->over) {
             pump(kLook);
             checkEnds();
         }
+        if (auto sentence = wrongEnd(actor->process.title(), actor->process.exitStatus().value_or(0), killed))
+            wrong.push_back(std::move(*sentence));
     }
+    return wrong;
+}
+
+std::optional<std::string> Stage::endOther(const std::string& title, pid_t pid) {
+    siginfo_t info{};
+    // The number of a process that is not this one's child may have come to another one.
+    if (::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
+        return {};
+    const FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    pollfd ended{process.get(), POLLIN, 0};
+    const auto isOver = [&] { return ::poll(&ended, 1, 0) > 0; };
+    ::syscall(SYS_pidfd_send_signal, process.get(), SIGTERM, nullptr, 0);
+    waitUntil(isOver, timeToEnd());
+    const bool killed = !isOver();
+    if (killed)
+        ::syscall(SYS_pidfd_send_signal, process.get(), SIGKILL, nullptr, 0);
+    return wrongEnd(title, peekExit(pid).value_or(0), killed);
 }
 
 } // namespace velto::rehearsal

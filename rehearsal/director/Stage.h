@@ -40,9 +40,13 @@ class Stage {
     /// Lets things happen until `done` answers true (asked again after each event and every 20 ms) or the
     /// time is over; answers whether it is done. False at once after a failure.
     bool waitUntil(const std::function<bool()>& done, Duration limit);
-    /// Asks all programs to end, the last one first, and kills what is left after a second each. Their ends
-    /// are no failures any more.
-    void end();
+    /// Asks all programs to end, the last one first, and kills those that take too long. Their ends are no
+    /// failures any more. Answers a sentence for each that did not end as asked: with exit code 0 or by
+    /// SIGTERM.
+    std::vector<std::string> end();
+    /// The same for a process that somebody else has started and that came to this one when its parent ended;
+    /// it may have ended by itself before. Others are left alone. Reaps nothing.
+    std::optional<std::string> endOther(const std::string& title, pid_t pid);
 
     void fail(const std::string& reason);
     /// Why the rehearsal cannot go on; empty while it can.
@@ -70,6 +74,8 @@ class Stage {
     };
 
     void pump(Duration limit);
+    /// How long a program may take to end.
+    Duration timeToEnd() const;
     static void tell(const std::vector<std::string>& lines, const Heard& heard);
     void checkEnds();
     void receiveVisitors();

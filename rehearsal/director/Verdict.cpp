@@ -119,6 +119,14 @@ void checkEnd(const Scenario& scenario, const Evidence& evidence, Faults& found)
         found.emplace_back("the line was still open at the end");
     else if (*evidence.ended != wanted)
         found.push_back("the call ended with \"" + *evidence.ended + "\" instead of \"" + wanted + "\"");
+    const auto atMost = [&](int limit, int times, const std::string& what) {
+        if (times > limit)
+            found.push_back("the line was " + what + " " + std::to_string(times) + " times instead of " +
+                            std::to_string(limit));
+    };
+    atMost(1, evidence.timesDialled, "dialled");
+    atMost(scenario.end == CallEnd::noAnswer ? 0 : 1, evidence.timesAnswered, "answered");
+    atMost(1, evidence.timesEnded, "ended");
     if (scenario.end == CallEnd::agentHangsUp && evidence.endCallAsked && !evidence.endCallAnswered)
         found.emplace_back("the model's call of end_call was not answered");
 }
@@ -167,10 +175,31 @@ void checkInterruptions(const Scenario& scenario, const Evidence& evidence, Faul
     if (evidence.interruptions.size() != expected)
         found.push_back("the voice server noticed " + std::to_string(evidence.interruptions.size()) +
                         " interruptions instead of " + std::to_string(expected));
-    for (const auto seconds : evidence.soundAfterInterruptionSeconds())
+    const auto sound = evidence.soundAfterInterruptionSeconds();
+    if (sound.size() < evidence.interruptions.size())
+        found.emplace_back("after an interruption the sound at the callee never ended");
+    for (const auto seconds : sound)
         if (seconds > kLongestSoundAfterInterruption)
             found.push_back("after an interruption the callee still heard the agent for " +
                             std::to_string(static_cast<int>(seconds * 1000)) + " ms");
+}
+
+const char* describe(Trouble trouble) {
+    switch (trouble) {
+    case Trouble::soundRestart:
+        return "the sound server was not restarted";
+    case Trouble::phoneStops:
+        return "the phone app was not made to stand still";
+    case Trouble::keyringKilled:
+        return "the keyring was not killed";
+    }
+    return "";
+}
+
+void checkTroubles(const Scenario& scenario, const Evidence& evidence, Faults& found) {
+    for (const auto& line : scenario.lines)
+        if (line.after && !evidence.troubledBefore.contains(line.mark))
+            found.push_back(std::string(describe(*line.after)) + " before line " + quoted(line));
 }
 
 } // namespace
@@ -187,6 +216,7 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     checkEar(scenario, callee, evidence, evidence.heardByCallee, found);
     checkSpoken(scenario, evidence, found);
     checkInterruptions(scenario, evidence, found);
+    checkTroubles(scenario, evidence, found);
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);
     for (const auto& file : evidence.filesWithKey)
@@ -204,6 +234,7 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
         found.push_back("the default devices are " + evidence.defaultsAfter.input + " and " +
                         evidence.defaultsAfter.output + " instead of " + evidence.defaultsBefore.input +
                         " and " + evidence.defaultsBefore.output);
+    found.insert(found.end(), evidence.wrongEnds.begin(), evidence.wrongEnds.end());
     return found;
 }
 

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <utility>
 
 namespace velto::rehearsal {
@@ -51,6 +52,9 @@ struct Ends {
         ::_exit(127);
     // Out of the terminal's group: Ctrl-C is for the parent, which then ends its children in its own order.
     ::setpgid(0, 0);
+    // What is ignored here would be ignored there, and a program that is asked to end would not.
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGCHLD})
+        ::signal(number, SIG_DFL);
     sigset_t none;
     ::sigemptyset(&none);
     ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
@@ -129,9 +133,14 @@ ChildProcess::~ChildProcess() {
 }
 
 std::optional<int> ChildProcess::exitStatus() {
+    if (status_ || pid_ <= 0)
+        return status_;
     int status = 0;
-    if (!status_ && pid_ > 0 && ::waitpid(pid_, &status, WNOHANG) == pid_)
+    const pid_t ended = ::waitpid(pid_, &status, WNOHANG);
+    if (ended == pid_)
         status_ = status;
+    else if (ended < 0 && errno == ECHILD)
+        status_ = W_EXITCODE(255, 0);
     return status_;
 }
 

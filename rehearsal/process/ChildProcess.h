@@ -43,7 +43,8 @@ class ChildProcess {
 
     /// Whole lines that have arrived since.
     std::vector<std::string> readLines() { return output_.readLines(); }
-    /// As from waitpid, once it has ended; reaps it.
+    /// As from waitpid, once it has ended; reaps it. Exit code 255 where SIGCHLD is ignored or somebody else
+    /// has reaped it, so that nobody can know how it ended.
     std::optional<int> exitStatus();
     /// Waits for its end; false when the time is over first.
     bool endsWithin(std::chrono::milliseconds limit);

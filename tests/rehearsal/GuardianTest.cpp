@@ -2,6 +2,7 @@
 #include "rehearsal/director/Guardian.h"
 #include "rehearsal/director/Stage.h"
 #include "rehearsal/process/TextFile.h"
+#include "rehearsal/process/WhyNotStarted.h"
 
 #include <gtest/gtest.h>
 
@@ -22,13 +23,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Names the private folder in the environment of every dummy.
+constexpr const char* kMarker = "VELTO_GUARDIAN_TEST";
+
 /// A director with two programs, one of which has a child that escapes its parent and ignores SIGTERM.
 int directDummies(const GuardianLink& guardian, int report) {
     Stage stage(guardian);
     const auto dummy = [&](const char* title, const char* script) {
-        return stage.add(
-            {title, {"/bin/sh", "-c", script}, {{"PATH", "/usr/bin:/bin"}}, guardian.folder() / "err"},
-            [](const boost::json::object&) {});
+        return stage.add({title,
+                          {"/bin/sh", "-c", script},
+                          {{"PATH", "/usr/bin:/bin"}, {kMarker, guardian.folder()}},
+                          guardian.folder() / "err"},
+                         [](const boost::json::object&) {});
     };
     const auto* first = dummy("first", "exec sleep 300");
     const auto* second =
@@ -57,7 +63,12 @@ struct GuardianTest : testing::Test {
     int alive = -1; ///< end of file once no process of the tree holds its standard error
     std::string said;
 
-    void start() {
+    struct Circumstances {
+        bool keepFolder = false;
+        bool ignoresEndsOfChildren = false;
+    };
+
+    void start(Circumstances circumstances) {
         std::array<int, 2> report{};
         std::array<int, 2> errors{};
         ASSERT_EQ(::pipe2(report.data(), O_CLOEXEC), 0);
@@ -65,7 +76,11 @@ struct GuardianTest : testing::Test {
         guardian = ::fork();
         if (guardian == 0) {
             ::dup2(errors[1], STDERR_FILENO);
-            ::_exit(runGuarded({}, [&](const GuardianLink& link) { return directDummies(link, report[1]); }));
+            if (circumstances.ignoresEndsOfChildren)
+                ::signal(SIGCHLD, SIG_IGN);
+            ::alarm(60); // in place of waiting for ever
+            ::_exit(runGuarded({circumstances.keepFolder},
+                               [&](const GuardianLink& link) { return directDummies(link, report[1]); }));
         }
         ::close(report[1]);
         ::close(errors[1]);
@@ -77,6 +92,8 @@ struct GuardianTest : testing::Test {
         ASSERT_TRUE(std::filesystem::exists(folder));
         alive = errors[0];
     }
+
+    void start() { start({}); }
 
     /// Waits until the whole tree has ended, and answers the guardian's exit status.
     int wait() {
@@ -94,8 +111,9 @@ struct GuardianTest : testing::Test {
         ::close(alive);
         return status;
     }
-    void expectNothingLeft() const {
-        EXPECT_FALSE(std::filesystem::exists(folder));
+    void expectNothingLeft(bool butTheFolder = false) const {
+        EXPECT_EQ(std::filesystem::exists(folder), butTheFolder);
+        std::filesystem::remove_all(folder);
         for (const auto pid : {director, first, second})
             EXPECT_TRUE(isGone(pid)) << pid;
         EXPECT_EQ(orphans(), 0);
@@ -105,17 +123,12 @@ struct GuardianTest : testing::Test {
         const auto stat = readFile("/proc/" + std::to_string(pid) + "/stat").value_or("");
         return stat.empty() || stat.find(") Z ") != std::string::npos;
     }
-    /// Processes that have the folder's environment: the escaped grandchild has nothing else to be known by.
-    static int orphans() {
+    /// The escaped grandchild has nothing to be known by but its environment.
+    int orphans() const {
         int count = 0;
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-            const auto command = readFile(entry.path() / "cmdline").value_or("");
             const auto environment = readFile(entry.path() / "environ").value_or("");
-            count += command.starts_with(std::string("sleep\000300", 9)) &&
-                             environment.find("PATH=/usr/bin:/bin") != std::string::npos &&
-                             environment.find("HOME=") == std::string::npos
-                         ? 1
-                         : 0;
+            count += environment.find(std::string(kMarker) + "=" + folder) != std::string::npos ? 1 : 0;
         }
         return count;
     }
@@ -142,14 +155,31 @@ TEST_F(GuardianTest, TheGuardianClearsUpAfterAKilledDirectorAndTheDirectorAfterA
     EXPECT_NE(said.find("the director was killed (SIGKILL)"), std::string::npos) << said;
     expectNothingLeft();
 
-    said.clear();
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    start();
-    ::kill(guardian, SIGKILL);
-    EXPECT_TRUE(WIFSIGNALED(wait()));
-    ::waitpid(director, nullptr, 0); // came to this process when its parent died
-    EXPECT_NE(said.find("the guardian (the outer velto-rehearse) was killed"), std::string::npos) << said;
+    for (const bool kept : {false, true}) {
+        said.clear();
+        start({.keepFolder = kept});
+        ::kill(guardian, SIGKILL);
+        EXPECT_TRUE(WIFSIGNALED(wait()));
+        ::waitpid(director, nullptr, 0); // came to this process when its parent died
+        EXPECT_NE(said.find("the guardian (the outer velto-rehearse) was killed"), std::string::npos) << said;
+        expectNothingLeft(kept);
+    }
+}
+
+TEST_F(GuardianTest, ItEndsWhereTheEndsOfChildrenAreIgnored) {
+    start({.ignoresEndsOfChildren = true});
+    ::kill(first, SIGKILL);
+    EXPECT_EQ(WEXITSTATUS(wait()), 1);
+    EXPECT_NE(said.find("first was killed (SIGKILL)"), std::string::npos) << said;
     expectNothingLeft();
+
+    ::signal(SIGCHLD, SIG_IGN);
+    auto process = ChildProcess::start({"sleeper", {"/bin/sleep", "300"}, {}, "/dev/null"});
+    ASSERT_TRUE(process);
+    process->kill();
+    EXPECT_EQ(process->exitStatus(), W_EXITCODE(255, 0));
+    ::signal(SIGCHLD, SIG_DFL);
 }
 
 TEST_F(GuardianTest, SignalsEndEverythingAndShowInTheExitCode) {
@@ -188,6 +218,54 @@ TEST(Stage, ReportsArriveWholeAndAProgramThatCannotRunIsAFailure) {
     stage.add({"ghost", {"/no/such/program"}, {}, "/dev/null"}, {});
     EXPECT_FALSE(stage.waitUntil([] { return false; }, 10s));
     EXPECT_EQ(stage.failure(), "ghost ended with exit code 127");
+}
+
+TEST(WhyNotStarted, AMissingProgramIsToldApartFromOneThatGaveUp) {
+    const auto log = std::filesystem::temp_directory_path() / ("why-" + std::to_string(::getpid()));
+    const auto whyNot = [&](const char* program) {
+        auto process = ChildProcess::start(
+            {"it", {program, "-c", "for i in 1 2 3 4 5 6; do echo $i >&2; done; exit 1"}, {}, log});
+        EXPECT_TRUE(process && process->endsWithin(10s));
+        return whyNotStarted(process, log);
+    };
+    EXPECT_EQ(whyNot("/no/such/program"), "; is it installed?");
+    EXPECT_EQ(whyNot("/bin/sh"), "; it said:\n  2\n  3\n  4\n  5\n  6");
+    std::filesystem::remove(log);
+}
+
+TEST(Stage, WhoeverDoesNotEndAsAskedIsNamed) {
+    const GuardianLink link(std::filesystem::temp_directory_path(), -1);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    const auto wrongEnds = [&](const std::string& script, bool inHaste = false) {
+        Stage stage(link);
+        std::vector<pid_t> adopted;
+        stage.add({"it", {"/bin/sh", "-c", script}, {{"PATH", "/usr/bin:/bin"}}, "/dev/null"},
+                  [&](const boost::json::object& object) {
+                      adopted.push_back(object.at("pid").to_number<pid_t>());
+                  });
+        EXPECT_TRUE(stage.waitUntil([&] { return !adopted.empty(); }, 10s));
+        if (inHaste)
+            stage.fail("time is short");
+        auto wrong = stage.end();
+        if (adopted.front() == 0)
+            return wrong;
+        EXPECT_EQ(wrong, std::vector<std::string>{}); // the parent ends, its child comes to this process
+        if (auto sentence = stage.endOther("the other", adopted.front()))
+            wrong.push_back(std::move(*sentence));
+        ::waitpid(adopted.front(), nullptr, 0);
+        return wrong;
+    };
+    using Sentences = std::vector<std::string>;
+    EXPECT_EQ(wrongEnds("echo '{\"pid\":0}'; exec sleep 300"), Sentences{});
+    EXPECT_EQ(wrongEnds("trap 'kill -SEGV $$' TERM; echo '{\"pid\":0}'; while :; do sleep 0.01; done"),
+              Sentences{"it was killed (SIGSEGV) when it was to end"});
+    EXPECT_EQ(wrongEnds("trap '' TERM; echo '{\"pid\":0}'; while :; do sleep 0.01; done", true),
+              Sentences{"it did not end when it was asked to, and was killed"});
+    const auto other = [](const std::string& script) { return "sh -c \"" + script + "\" & exec sleep 300"; };
+    EXPECT_EQ(wrongEnds(other("echo '{\\\"pid\\\":'\\$\\$'}'; exec sleep 300")), Sentences{});
+    EXPECT_EQ(
+        wrongEnds(other("trap 'exit 3' TERM; echo '{\\\"pid\\\":'\\$\\$'}'; while :; do sleep 0.01; done")),
+        Sentences{"the other ended with exit code 3 when it was to end"});
 }
 
 } // namespace

@@ -145,6 +145,18 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.interruptions.clear(); },
          "the voice server noticed 0 interruptions instead of 1"},
         {[](Evidence& e) { e.interruptions[0] -= 1s; }, "after an interruption the callee still heard"},
+        {[](Evidence& e) { e.interruptions[0] += 2s; },
+         "after an interruption the sound at the callee never ended"},
+        {[](Evidence& e) {
+             e.fromCallee({{"event", "ended"}, {"reason", "hung up by the caller"}});
+         },
+         "the line was ended 2 times instead of 1"},
+        {[](Evidence& e) {
+             for (int i = 0; i < 2; ++i)
+                 e.fromCallee({{"event", "answered"}, {"at", 1}});
+         },
+         "the line was answered 2 times instead of 1"},
+        {[](Evidence& e) { e.wrongEnds = {"velto was killed"}; }, "velto was killed"},
         {[](Evidence& e) { e.ended = "no answer"; }, "the call ended with \"no answer\""},
         {[](Evidence& e) { e.ended.reset(); }, "the line was still open"},
         {[](Evidence& e) { e.dialled = "2"; }, "the phone dialled 2 instead of 1"},
@@ -172,6 +184,17 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         ASSERT_FALSE(found.empty()) << expected;
         EXPECT_TRUE(found.front().starts_with(expected)) << found.front() << " instead of " << expected;
     }
+}
+
+TEST(Verdict, ATroubleThatWasNeverMadeIsAFault) {
+    auto scenario = *parseScenario(kGood);
+    scenario.lines[2].after = Trouble::phoneStops;
+    auto evidence = goodEvidence();
+    EXPECT_EQ(
+        faults(scenario, evidence),
+        std::vector<std::string>{"the phone app was not made to stand still before line 3 (\"Stop.\")"});
+    evidence.troubledBefore.insert(3);
+    EXPECT_EQ(faults(scenario, evidence), std::vector<std::string>{});
 }
 
 TEST(Summary, TheLastStatisticsAreTakenFromTheLog) {

@@ -1,0 +1,37 @@
+#include "rehearsal/process/WhyNotStarted.h"
+
+#include "rehearsal/process/TextFile.h"
+
+#include <sys/wait.h>
+
+#include <deque>
+#include <sstream>
+
+namespace velto::rehearsal {
+namespace {
+
+constexpr std::size_t kLines = 5;
+constexpr int kCannotBeExecuted = 127;
+
+} // namespace
+
+std::string whyNotStarted(std::optional<ChildProcess>& process, const std::filesystem::path& log) {
+    if (const auto status = process ? process->exitStatus() : std::nullopt;
+        status && WIFEXITED(*status) && WEXITSTATUS(*status) == kCannotBeExecuted)
+        return "; is it installed?";
+    std::deque<std::string> last;
+    std::istringstream text(readFile(log).value_or(""));
+    for (std::string line; std::getline(text, line);) {
+        if (line.empty())
+            continue;
+        last.push_back(line);
+        if (last.size() > kLines)
+            last.pop_front();
+    }
+    std::string answer = last.empty() ? "" : "; it said:";
+    for (const auto& line : last)
+        answer += "\n  " + line;
+    return answer;
+}
+
+} // namespace velto::rehearsal
