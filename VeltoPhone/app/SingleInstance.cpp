@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QLocalSocket>
+#include <QPointer>
 #include <QTimer>
 
 #include <utility>
@@ -112,10 +113,14 @@ void SingleInstance::serve(QLocalSocket* peer) {
         const bool open = line.startsWith("open ");
         if ((!open && line != "show") || !server_.isListening() || !stillWaits(*peer))
             return peer->abort();
-        peer->write("ok\n");
-        peer->disconnectFromServer();
+        // Granted first: whoever reads the answer may look at the screen at once.
+        const QPointer<QLocalSocket> waiting(peer);
         Q_EMIT wished(open ? Wish(QString::fromUtf8(QByteArray::fromPercentEncoding(line.mid(5))))
                            : std::nullopt);
+        if (!waiting)
+            return;
+        peer->write("ok\n");
+        peer->disconnectFromServer();
     };
     connect(peer, &QLocalSocket::readyRead, this, read);
     read();

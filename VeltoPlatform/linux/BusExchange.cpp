@@ -13,13 +13,15 @@ namespace {
 /// A peer that answers, but so slowly that one conversation takes longer than this, is as good as silent.
 constexpr auto kLongestTalk = std::chrono::seconds(2);
 
-std::string nameOf(sd_bus_message* call) {
-    return std::string(sd_bus_message_get_path(call)) + ' ' + sd_bus_message_get_member(call);
+/// The handler must not keep the call itself, which keeps the bus.
+std::shared_ptr<const std::string> nameOf(sd_bus_message* call) {
+    return std::make_shared<const std::string>(std::string(sd_bus_message_get_path(call)) + ' ' +
+                                               sd_bus_message_get_member(call));
 }
 
-bool owes(BusPeer& peer, sd_bus_message* call) {
+bool owes(BusPeer& peer, const std::string& call) {
     const std::scoped_lock lock(peer.mutex);
-    return !peer.owed.empty() && peer.owed.contains(nameOf(call));
+    return peer.owed.contains(call);
 }
 
 } // namespace
@@ -27,7 +29,7 @@ bool owes(BusPeer& peer, sd_bus_message* call) {
 struct BusExchange::Talk {
     BusPeerRef peer;
     std::size_t waiting = 0;
-    std::set<sd_bus_message*> open{}; ///< the calls that it waits for; their slots keep them
+    std::set<const std::string*> open{}; ///< the calls that it waits for; their handlers keep the names
     bool givenUp = false;
     Clock::time_point begun{};
     Clock::time_point heard{}; ///< or since when it owes an answer
@@ -62,9 +64,11 @@ BusExchange::Talk& BusExchange::talkWith(Round& round, const BusPeerRef& peer) {
 
 bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler handler, Late late) {
     auto& talk = talkWith(*round_, peer);
-    if (talk.givenUp || !request || owes(*peer, request.get()))
+    if (talk.givenUp || !request)
         return false;
-    const std::shared_ptr<sd_bus_message> call(sd_bus_message_ref(request.get()), BusMessageRelease());
+    const auto call = nameOf(request.get());
+    if (owes(*peer, *call))
+        return false;
     auto answered = [weak = std::weak_ptr(round_), talk = &talk, peer, call, handler = std::move(handler),
                      late = std::move(late)](BusReply reply) {
         if (late)
@@ -72,7 +76,7 @@ bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler
         const auto round = weak.lock();
         if (!round || talk->givenUp || round->busSilent) {
             const std::scoped_lock lock(peer->mutex);
-            peer->owed.erase(nameOf(call.get()));
+            peer->owed.erase(*call);
             return;
         }
         --talk->waiting;
@@ -151,8 +155,8 @@ void BusExchange::giveUp(Talk& talk) {
     talk.givenUp = true;
     {
         const std::scoped_lock lock(talk.peer->mutex);
-        for (auto* const call : talk.open)
-            talk.peer->owed.insert(nameOf(call));
+        for (const auto* const call : talk.open)
+            talk.peer->owed.insert(*call);
     }
     talk.open.clear();
     round_->waiting -= talk.waiting;

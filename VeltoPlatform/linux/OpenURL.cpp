@@ -12,6 +12,8 @@
 #include <system_error>
 #include <thread>
 
+#include <poll.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace velto {
@@ -23,6 +25,9 @@ struct Unref {
 };
 template <class T>
 using Ref = std::unique_ptr<T, Unref<T>>;
+
+/// A program that ends so soon has handed the URL to one that was running already.
+constexpr std::chrono::milliseconds kToHandOver{150};
 
 /// Between the caller, who may stop waiting, and the thread that opens.
 struct Opening {
@@ -56,6 +61,16 @@ void becomeIndependent(void* opening) {
     ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
+/// Returns when the process has ended, or stays.
+void letHandOver(GDesktopAppInfo*, GPid pid, void*) {
+    const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+    if (process < 0)
+        return;
+    pollfd ended{process, POLLIN, 0};
+    ::poll(&ended, 1, static_cast<int>(kToHandOver.count()));
+    ::close(process);
+}
+
 bool launch(Opening& opening) {
     const auto application = handler(opening.url);
     if (!application || !G_IS_DESKTOP_APP_INFO(application.get()) || opening.abandoned)
@@ -64,8 +79,8 @@ bool launch(Opening& opening) {
     constexpr auto kFlags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
                                                      G_SPAWN_STDERR_TO_DEV_NULL);
     return g_desktop_app_info_launch_uris_as_manager(G_DESKTOP_APP_INFO(application.get()), &urls, nullptr,
-                                                     kFlags, becomeIndependent, &opening, nullptr, nullptr,
-                                                     nullptr) != FALSE;
+                                                     kFlags, becomeIndependent, &opening, letHandOver,
+                                                     nullptr, nullptr) != FALSE;
 }
 
 } // namespace

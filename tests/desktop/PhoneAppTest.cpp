@@ -60,6 +60,7 @@ struct Session {
     std::unique_ptr<rehearsal::PrivateDesktop> desktop;
 };
 
+// Not repeatable within a process, for the same reason.
 class PhoneAppTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() { session = std::make_unique<Session>(); }
@@ -173,6 +174,19 @@ TEST_F(PhoneAppTest, ANumberOpenedMeanwhileDoesNotDisturbACallAndBadOnesAreRefus
         << ::testing::PrintToString(AX::texts());
     const auto names = buttons();
     EXPECT_EQ(std::count(names.begin(), names.end(), "Call"), 0);
+}
+
+TEST_F(PhoneAppTest, AnOlderOfferIsNotCalledInPlaceOfTheNumber) {
+    for (const auto* number : {"5550001", "5550002", "5550003"}) {
+        platform().workspace->openURL("tel-phoneapp:5559999");
+        ASSERT_TRUE(comesTrue([] {
+            const auto names = buttons();
+            return std::count(names.begin(), names.end(), "Call") == 1;
+        }));
+        ASSERT_TRUE(dial(number));
+        EXPECT_TRUE(shown(number)) << ::testing::PrintToString(AX::texts());
+        EXPECT_TRUE(Telephony::hangup());
+    }
 }
 
 TEST_F(PhoneAppTest, APhoneThatStandsStillHoldsNobodyAndItsCallGoesOn) {
