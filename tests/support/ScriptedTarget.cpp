@@ -38,7 +38,7 @@ namespace json = boost::json;
 const std::string kFolder = "/org/a11y/atspi/accessible/";
 
 struct Node {
-    json::object spec;
+    json::object facts;
     struct Child {
         std::string id;
         std::string program{}; ///< none: this one
@@ -81,17 +81,17 @@ class Target {
     }
 
   private:
-    std::string add(const json::object& spec, std::string id) {
+    std::string add(const json::object& facts, std::string id) {
         if (id.empty())
-            id = spec.contains("id") ? json::value_to<std::string>(spec.at("id"))
-                                     : "n" + std::to_string(unnamed_++);
-        Node node{.spec = spec, .children = {}};
-        const auto levels = count(spec, "levels");
+            id = facts.contains("id") ? json::value_to<std::string>(facts.at("id"))
+                                      : "n" + std::to_string(unnamed_++);
+        Node node{.facts = facts, .children = {}};
+        const auto levels = count(facts, "levels");
         if (levels > 1) {
-            auto inner = spec;
+            auto inner = facts;
             inner["levels"] = levels - 1;
             node.children.push_back({add(inner, "")});
-        } else if (const auto* children = spec.if_contains("children")) {
+        } else if (const auto* children = facts.if_contains("children")) {
             for (const auto& child : children->as_array())
                 if (child.is_string())
                     node.children.push_back({std::string(child.as_string())});
@@ -105,13 +105,13 @@ class Target {
         return id;
     }
 
-    static std::int64_t count(const json::object& spec, const char* key) {
-        const auto* value = spec.if_contains(key);
+    static std::int64_t count(const json::object& facts, const char* key) {
+        const auto* value = facts.if_contains(key);
         return value ? value->as_int64() : 1;
     }
 
-    static std::string text(const json::object& spec, const char* key) {
-        const auto* value = spec.if_contains(key);
+    static std::string text(const json::object& facts, const char* key) {
+        const auto* value = facts.if_contains(key);
         return value ? json::value_to<std::string>(*value) : "";
     }
 
@@ -130,7 +130,7 @@ class Target {
             return 0;
         const auto id = std::string(path).substr(kFolder.size());
         const auto found = nodes_.find(id);
-        const auto& root = nodes_["root"].spec;
+        const auto& root = nodes_["root"].facts;
         if (root.contains("slow"))
             std::this_thread::sleep_for(std::chrono::milliseconds(count(root, "slow")));
         ++answers_;
@@ -140,11 +140,11 @@ class Target {
         if (found == nodes_.end() || (ended && id != "root"))
             return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
         const std::string_view member = sd_bus_message_get_member(call);
-        if (text(found->second.spec, "unanswered") == member) {
+        if (text(found->second.facts, "unanswered") == member) {
             unanswered_.emplace_back(sd_bus_message_ref(call));
             return 1;
         }
-        const auto broken = text(found->second.spec, "broken");
+        const auto broken = text(found->second.facts, "broken");
         if (!broken.empty() && member != "GetRole")
             return broken == "error" ? sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "broken")
                                      : sd_bus_reply_method_return(call, "t", std::uint64_t{7});
@@ -152,11 +152,11 @@ class Target {
     }
 
     int answerFor(const std::string& id, const Node& node, std::string_view member, sd_bus_message* call) {
-        const auto& spec = node.spec;
+        const auto& facts = node.facts;
         if (member == "GetRole")
-            return sd_bus_reply_method_return(call, "u", static_cast<std::uint32_t>(count(spec, "role")));
+            return sd_bus_reply_method_return(call, "u", static_cast<std::uint32_t>(count(facts, "role")));
         if (member == "GetState")
-            return sd_bus_reply_method_return(call, "au", 2, state(spec), 0);
+            return sd_bus_reply_method_return(call, "au", 2, state(facts), 0);
         if (member == "GetChildren")
             return reply(call, [&](sd_bus_message* out) {
                 const char* name = nullptr;
@@ -169,47 +169,47 @@ class Target {
                 sd_bus_message_close_container(out);
             });
         if (member == "Get")
-            return answerProperty(spec, call);
-        if (member == "GetText" && spec.contains("text"))
-            return sd_bus_reply_method_return(call, "s", text(spec, "text").c_str());
-        if (member == "GetExtents" && spec.contains("at"))
+            return answerProperty(facts, call);
+        if (member == "GetText" && facts.contains("text"))
+            return sd_bus_reply_method_return(call, "s", text(facts, "text").c_str());
+        if (member == "GetExtents" && facts.contains("at"))
             return sd_bus_reply_method_return(call, "(iiii)",
-                                              static_cast<int>(spec.at("at").at(0).as_int64()),
-                                              static_cast<int>(spec.at("at").at(1).as_int64()), 10, 10);
-        if (member == "GetActions" && spec.contains("actions"))
+                                              static_cast<int>(facts.at("at").at(0).as_int64()),
+                                              static_cast<int>(facts.at("at").at(1).as_int64()), 10, 10);
+        if (member == "GetActions" && facts.contains("actions"))
             return reply(call, [&](sd_bus_message* out) {
                 sd_bus_message_open_container(out, 'a', "(sss)");
-                for (const auto& action : spec.at("actions").as_array())
+                for (const auto& action : facts.at("actions").as_array())
                     sd_bus_message_append(out, "(sss)", action.as_string().c_str(), "", "");
                 sd_bus_message_close_container(out);
             });
-        if (member == "DoAction" && spec.contains("actions"))
-            return press(id, spec, call);
+        if (member == "DoAction" && facts.contains("actions"))
+            return press(id, facts, call);
         return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "no such interface");
     }
 
-    static int answerProperty(const json::object& spec, sd_bus_message* call) {
+    static int answerProperty(const json::object& facts, sd_bus_message* call) {
         const char* interface = nullptr;
         const char* name = nullptr;
         sd_bus_message_read(call, "ss", &interface, &name);
         const std::string_view property = name;
         if (property == "Name" || property == "Description")
             return sd_bus_reply_method_return(
-                call, "v", "s", text(spec, property == "Name" ? "name" : "description").c_str());
-        if (property == "CurrentValue" && spec.contains("value"))
-            return sd_bus_reply_method_return(call, "v", "d", spec.at("value").to_number<double>());
+                call, "v", "s", text(facts, property == "Name" ? "name" : "description").c_str());
+        if (property == "CurrentValue" && facts.contains("value"))
+            return sd_bus_reply_method_return(call, "v", "d", facts.at("value").to_number<double>());
         return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_PROPERTY, "no such property");
     }
 
-    int press(const std::string& id, const json::object& spec, sd_bus_message* call) {
+    int press(const std::string& id, const json::object& facts, sd_bus_message* call) {
         int action = 0;
         sd_bus_message_read(call, "i", &action);
-        const auto how = text(spec, "onPress");
+        const auto how = text(facts, "onPress");
         if (how == "stop")
             std::raise(SIGSTOP);
         if (how == "refuse")
             return sd_bus_reply_method_return(call, "b", 0);
-        const std::string name(spec.at("actions").as_array()[static_cast<std::size_t>(action)].as_string());
+        const std::string name(facts.at("actions").as_array()[static_cast<std::size_t>(action)].as_string());
         if (how != "later")
             return perform(id, name, call);
         later_.push_back({id, name, BusMessage(sd_bus_message_ref(call))});
@@ -222,15 +222,15 @@ class Target {
         return sd_bus_reply_method_return(call, "b", 1);
     }
 
-    static std::uint32_t state(const json::object& spec) {
+    static std::uint32_t state(const json::object& facts) {
         std::uint32_t bits = 0;
-        if (!spec.contains("disabled"))
+        if (!facts.contains("disabled"))
             bits |= 1u << AtspiState::enabled | 1u << AtspiState::sensitive;
         else
             bits |= 1u << 11u; // focusable
-        if (!spec.contains("hidden"))
+        if (!facts.contains("hidden"))
             bits |= 1u << AtspiState::visible;
-        if (spec.contains("multiLine"))
+        if (facts.contains("multiLine"))
             bits |= 1u << AtspiState::multiLine;
         return bits;
     }
