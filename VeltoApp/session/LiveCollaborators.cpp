@@ -15,6 +15,10 @@
 namespace velto {
 namespace {
 
+asio::awaitable<bool> hangUpBlocking() {
+    co_return Telephony::hangup();
+}
+
 class LiveLine : public CallLine {
   public:
     bool trusted() override { return AX::trusted(); }
@@ -28,9 +32,7 @@ class LiveLine : public CallLine {
     }
     /// It waits for the phone app, for seconds where that hangs: not on the main thread.
     asio::awaitable<bool> hangup() override {
-        co_return co_await asio::co_spawn(
-            Blocking::executor(), []() -> asio::awaitable<bool> { co_return Telephony::hangup(); },
-            asio::use_awaitable);
+        co_return co_await asio::co_spawn(Blocking::executor(), hangUpBlocking(), asio::use_awaitable);
     }
 };
 

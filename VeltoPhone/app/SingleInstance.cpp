@@ -6,7 +6,6 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QLocalSocket>
-#include <QPointer>
 #include <QTimer>
 
 #include <utility>
@@ -114,11 +113,8 @@ void SingleInstance::serve(QLocalSocket* peer) {
         if ((!open && line != "show") || !server_.isListening() || !stillWaits(*peer))
             return peer->abort();
         // Granted first: whoever reads the answer may look at the screen at once.
-        const QPointer<QLocalSocket> waiting(peer);
         Q_EMIT wished(open ? Wish(QString::fromUtf8(QByteArray::fromPercentEncoding(line.mid(5))))
                            : std::nullopt);
-        if (!waiting)
-            return;
         peer->write("ok\n");
         peer->disconnectFromServer();
     };

@@ -74,7 +74,9 @@ std::unique_ptr<Bus> Bus::start(const std::string& address, bool* nobody) {
     const int started = sd_bus_start(raw);
     if (nobody != nullptr)
         *nobody = started < 0 && started != -EAGAIN;
-    return started < 0 ? nullptr : std::move(bus);
+    if (started < 0)
+        return nullptr;
+    return bus;
 }
 
 std::unique_ptr<Bus> Bus::open(const std::string& address, Limit limit, bool* nobody) {
