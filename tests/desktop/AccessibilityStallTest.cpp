@@ -18,12 +18,13 @@ const std::string kEndButton = R"({"role": 75, "name": "phone", "children": [
 
 class AccessibilityStallTest : public DesktopTest {
   protected:
-    /// Runs it and answers the same, unless it took half a second.
+    /// Runs it and answers the same, in time: half a second is promised, the rest is for a busy machine. A
+    /// call would wait for 25 s.
     template <class Operation>
     static auto soon(Operation operation) {
         const auto begin = std::chrono::steady_clock::now();
         const auto answer = operation();
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
         return answer;
     }
 
