@@ -7,11 +7,8 @@ namespace velto {
 
 /// Roles that the reading depends on; the numbers of AT-SPI's enumeration `AtspiRole` (atspi-constants.h).
 enum class AtspiRole : std::uint32_t {
-    label = 29,
-    button = 43,
     text = 61,
     application = 75,
-    fixedText = 116,
 };
 
 /// Bits of `AtspiStateType`; 64 of them in a state.

@@ -28,7 +28,6 @@ bool owes(BusPeer& peer, const std::string& call) {
 
 struct BusExchange::Talk {
     BusPeerRef peer;
-    std::size_t waiting = 0;
     std::set<const std::string*> open{}; ///< the calls that it waits for; their handlers keep the names
     bool givenUp = false;
     Clock::time_point begun{};
@@ -79,7 +78,6 @@ bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler
             peer->owed.erase(*call);
             return;
         }
-        --talk->waiting;
         talk->open.erase(call.get());
         --round->waiting;
         talk->heard = Clock::now();
@@ -88,9 +86,9 @@ bool BusExchange::ask(const BusPeerRef& peer, const BusMessage& request, Handler
     };
     if (!bus_.send(request, Bus::kUntilAnswered, std::move(answered)))
         return false;
-    talk.open.insert(call.get());
-    if (talk.waiting++ == 0)
+    if (talk.open.empty())
         talk.heard = Clock::now();
+    talk.open.insert(call.get());
     ++round_->waiting;
     return true;
 }
@@ -108,14 +106,14 @@ void BusExchange::finish() {
 BusExchange::Clock::time_point BusExchange::endOfPatience(const Talk& talk) const {
     const auto& bus = *round_->bus;
     // The bus was asked when half of the patience was gone, and gets the other half.
-    return bus.waiting > 0 ? std::max(talk.heard + patience_, bus.heard + patience_ / 2)
-                           : talk.heard + patience_;
+    return !bus.open.empty() ? std::max(talk.heard + patience_, bus.heard + patience_ / 2)
+                             : talk.heard + patience_;
 }
 
 BusExchange::Clock::time_point BusExchange::nextLook() const {
     auto next = Clock::time_point::max();
     for (const auto& talk : round_->talks)
-        if (talk.waiting > 0)
+        if (!talk.open.empty())
             next = std::min(next, round_->busAsked ? endOfPatience(talk) : talk.heard + patience_ / 2);
     // A wait that is rounded down must not make the loop spin.
     return next + std::chrono::milliseconds(1);
@@ -124,7 +122,7 @@ BusExchange::Clock::time_point BusExchange::nextLook() const {
 void BusExchange::look() {
     const auto now = Clock::now();
     for (auto& talk : round_->talks) {
-        if (talk.waiting == 0)
+        if (talk.open.empty())
             continue;
         if (now - talk.begun > kLongestTalk && now < talk.heard + patience_ / 2) {
             giveUp(talk);
@@ -132,7 +130,7 @@ void BusExchange::look() {
             askBus();
         } else if (round_->busAsked && now >= endOfPatience(talk)) {
             pool_.patience().spend(std::chrono::duration_cast<BusPatience::Duration>(now - talk.heard));
-            if (round_->bus->waiting == 0) {
+            if (round_->bus->open.empty()) {
                 giveUp(talk);
                 continue;
             }
@@ -158,15 +156,14 @@ void BusExchange::giveUp(Talk& talk) {
         for (const auto* const call : talk.open)
             talk.peer->owed.insert(*call);
     }
+    round_->waiting -= talk.open.size();
     talk.open.clear();
-    round_->waiting -= talk.waiting;
-    talk.waiting = 0;
     pool_.fellSilent(bus_, talk.peer);
 }
 
 bool BusExchange::gaveUp(const BusPeer& peer) const {
     return std::any_of(round_->talks.begin(), round_->talks.end(), [&](const Talk& talk) {
-        return talk.peer.get() == &peer && (talk.givenUp || (round_->busSilent && talk.waiting > 0));
+        return talk.peer.get() == &peer && (talk.givenUp || (round_->busSilent && !talk.open.empty()));
     });
 }
 

@@ -36,6 +36,7 @@ struct Opening {
     std::condition_variable changed;
     std::optional<bool> done;
     std::atomic<bool> abandoned = false;
+    std::atomic<bool> launched = false;
 };
 
 /// The scheme's handler, without touching what GIO may load for foreign file systems unless it is a file.
@@ -62,7 +63,8 @@ void becomeIndependent(void* opening) {
 }
 
 /// Returns when the process has ended, or stays.
-void letHandOver(GDesktopAppInfo*, GPid pid, void*) {
+void letHandOver(GDesktopAppInfo*, GPid pid, void* opening) {
+    static_cast<Opening*>(opening)->launched = true;
     const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (process < 0)
         return;
@@ -80,7 +82,7 @@ bool launch(Opening& opening) {
                                                      G_SPAWN_STDERR_TO_DEV_NULL);
     return g_desktop_app_info_launch_uris_as_manager(G_DESKTOP_APP_INFO(application.get()), &urls, nullptr,
                                                      kFlags, becomeIndependent, &opening, letHandOver,
-                                                     nullptr, nullptr) != FALSE;
+                                                     &opening, nullptr) != FALSE;
 }
 
 } // namespace
@@ -105,7 +107,7 @@ bool openURL(const std::string& url, std::chrono::milliseconds limit) {
     std::unique_lock lock(opening->mutex);
     if (!opening->changed.wait_for(lock, limit, [&] { return opening->done.has_value(); }))
         opening->abandoned = true;
-    return opening->done.value_or(false);
+    return opening->done.value_or(opening->launched);
 }
 
 } // namespace velto
