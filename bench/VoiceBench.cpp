@@ -188,7 +188,7 @@ T run(asio::awaitable<T> task) {
 void benchInbound() {
     ScriptedTlsServer ourServer(serveAudio);
     ScriptedTlsServer floorServer(serveAudio);
-    auto session = std::make_shared<GeminiLiveClient>("k", "m", "v", "i", ourServer.host());
+    auto session = std::make_shared<GeminiLiveClient>(SessionOptions{"k", "m", "v", "i", ourServer.host()});
     if (!run(session->connect()))
         std::abort();
     FloorClient floorClient(floorServer.port());
@@ -216,7 +216,7 @@ void benchOutbound() {
         peer.accept();
         peer.readUntilClosed();
     });
-    auto session = std::make_shared<GeminiLiveClient>("k", "m", "v", "i", server.host());
+    auto session = std::make_shared<GeminiLiveClient>(SessionOptions{"k", "m", "v", "i", server.host()});
     if (!run(session->connect()))
         std::abort();
     const auto pcm = someBytes(640);

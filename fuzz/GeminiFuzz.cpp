@@ -7,7 +7,7 @@
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static velto::GeminiMessages messages("key", "model", "Puck", "instruction", "localhost");
+    static velto::GeminiMessages messages({"key", "model", "Puck", "instruction", "localhost"});
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const std::string text = velto::repairedUtf8(bytes);
     if (!velto::isValidUtf8(text) || (velto::isValidUtf8(bytes) && text != bytes))

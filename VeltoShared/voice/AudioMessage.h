@@ -1,17 +1,28 @@
-// A message that is the same for every chunk of audio except for the base64 in its middle.
+// Audio inside messages: base64 both ways, in place.
 #pragma once
 
 #include "VeltoShared/voice/Base64.h"
+#include "VeltoShared/voice/VoiceSession.h"
 
 #include <cstddef>
 #include <cstring>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 namespace velto {
 
-/// Fixed prefix, base64 written in place, fixed suffix, in one buffer that only grows.
+/// Standard base64 (RFC 4648, padded) of 16-bit PCM; none for any other text.
+inline std::optional<AudioChunk> decodedAudio(std::string_view base64) {
+    AudioChunk chunk(Base64::decodedSize(base64));
+    if (!Base64::decode(base64, chunk.bytes()))
+        return std::nullopt;
+    return chunk;
+}
+
+/// A message that is the same for every chunk except for its middle: fixed prefix, written in place, fixed
+/// suffix, in one buffer that only grows.
 class AudioMessage {
   public:
     AudioMessage(std::string_view prefix, std::string_view suffix)

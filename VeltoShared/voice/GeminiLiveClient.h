@@ -1,20 +1,11 @@
-// The Gemini Live session: the shared client over the Gemini messages.
+// The Gemini Live session.
 #pragma once
 
-#include "VeltoShared/voice/VoiceClient.h"
-
-#include <string>
+#include "VeltoShared/voice/GeminiMessages.h"
+#include "VeltoShared/voice/ProviderClient.h"
 
 namespace velto {
 
-class GeminiLiveClient final : public VoiceClient {
-  public:
-    /// Model and voice are used unchanged. The host is read from the preferences here.
-    GeminiLiveClient(const std::string& apiKey, std::string model, std::string voice,
-                     std::string systemInstruction);
-    /// With a host of the caller's, "host[:port]".
-    GeminiLiveClient(const std::string& apiKey, std::string model, std::string voice,
-                     std::string systemInstruction, std::string host, VoiceSocket::Limits limits = {});
-};
+using GeminiLiveClient = ProviderClient<GeminiMessages>;
 
 } // namespace velto

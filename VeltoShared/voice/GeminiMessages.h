@@ -2,23 +2,19 @@
 #pragma once
 
 #include "VeltoShared/voice/AudioMessage.h"
+#include "VeltoShared/voice/MessageReader.h"
 #include "VeltoShared/voice/ProviderMessages.h"
-
-#include <boost/json/monotonic_resource.hpp>
-#include <boost/json/parser.hpp>
-#include <boost/json/value.hpp>
-
-#include <memory>
+#include "VeltoShared/voice/VoiceProvider.h"
 
 namespace velto {
 
 /// Speech in and out, the voice by name, the server's voice activity detection with barge-in, transcription
-/// of both sides, and the one tool `end_call`. JSON nested deeper than 64 levels is malformed.
+/// of both sides, and the one tool `end_call`.
 class GeminiMessages final : public ProviderMessages {
   public:
-    /// `model` without prefix; `host` as VoiceSocket::Request takes it.
-    GeminiMessages(std::string apiKey, std::string model, std::string voice, std::string systemInstruction,
-                   std::string host);
+    static constexpr VoiceProvider provider = VoiceProvider::gemini;
+
+    explicit GeminiMessages(SessionOptions options);
 
     VoiceSocket::Request request() const override;
     std::string configuration() const override;
@@ -36,18 +32,10 @@ class GeminiMessages final : public ProviderMessages {
     void handleServerContent(const boost::json::object& content);
     void handleModelTurn(const boost::json::object& content);
 
-    std::string apiKey_;
-    std::string model_;
-    std::string voice_;
-    std::string systemInstruction_;
-    std::string host_;
+    SessionOptions options_;
     AudioMessage audio_;
     std::vector<VoiceEvent> events_;
-    // Of a received message; the usual audio message fits.
-    static constexpr std::size_t kScratch = std::size_t{160} << 10;
-    std::unique_ptr<unsigned char[]> scratch_ = std::make_unique_for_overwrite<unsigned char[]>(kScratch);
-    boost::json::monotonic_resource memory_{scratch_.get(), kScratch};
-    boost::json::parser parser_;
+    MessageReader reader_;
 };
 
 } // namespace velto

@@ -6,11 +6,31 @@
 
 namespace velto::ProviderHosts {
 
-std::string gemini() {
+std::string_view preferenceKey(VoiceProvider provider) {
+    switch (provider) {
+    case VoiceProvider::gemini:
+        return "geminiHost";
+    case VoiceProvider::openai:
+        return "openAIHost";
+    }
+    return {};
+}
+
+std::string_view defaultHost(VoiceProvider provider) {
+    switch (provider) {
+    case VoiceProvider::gemini:
+        return "generativelanguage.googleapis.com";
+    case VoiceProvider::openai:
+        return "api.openai.com";
+    }
+    return {};
+}
+
+std::string host(VoiceProvider provider) {
     auto* preferences = platform().preferences;
-    auto host = preferences ? preferences->text(std::string(geminiKey)) : std::nullopt;
+    auto host = preferences ? preferences->text(std::string(preferenceKey(provider))) : std::nullopt;
     if (!host || host->empty())
-        return std::string(geminiDefault);
+        return std::string(defaultHost(provider));
     return *host;
 }
 

@@ -12,6 +12,15 @@
 
 namespace velto {
 
+/// What a session is made of. Model and voice are used unchanged.
+struct SessionOptions {
+    std::string apiKey;
+    std::string model; ///< without any prefix
+    std::string voice;
+    std::string systemInstruction;
+    std::string host; ///< as VoiceSocket::Request takes it
+};
+
 /// The wire format of one session. No I/O. The const operations: any thread; the others: one thread. Texts
 /// that are not UTF-8 are sent with U+FFFD in place of what is broken.
 class ProviderMessages {

@@ -2,6 +2,7 @@
 #include "VeltoShared/voice/VoiceClient.h"
 
 #include "VeltoShared/core/Executors.h"
+#include "VeltoShared/voice/SecretBlot.h"
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
@@ -25,21 +26,23 @@ asio::awaitable<T> onBackground(asio::awaitable<T> task) {
     co_return co_await asio::co_spawn(there, std::move(task), asio::use_awaitable);
 }
 
-std::string withoutSecret(std::string text, const std::string& secret) {
-    constexpr std::string_view kBlot = "(key)";
-    if (secret.empty())
+/// Enough for people; a server may send any amount.
+std::string shortened(std::string text) {
+    constexpr std::size_t kLongest = 2000;
+    if (text.size() <= kLongest)
         return text;
-    for (auto at = text.find(secret); at != std::string::npos; at = text.find(secret, at + kBlot.size()))
-        text.replace(at, secret.size(), kBlot);
-    return text;
+    std::size_t end = kLongest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return text.substr(0, end) + "…";
 }
 
 } // namespace
 
 /// All but `events` and `isReady` belongs to `Background`.
 struct VoiceClient::State {
-    State(std::unique_ptr<ProviderMessages> theirs, std::string hidden, VoiceSocket::Limits limited)
-        : messages(std::move(theirs)), secret(std::move(hidden)), limits(limited) {}
+    State(std::unique_ptr<ProviderMessages> theirs, std::string_view hidden, VoiceSocket::Limits limited)
+        : messages(std::move(theirs)), secret(hidden), limits(limited) {}
 
     static asio::awaitable<Result<>> connect(std::shared_ptr<State> state);
     asio::awaitable<Result<>> openAndConfigure(VoiceSocket& fresh);
@@ -49,13 +52,11 @@ struct VoiceClient::State {
     static asio::awaitable<void> close(std::shared_ptr<State> state);
     void abandon();
     void deliver(std::span<VoiceEvent> received);
-    Failure described(Failure failure) const {
-        failure.description = withoutSecret(std::move(failure.description), secret);
-        return failure;
-    }
+    /// For the log: the secret first, lest half of it be left by the cut.
+    std::string described(std::string text) const { return shortened(secret.blotted(std::move(text))); }
 
     const std::unique_ptr<ProviderMessages> messages;
-    const std::string secret;
+    const SecretBlot secret;
     const VoiceSocket::Limits limits;
     VoiceEvents events{kVoiceEventCapacity};
     std::atomic<bool> isReady = false;
@@ -80,7 +81,7 @@ asio::awaitable<Result<>> VoiceClient::State::connect(std::shared_ptr<State> sta
         connected = Failure{kErrorNotConnected, "connecting was cancelled"};
     }
     if (!connected)
-        co_return state->described(connected.error());
+        co_return Failure{connected.error().code, state->described(connected.error().description)};
     asio::co_spawn(executor, receive(state, socket), asio::detached);
     co_return connected;
 }
@@ -100,8 +101,7 @@ asio::awaitable<void> VoiceClient::State::receive(std::weak_ptr<State> weak,
         if (!state || socket->isClosed())
             co_return;
         if (!message) {
-            auto failure = state->described(message.error());
-            state->events.push(event::Closed{std::move(failure.description)});
+            state->events.push(event::Closed{state->described(message.error().description)});
             co_return;
         }
         state->deliver(state->messages->handle(*message));
@@ -112,6 +112,8 @@ void VoiceClient::State::deliver(std::span<VoiceEvent> received) {
     for (auto& each : received) {
         if (std::holds_alternative<event::SetupComplete>(each))
             isReady = true;
+        else if (auto* closed = std::get_if<event::Closed>(&each))
+            closed->reason = described(std::move(closed->reason));
         events.push(std::move(each));
     }
 }
@@ -159,9 +161,9 @@ void VoiceClient::State::abandon() {
         gone->abort();
 }
 
-VoiceClient::VoiceClient(std::unique_ptr<ProviderMessages> messages, std::string secret,
+VoiceClient::VoiceClient(std::unique_ptr<ProviderMessages> messages, std::string_view secret,
                          VoiceSocket::Limits limits)
-    : state_(std::make_shared<State>(std::move(messages), std::move(secret), limits)) {}
+    : state_(std::make_shared<State>(std::move(messages), secret, limits)) {}
 
 VoiceClient::~VoiceClient() {
     // Without a background thread no connection is left either.

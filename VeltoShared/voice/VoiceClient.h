@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace velto {
 
@@ -22,8 +23,9 @@ namespace velto {
 /// most.
 class VoiceClient : public VoiceSession {
   public:
-    /// `secret` is blotted out of every description. Opens nothing.
-    VoiceClient(std::unique_ptr<ProviderMessages> messages, std::string secret,
+    /// `secret` is blotted out of every description and reason, which are cut after 2000 bytes. Opens
+    /// nothing.
+    VoiceClient(std::unique_ptr<ProviderMessages> messages, std::string_view secret,
                 VoiceSocket::Limits limits = {});
     ~VoiceClient() override;
     VoiceClient(const VoiceClient&) = delete;

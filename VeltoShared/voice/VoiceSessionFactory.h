@@ -9,10 +9,8 @@
 
 namespace velto {
 
-/// A new session for one call; opens nothing and never answers none. Of a provider without a client in this
-/// build, one whose `connect` fails and says so.
-std::shared_ptr<VoiceSession> makeVoiceSession(VoiceProvider provider, const std::string& apiKey,
-                                               std::string model, std::string voice,
-                                               std::string systemInstruction);
+/// A new session for one call; opens nothing and never answers none.
+std::shared_ptr<VoiceSession> makeVoiceSession(VoiceProvider provider, std::string apiKey, std::string model,
+                                               std::string voice, std::string systemInstruction);
 
 } // namespace velto

@@ -19,6 +19,7 @@
 #include <boost/beast/websocket/ssl.hpp>
 #include <boost/beast/websocket/stream.hpp>
 
+#include <algorithm>
 #include <list>
 
 namespace velto {
@@ -41,6 +42,12 @@ Failure transportFailure(std::string description) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
             c = ' ';
     return {kErrorTransport, std::move(description)};
+}
+
+/// RFC 9110, section 5.5: anything else could end the field and begin another.
+bool isFieldValue(std::string_view value) {
+    return std::ranges::none_of(
+        value, [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
 }
 
 bool isNetworkAbsent(const error_code& error) {
@@ -200,6 +207,11 @@ asio::awaitable<Result<>> VoiceSocket::open() {
         co_return Failure{kErrorNotConnected, "the session was closed"};
     if (!impl_->address)
         co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
+    for (const auto& [name, value] : impl_->request.headers)
+        if (!isFieldValue(value))
+            co_return Failure{kErrorBadURL, "the field " + name +
+                                                " would hold a line break or another control "
+                                                "character; is the key complete and on one line?"};
     impl_->stage = Impl::Stage::opening;
     const auto self = shared_from_this();
     const Watchdog watchdog(self, impl_->limits.opening);

@@ -47,7 +47,7 @@ bool Surroundings::writePreferences(std::uint16_t serverPort) const {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     const boost::json::object preferences{
-        {ProviderHosts::geminiKey, "localhost:" + std::to_string(serverPort)}, {"provider", "gemini"}};
+        {ProviderHosts::preferenceKey(VoiceProvider::gemini), "localhost:" + std::to_string(serverPort)}, {"provider", "gemini"}};
     return !error && writePrivateFile(folder / "preferences.json", boost::json::serialize(preferences));
 }
 

@@ -15,7 +15,7 @@ namespace json = boost::json;
 using Lines = std::vector<std::string>;
 
 GeminiMessages make(std::string key = "k", std::string instruction = "Be \"brief\"\n") {
-    return {std::move(key), "some-model", "Puck", std::move(instruction), "localhost:1"};
+    return GeminiMessages({std::move(key), "some-model", "Puck", std::move(instruction), "localhost:1"});
 }
 
 Lines handled(GeminiMessages& messages, std::string_view text) {

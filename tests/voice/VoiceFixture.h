@@ -31,7 +31,8 @@ class VoiceFixture : public ::testing::Test {
 
     static std::shared_ptr<GeminiLiveClient> client(const std::string& host,
                                                     VoiceSocket::Limits limits = {}) {
-        return std::make_shared<GeminiLiveClient>("secret key", "model", "Puck", "Be brief.", host, limits);
+        return std::make_shared<GeminiLiveClient>(
+            SessionOptions{"secret key", "model", "Puck", "Be brief.", host}, limits);
     }
 
     /// The next event as text; "end" at the end.

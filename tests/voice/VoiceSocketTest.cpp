@@ -1,5 +1,4 @@
 // Opening a connection: every refusal, who is trusted, and the limits.
-#include "VeltoShared/voice/VoiceSessionFactory.h"
 #include "tests/voice/VoiceFixture.h"
 
 namespace velto {
@@ -76,13 +75,6 @@ TEST_F(VoiceSocketTest, AStalledHandshakeIsLimitedAndCanBeLeft) {
     run(session->close());
     EXPECT_EQ(connected.get().error().description, "the session was closed");
     done.set_value();
-}
-
-TEST_F(VoiceSocketTest, AProviderWithoutAClientSaysSo) {
-    const auto session = makeVoiceSession(VoiceProvider::openai, "k", "m", "v", "i");
-    EXPECT_EQ(run(session->connect()).error().description, "OpenAI Realtime is not available in this build");
-    run(session->close());
-    EXPECT_EQ(next(*session, 2), (test::Lines{"closed client closed", "end"}));
 }
 
 } // namespace
