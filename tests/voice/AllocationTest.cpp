@@ -84,7 +84,7 @@ TEST_F(AllocationTest, SendingAudioAllocatesNothing) {
         peer.accept();
         peer.readUntilClosed();
     });
-    const auto session = client(server.host());
+    const auto session = test::makeClient(VoiceProvider::openai, server.host());
     ASSERT_TRUE(run(session->connect()));
     const std::string pcm(640, 'x');
     const Count first = run(allocationsOf(*session, 50, bytes(pcm)));

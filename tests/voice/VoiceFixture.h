@@ -4,6 +4,7 @@
 #include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/voice/GeminiLiveClient.h"
+#include "VeltoShared/voice/OpenAIRealtimeClient.h"
 #include "tests/support/ScriptedTlsServer.h"
 #include "tests/support/TrustedAuthority.h"
 #include "tests/voice/EventText.h"
@@ -18,6 +19,43 @@ namespace velto::test {
 
 using Lines = std::vector<std::string>;
 
+/// Messages of a provider's server that stand for one event each.
+struct ServerWords {
+    std::string setupComplete;
+    std::string turnComplete;
+    /// Before and after a text without characters to escape.
+    std::pair<std::string, std::string> callerText, agentText, audio;
+
+    static const ServerWords& of(VoiceProvider provider) {
+        static const ServerWords kGemini{
+            R"({"setupComplete":{}})",
+            R"({"serverContent":{"turnComplete":true}})",
+            {R"({"serverContent":{"inputTranscription":{"text":")", R"("}}})"},
+            {R"({"serverContent":{"outputTranscription":{"text":")", R"("}}})"},
+            {R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":")", R"("}}]}}})"}};
+        static const ServerWords kOpenAI{
+            R"({"type":"session.created"})",
+            R"({"type":"response.done"})",
+            {R"({"type":"conversation.item.input_audio_transcription.completed","transcript":")", R"("})"},
+            {R"({"type":"response.audio_transcript.delta","delta":")", R"("})"},
+            {R"({"type":"response.audio.delta","delta":")", R"("})"}};
+        return provider == VoiceProvider::gemini ? kGemini : kOpenAI;
+    }
+    static std::string around(const std::pair<std::string, std::string>& ends, std::string_view text) {
+        return ends.first + std::string(text) + ends.second;
+    }
+};
+
+constexpr std::string_view kSecret = "secret \"key\"/&";
+
+inline std::shared_ptr<VoiceClient> makeClient(VoiceProvider provider, const std::string& host,
+                                               VoiceSocket::Limits limits = {}) {
+    const SessionOptions options{std::string(kSecret), "a model", "Puck", "Be brief.", host};
+    if (provider == VoiceProvider::gemini)
+        return std::make_shared<GeminiLiveClient>(options, limits);
+    return std::make_shared<OpenAIRealtimeClient>(options, limits);
+}
+
 class VoiceFixture : public ::testing::Test {
   protected:
     /// Runs a coroutine on the background thread. Far more time than any limit of the transport.
@@ -27,12 +65,6 @@ class VoiceFixture : public ::testing::Test {
         if (future.wait_for(std::chrono::seconds(90)) != std::future_status::ready)
             throw std::runtime_error("the coroutine did not end");
         return future.get();
-    }
-
-    static std::shared_ptr<GeminiLiveClient> client(const std::string& host,
-                                                    VoiceSocket::Limits limits = {}) {
-        return std::make_shared<GeminiLiveClient>(
-            SessionOptions{"secret key", "model", "Puck", "Be brief.", host}, limits);
     }
 
     /// The next event as text; "end" at the end.
@@ -54,5 +86,18 @@ class VoiceFixture : public ::testing::Test {
     LocalAuthority& authority_ = trustedAuthority();
     BackgroundThreads background_;
 };
+
+/// Every test for every provider.
+class ProviderFixture : public VoiceFixture, public ::testing::WithParamInterface<VoiceProvider> {
+  protected:
+    static std::shared_ptr<VoiceClient> client(const std::string& host, VoiceSocket::Limits limits = {}) {
+        return makeClient(GetParam(), host, limits);
+    }
+    static const ServerWords& words() { return ServerWords::of(GetParam()); }
+};
+
+inline std::string providerName(const ::testing::TestParamInfo<VoiceProvider>& info) {
+    return std::string(rawValue(info.param));
+}
 
 } // namespace velto::test

@@ -1,4 +1,4 @@
-// The Gemini session against a real TLS server: a conversation, and every way in which a wire goes wrong.
+// The shared client against a real TLS server: a conversation, and every way in which a wire goes wrong.
 #include "tests/voice/VoiceFixture.h"
 
 #include <boost/asio/io_context.hpp>
@@ -10,25 +10,18 @@ namespace {
 using test::Lines;
 using test::ScriptedTlsServer;
 using test::ServerPeer;
+using test::ServerWords;
 
-class GeminiLiveClientTest : public test::VoiceFixture {};
+class VoiceClientTest : public test::ProviderFixture {};
 
-constexpr std::string_view kSetupComplete = R"({"setupComplete":{}})";
-constexpr std::string_view kTurnComplete = R"({"serverContent":{"turnComplete":true}})";
-
-std::string audioMessage(std::size_t bytes) {
-    return R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":")" +
-           std::string(bytes / 3 * 4, 'A') + R"("}}]}}})";
-}
-
-TEST_F(GeminiLiveClientTest, AConversation) {
+TEST_P(VoiceClientTest, AConversation) {
     std::promise<Lines> heard;
     ScriptedTlsServer server([&](ServerPeer& peer) {
         Lines lines{peer.accept()};
         while (const auto frame = peer.read()) {
             lines.push_back(std::to_string(frame->opcode) + frame->payload);
             if (lines.size() == 2)
-                peer.sendText(kSetupComplete);
+                peer.sendText(words().setupComplete);
         }
         heard.set_value(lines);
     });
@@ -47,48 +40,65 @@ TEST_F(GeminiLiveClientTest, AConversation) {
     EXPECT_EQ(next(*session, 2), (Lines{"closed client closed", "end"}));
     EXPECT_EQ(run(session->connect()).error().code, kErrorNotConnected);
 
-    const auto lines = heard.get_future().get();
-    ASSERT_EQ(lines.size(), 6u);
-    EXPECT_TRUE(lines[0].starts_with("GET /ws/google.ai.generativelanguage.v1beta.GenerativeService."
-                                     "BidiGenerateContent?key=secret%20key HTTP/1.1\r\nHost: " +
-                                     server.host() + "\r\n"))
-        << lines[0];
-    EXPECT_EQ(lines[0].find("Sec-WebSocket-Protocol"), std::string::npos);
-    EXPECT_EQ(boost::json::parse(lines[1].substr(1)).at_pointer("/setup/model"), "models/model");
-    EXPECT_EQ(lines[2], R"(1{"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":"YWJj"}}})");
-    EXPECT_EQ(boost::json::parse(lines[3].substr(1)).at_pointer("/clientContent/turns/0/parts/0/text"),
-              "Greet.");
-    EXPECT_EQ(boost::json::parse(lines[4].substr(1)).at_pointer("/toolResponse/functionResponses/0/response"),
-              boost::json::object{});
-    EXPECT_EQ(lines[5], "8\x03\xE8");
+    auto lines = heard.get_future().get();
+    const auto request = lines[0];
+    EXPECT_EQ(request.find("Sec-WebSocket-Protocol"), std::string::npos);
+    EXPECT_NE(request.find("\r\nHost: " + server.host() + "\r\n"), std::string::npos);
+    EXPECT_EQ(lines[1].substr(0, 2), "1{");
+    lines.erase(lines.begin(), lines.begin() + 2);
+    if (GetParam() == VoiceProvider::gemini) {
+        EXPECT_TRUE(request.starts_with("GET /ws/google.ai.generativelanguage.v1beta.GenerativeService."
+                                        "BidiGenerateContent?key=secret%20%22key%22%2F%26 HTTP/1.1\r\n"))
+            << request;
+        EXPECT_EQ(request.find("Authorization"), std::string::npos);
+        EXPECT_EQ(
+            lines,
+            (Lines{R"(1{"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":"YWJj"}}})",
+                   R"(1{"clientContent":{"turns":[{"role":"user","parts":[{"text":"Greet."}]}],)"
+                   R"("turnComplete":true}})",
+                   R"(1{"toolResponse":{"functionResponses":[{"id":"7","name":"end_call","response":{}}]}})",
+                   "8\x03\xE8"}));
+    } else {
+        EXPECT_TRUE(request.starts_with("GET /v1/realtime?model=a%20model HTTP/1.1\r\n")) << request;
+        EXPECT_NE(request.find("\r\nAuthorization: Bearer secret \"key\"/&\r\n"), std::string::npos);
+        EXPECT_NE(request.find("\r\nOpenAI-Beta: realtime=v1\r\n"), std::string::npos);
+        EXPECT_EQ(lines,
+                  (Lines{R"(1{"type":"input_audio_buffer.append","audio":"YWJj"})",
+                         R"(1{"type":"conversation.item.create","item":{"type":"message","role":"user",)"
+                         R"("content":[{"type":"input_text","text":"Greet."}]}})",
+                         R"(1{"type":"response.create"})",
+                         R"(1{"type":"conversation.item.create","item":{"type":"function_call_output",)"
+                         R"("call_id":"7","output":"nonsense"}})",
+                         R"(1{"type":"response.create"})", "8\x03\xE8"}));
+    }
 }
 
-TEST_F(GeminiLiveClientTest, FramesOfEveryKind) {
+TEST_P(VoiceClientTest, FramesOfEveryKind) {
     ScriptedTlsServer server([&](ServerPeer& peer) {
         peer.accept();
-        peer.sendText(R"({"setupComplete":)");
-        peer.sendBinary(kSetupComplete);
+        peer.sendText(words().setupComplete.substr(1));
+        peer.sendBinary(words().setupComplete);
         peer.send(ServerPeer::frame(9, "ping"));
-        const auto half = kTurnComplete.size() / 2;
-        peer.send(ServerPeer::frame(1, kTurnComplete.substr(0, half), false));
+        const auto half = words().turnComplete.size() / 2;
+        peer.send(ServerPeer::frame(1, words().turnComplete.substr(0, half), false));
         peer.send(ServerPeer::frame(9, ""));
-        peer.send(ServerPeer::frame(0, kTurnComplete.substr(half)));
-        peer.sendBytewise(ServerPeer::frame(1, kSetupComplete));
-        peer.sendBinary("{\"serverContent\":{\"inputTranscription\":{\"text\":\"a\xFF\"}}}");
-        peer.sendText(R"({"goAway":{"timeLeft":"1s"}})");
-        peer.sendText(audioMessage(15'000'000));
-        peer.sendText(kTurnComplete);
+        peer.send(ServerPeer::frame(0, words().turnComplete.substr(half)));
+        peer.sendBytewise(ServerPeer::frame(1, words().setupComplete));
+        peer.sendBinary(ServerWords::around(words().callerText, "a\xFF"));
+        // 15 MiB in one message.
+        peer.sendText(ServerWords::around(words().audio, std::string(std::size_t{15} << 20, 'A')));
+        peer.sendText(words().turnComplete);
         peer.readUntilClosed();
     });
     const auto session = client(server.host());
     ASSERT_TRUE(run(session->connect()));
-    EXPECT_EQ(next(*session, 5), (Lines{"setup", "turn", "setup", "caller a\xEF\xBF\xBD", "closed goAway"}));
-    EXPECT_EQ(next(*session).size(), 6 + 15'000'000u);
+    EXPECT_EQ(next(*session, 4), (Lines{"setup", "turn", "setup", "caller a\xEF\xBF\xBD"}));
+    EXPECT_EQ(next(*session).size(), std::string("audio ").size() + (std::size_t{15} << 20) / 4 * 3);
     EXPECT_EQ(next(*session), "turn");
     run(session->close());
 }
 
-TEST_F(GeminiLiveClientTest, LostConnectionsAreDescribed) {
+TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
     struct Case {
         const char* name;
         ScriptedTlsServer::Script script;
@@ -98,10 +108,24 @@ TEST_F(GeminiLiveClientTest, LostConnectionsAreDescribed) {
         {"code and reason",
          [](ServerPeer& peer) {
              peer.send(ServerPeer::frame(8, "\x03\xF0"
-                                            "bad\nsecret key"));
+                                            "bad\n" +
+                                                std::string(test::kSecret)));
              peer.drain();
          },
          " closed the connection with code 1008: bad (key)"},
+        {"the key as it stood in the request",
+         [](ServerPeer& peer) {
+             peer.send(ServerPeer::frame(8, "\x03\xF3"
+                                            "no secret%20%22key%22%2F%26 here"));
+             peer.drain();
+         },
+         " closed the connection with code 1011: no (key) here"},
+        {"a code that may not be sent",
+         [](ServerPeer& peer) {
+             peer.send(ServerPeer::frame(8, "\x03\xEE"));
+             peer.drain();
+         },
+         "*"},
         {"no code",
          [](ServerPeer& peer) {
              peer.send(ServerPeer::frame(8, ""));
@@ -136,7 +160,7 @@ TEST_F(GeminiLiveClientTest, LostConnectionsAreDescribed) {
         ScriptedTlsServer server([&](ServerPeer& peer) {
             peer.accept();
             peer.read();
-            peer.sendText(kSetupComplete);
+            peer.sendText(words().setupComplete);
             each.script(peer);
         });
         const auto session = client(server.host());
@@ -145,7 +169,7 @@ TEST_F(GeminiLiveClientTest, LostConnectionsAreDescribed) {
         const auto closed = next(*session);
         EXPECT_TRUE(closed.starts_with("closed ")) << closed;
         EXPECT_NE(closed.find(server.host()), std::string::npos) << closed;
-        EXPECT_EQ(closed.find("key="), std::string::npos);
+        EXPECT_EQ(closed.find("secret"), std::string::npos) << closed;
         if (each.reason != "*") {
             EXPECT_EQ(closed, "closed " + server.host() + each.reason);
         }
@@ -155,13 +179,12 @@ TEST_F(GeminiLiveClientTest, LostConnectionsAreDescribed) {
     }
 }
 
-TEST_F(GeminiLiveClientTest, OnlyTheNewestUnreadEventsAreKept) {
+TEST_P(VoiceClientTest, OnlyTheNewestUnreadEventsAreKept) {
     std::promise<void> handled;
     ScriptedTlsServer server([&](ServerPeer& peer) {
         peer.accept();
         for (int i = 0; i < 5000; ++i)
-            peer.sendText(R"({"serverContent":{"outputTranscription":{"text":")" + std::to_string(i) +
-                          R"("}}})");
+            peer.sendText(ServerWords::around(words().agentText, std::to_string(i)));
         // The answer comes when everything before has been handled.
         peer.send(ServerPeer::frame(9, "done?"));
         peer.readUntil(10);
@@ -177,7 +200,7 @@ TEST_F(GeminiLiveClientTest, OnlyTheNewestUnreadEventsAreKept) {
     run(session->close());
 }
 
-TEST_F(GeminiLiveClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd) {
+TEST_P(VoiceClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd) {
     std::promise<void> done;
     ScriptedTlsServer server([&](ServerPeer& peer) {
         peer.accept();
@@ -206,7 +229,7 @@ TEST_F(GeminiLiveClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd
     done.set_value();
 }
 
-TEST_F(GeminiLiveClientTest, MayGoAtAnyTime) {
+TEST_P(VoiceClientTest, MayGoAtAnyTime) {
     ScriptedTlsServer server([&](ServerPeer& peer) {
         peer.accept();
         peer.readUntilClosed();
@@ -231,7 +254,7 @@ TEST_F(GeminiLiveClientTest, MayGoAtAnyTime) {
     run(last->close());
 }
 
-TEST_F(GeminiLiveClientTest, ResumesWhereItWasAwaited) {
+TEST_P(VoiceClientTest, ResumesWhereItWasAwaited) {
     ScriptedTlsServer server([&](ServerPeer& peer) {
         peer.accept();
         peer.readUntilClosed();
@@ -252,6 +275,8 @@ TEST_F(GeminiLiveClientTest, ResumesWhereItWasAwaited) {
     elsewhere.run();
     EXPECT_EQ(steps, 3);
 }
+
+INSTANTIATE_TEST_SUITE_P(Voice, VoiceClientTest, testing::ValuesIn(kAllVoiceProviders), test::providerName);
 
 } // namespace
 } // namespace velto

@@ -1,0 +1,172 @@
+// The OpenAI Realtime wire format: what is sent, key by key, and what each received message stands for.
+#include "VeltoShared/voice/OpenAIMessages.h"
+
+#include "tests/voice/EventText.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/json/parse.hpp>
+
+namespace velto {
+namespace {
+
+namespace json = boost::json;
+using Lines = std::vector<std::string>;
+
+OpenAIMessages make(std::string instruction = "Be \"brief\"\n") {
+    return OpenAIMessages({"k&y", "a model/1", "alloy", std::move(instruction), "localhost:1"});
+}
+
+/// What a session's messages stand for, all in one.
+Lines handled(OpenAIMessages& messages, const Lines& texts) {
+    Lines lines;
+    for (const auto& text : texts)
+        for (const auto& event : messages.handle(text))
+            lines.push_back(test::text(event));
+    return lines;
+}
+Lines handled(const Lines& texts) {
+    auto messages = make();
+    return handled(messages, texts);
+}
+
+TEST(OpenAIMessages, TheKeyTravelsInItsFieldOnly) {
+    const auto request = make().request();
+    EXPECT_EQ(request.host, "localhost:1");
+    EXPECT_EQ(request.target, "/v1/realtime?model=a%20model%2F1");
+    EXPECT_EQ(request.headers, (std::vector<std::pair<std::string, std::string>>{
+                                   {"Authorization", "Bearer k&y"}, {"OpenAI-Beta", "realtime=v1"}}));
+}
+
+TEST(OpenAIMessages, ConfigurationHasExactlyTheseKeys) {
+    EXPECT_EQ(json::parse(make().configuration()), json::parse(R"({"type":"session.update","session":{
+        "modalities":["audio","text"],
+        "instructions":"Be \"brief\"\n",
+        "voice":"alloy",
+        "input_audio_format":"pcm16","output_audio_format":"pcm16",
+        "input_audio_transcription":{"model":"whisper-1"},
+        "turn_detection":{"type":"server_vad"},
+        "tools":[{"type":"function","name":"end_call",
+            "description":"Hang up the phone call. Call this once the goal is complete and you have said goodbye.",
+            "parameters":{"type":"object","properties":{"reason":{"type":"string",
+                "description":"Short reason the call is ending."}}}}],
+        "tool_choice":"auto"}})"));
+    EXPECT_EQ(json::parse(make("bad \xFF").configuration()).at_pointer("/session/instructions"),
+              "bad \xEF\xBF\xBD");
+}
+
+TEST(OpenAIMessages, EveryTurnIsFollowedByTheRequestToRespond) {
+    const std::string respond = R"({"type":"response.create"})";
+    EXPECT_EQ(make().clientText("Say \"hi\" \x01"),
+              (Lines{R"({"type":"conversation.item.create","item":{"type":"message","role":"user",)"
+                     R"("content":[{"type":"input_text","text":"Say \"hi\" \u0001"}]}})",
+                     respond}));
+    for (const std::string result : {R"({"status":"hanging_up"})", "no { JSON", "", "5"}) {
+        const auto sent = make().toolResponse("id 1", "end_call", result);
+        ASSERT_EQ(sent.size(), 2u);
+        EXPECT_EQ(
+            json::parse(sent[0]),
+            (json::value{
+                {"type", "conversation.item.create"},
+                {"item", {{"type", "function_call_output"}, {"call_id", "id 1"}, {"output", result}}}}));
+        EXPECT_EQ(sent[1], respond);
+    }
+    auto messages = make();
+    EXPECT_EQ(messages.audio(std::as_bytes(std::span("abcd", 4))),
+              R"({"type":"input_audio_buffer.append","audio":"YWJjZA=="})");
+}
+
+TEST(OpenAIMessages, WordsSoundAndTurns) {
+    EXPECT_EQ(
+        handled({R"({"type":"session.created","session":{"id":"s"}})", R"({"type":"session.updated"})",
+                 R"({"type":"conversation.item.input_audio_transcription.completed","transcript":"\u00fc"})",
+                 R"({"type":"response.audio_transcript.delta","delta":"Good"})",
+                 R"({"type":"response.audio_transcript.delta","delta":" day"})",
+                 R"({"type":"response.audio.delta","delta":"QUI="})",
+                 R"({"delta":"","type":"response.audio.delta"})",
+                 R"({"type":"response.done","response":{"status":"completed"}})"}),
+        (Lines{"setup", "setup", "caller \xC3\xBC", "agent Good", "agent  day", "audio AB", "audio ",
+               "turn"}));
+}
+
+TEST(OpenAIMessages, OnlyAResponseUnderWayIsInterrupted) {
+    const std::string speech = R"({"type":"input_audio_buffer.speech_started"})";
+    const std::string created = R"({"type":"response.created"})";
+    const std::string done = R"({"type":"response.done"})";
+    EXPECT_EQ(handled({speech, done, speech, created, created, speech, speech, done, speech}),
+              (Lines{"turn", "interrupted", "interrupted", "turn"}));
+}
+
+TEST(OpenAIMessages, AFunctionCallIsNamedByItsItem) {
+    const auto item = [](const std::string& members) {
+        return R"({"type":"response.output_item.added","item":{"type":"function_call",)" + members + "}}";
+    };
+    const auto done = [](const std::string& members) {
+        return R"({"type":"response.function_call_arguments.done")" + members + "}";
+    };
+    const std::string unchanged = R"("arguments":"{ \"reason\" : \"goal met\" }")";
+    EXPECT_EQ(handled({item(R"("call_id":"X","id":"Y","name":"end_call")"),
+                       done(R"(,"call_id":"X","name":"other",)" + unchanged)}),
+              Lines{R"(tool X|end_call|{ "reason" : "goal met" })"});
+    EXPECT_EQ(handled({item(R"("id":"Y","call_id":5,"name":"a")"), item(R"("name":"b")"),
+                       item(R"("call_id":"Z","name":1)"), done(R"(,"call_id":"Y")"), done(""),
+                       done(R"(,"call_id":"Z","name":"c")")}),
+              (Lines{"tool Y|a|{}", "tool |b|{}", "tool Z||{}"}));
+    EXPECT_EQ(
+        handled({item(R"("call_id":"X","name":"first")"), item(R"("call_id":"X","name":"second")"),
+                 done(R"(,"call_id":"X","arguments":"")"), done(R"(,"call_id":"X","arguments":{"a":1})"),
+                 done(R"(,"call_id":"unseen","name":"given")"), done(R"(,"call_id":"unseen")")}),
+        (Lines{"tool X|second|", "tool X|second|{}", "tool unseen|given|{}", "tool unseen||{}"}));
+    EXPECT_EQ(
+        handled(
+            {R"({"type":"response.output_item.added","item":{"type":"message","call_id":"X","name":"m"}})",
+             R"({"type":"response.output_item.added","item":"function_call"})",
+             R"({"type":"response.output_item.added"})", done(R"(,"call_id":"X")")}),
+        Lines{"tool X||{}"});
+}
+
+TEST(OpenAIMessages, ErrorsAreQuoted) {
+    EXPECT_EQ(handled({R"({"type":"error", "error": {"code" : null,"message":"no\nway"}})",
+                       R"({"type":"error"})", R"({"type":"error","error":"text"})"}),
+              (Lines{R"(closed openai error: {"code":null,"message":"no\nway"})",
+                     "closed openai error: ", R"(closed openai error: "text")"}));
+}
+
+TEST(OpenAIMessages, WhatIsMalformedOrUnknownStandsForNothing) {
+    for (const std::string text :
+         {"",
+          " ",
+          "null",
+          "5",
+          "[]",
+          "{}",
+          "{",
+          "\xFF",
+          R"("session.created")",
+          R"({"type":5})",
+          R"({"type":null})",
+          R"({"type":"session.created"}x)",
+          R"({"type":"Session.created"})",
+          R"({"type":"session.created "})",
+          R"({"type":["error"]})",
+          R"({"kind":"error"})",
+          R"({"type":"response.audio.delta"})",
+          R"({"type":"response.audio.delta","delta":5})",
+          R"({"type":"response.audio.delta","delta":"QQ"})",
+          R"({"type":"response.audio.delta","delta":"Q\nQ="})",
+          R"({"type":"response.audio_transcript.delta","delta":""})",
+          R"({"type":"response.audio_transcript.delta","delta":["a"]})",
+          R"({"type":"response.audio_transcript.delta"})",
+          R"({"type":"conversation.item.input_audio_transcription.completed","transcript":""})",
+          R"({"type":"conversation.item.input_audio_transcription.completed"})",
+          R"({"type":"rate_limits.updated"})",
+          R"({"type":"response.output_item.done"})"}) {
+        auto messages = make();
+        EXPECT_EQ(handled(messages, {text}), Lines{}) << text;
+        EXPECT_EQ(handled(messages, {R"({"type":"session.created"})"}), Lines{"setup"}) << "after " << text;
+    }
+    EXPECT_EQ(handled({R"({"type":"session.created","deep":)" + std::string(100'000, '[')}), Lines{});
+}
+
+} // namespace
+} // namespace velto
