@@ -22,6 +22,8 @@
 #include <algorithm>
 #include <list>
 
+#include <netinet/tcp.h>
+
 namespace velto {
 namespace {
 
@@ -73,6 +75,11 @@ struct VoiceSocket::Impl {
         error_code ignored;
         socket().close(ignored);
     }
+    void limitSilence() {
+        const auto limit = static_cast<unsigned>(
+            std::chrono::ceil<std::chrono::milliseconds>(limits.unacknowledged).count());
+        ::setsockopt(socket().native_handle(), IPPROTO_TCP, TCP_USER_TIMEOUT, &limit, sizeof limit);
+    }
     bool canWrite() { return stage == Stage::open && !isCut && !isClosed && stream.is_open(); }
 
     std::string whyStopped() const {
@@ -92,6 +99,7 @@ struct VoiceSocket::Impl {
     Stage stage = Stage::idle;
     bool isClosed = false; ///< by us
     bool isCut = false;
+    error_code sendError; ///< for which it was cut
     bool hasCloseFrame = false;
     bool isWriting = false;
     std::list<Waiter*> waiters;
@@ -189,7 +197,8 @@ Failure VoiceSocket::Impl::receiveFailure(const error_code& error) {
                                 " bytes");
     if (error == asio::error::eof || error == asio::ssl::error::stream_errors::stream_truncated)
         return transportFailure(host() + " ended the connection without closing it");
-    return transportFailure("the connection to " + host() + " was lost: " + error.message());
+    return transportFailure("the connection to " + host() +
+                            " was lost: " + (sendError ? sendError : error).message());
 }
 
 std::shared_ptr<VoiceSocket> VoiceSocket::make(asio::any_io_executor executor, Request request,
@@ -233,6 +242,7 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     auto& tls = stream.next_layer();
     error_code error;
     impl_->socket().set_option(tcp::no_delay(true), error);
+    impl_->limitSilence();
     // Asio has OpenSSL free its record buffers whenever they are empty: one allocation for every message.
     SSL_clear_mode(tls.native_handle(), SSL_MODE_RELEASE_BUFFERS);
     if (!TlsTrust::expectHost(tls.native_handle(), *impl_->address))
@@ -355,8 +365,10 @@ asio::awaitable<Result<>> VoiceSocket::write(std::string_view message) {
     if (!error)
         co_return Result<>();
     // Half a frame may be out; if the stream is closing, the reading side knows why.
-    if (impl_->stream.is_open())
+    if (impl_->stream.is_open()) {
+        impl_->sendError = error;
         impl_->cut();
+    }
     co_return transportFailure("sending to " + impl_->host() + " failed: " + error.message());
 }
 

@@ -42,6 +42,9 @@ class VoiceSocket : public std::enable_shared_from_this<VoiceSocket> {
         Clock::Duration address = std::chrono::seconds(10);
         /// For the closing handshake, whoever begins it; then the connection is cut.
         Clock::Duration closing = std::chrono::seconds(2);
+        /// While bytes that were sent are not acknowledged, or the peer takes none, the connection lasts so
+        /// long; the system by itself would wait a quarter of an hour for a network that has gone.
+        Clock::Duration unacknowledged = std::chrono::seconds(60);
         /// Bytes of one received message; a longer one ends the connection with code 1009.
         std::size_t message = std::size_t{32} << 20;
         /// Senders that may wait for the one who writes.

@@ -229,6 +229,24 @@ TEST_P(VoiceClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd) {
     done.set_value();
 }
 
+TEST_P(VoiceClientTest, ANetworkThatTakesNothingIsNoticed) {
+    std::promise<void> done;
+    ScriptedTlsServer server([&](ServerPeer& peer) {
+        peer.accept();
+        done.get_future().wait();
+    });
+    VoiceSocket::Limits limits;
+    limits.unacknowledged = std::chrono::milliseconds(1);
+    const auto session = client(server.host(), limits);
+    ASSERT_TRUE(run(session->connect()));
+    const std::string pcm(8'000'000, 'x');
+    run(session->sendAudio(bytes(pcm)));
+    EXPECT_EQ(next(*session),
+              "closed the connection to " + server.host() + " was lost: Connection timed out");
+    run(session->close());
+    done.set_value();
+}
+
 TEST_P(VoiceClientTest, MayGoAtAnyTime) {
     ScriptedTlsServer server([&](ServerPeer& peer) {
         peer.accept();
