@@ -99,7 +99,7 @@ struct VoiceSocket::Impl {
     Stage stage = Stage::idle;
     bool isClosed = false; ///< by us
     bool isCut = false;
-    error_code sendError; ///< for which it was cut
+    error_code sendError; ///< the reading side sees only that it was cut
     bool hasCloseFrame = false;
     bool isWriting = false;
     std::list<Waiter*> waiters;
@@ -365,10 +365,9 @@ asio::awaitable<Result<>> VoiceSocket::write(std::string_view message) {
     if (!error)
         co_return Result<>();
     // Half a frame may be out; if the stream is closing, the reading side knows why.
-    if (impl_->stream.is_open()) {
-        impl_->sendError = error;
+    impl_->sendError = error;
+    if (impl_->stream.is_open())
         impl_->cut();
-    }
     co_return transportFailure("sending to " + impl_->host() + " failed: " + error.message());
 }
 
