@@ -1,6 +1,7 @@
 // Building and reading the OpenAI Realtime messages with Boost.JSON.
 #include "VeltoShared/voice/OpenAIMessages.h"
 
+#include "VeltoShared/core/TextTrim.h"
 #include "VeltoShared/voice/EndCallTool.h"
 #include "VeltoShared/voice/PercentEncoding.h"
 
@@ -28,9 +29,12 @@ OpenAIMessages::OpenAIMessages(SessionOptions options)
 VoiceSocket::Request OpenAIMessages::request() const {
     std::string target(kPath);
     target.append("?model=").append(percentEncoded(options_.model));
+    // White space around a field's value is no part of it (RFC 9110, section 5.5).
+    std::string bearer = "Bearer ";
+    bearer += trimBlanksAndNewlines(options_.apiKey);
     return {options_.host,
             std::move(target),
-            {{"Authorization", "Bearer " + options_.apiKey}, {"OpenAI-Beta", "realtime=v1"}}};
+            {{"Authorization", std::move(bearer)}, {"OpenAI-Beta", "realtime=v1"}}};
 }
 
 std::string OpenAIMessages::configuration() const {

@@ -14,7 +14,7 @@ namespace json = boost::json;
 using Lines = std::vector<std::string>;
 
 OpenAIMessages make(std::string instruction = "Be \"brief\"\n") {
-    return OpenAIMessages({"k&y", "a model/1", "alloy", std::move(instruction), "localhost:1"});
+    return OpenAIMessages({"k&y \n", "a model/1", "alloy", std::move(instruction), "localhost:1"});
 }
 
 /// What a session's messages stand for, all in one.
