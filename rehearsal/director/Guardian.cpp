@@ -1,6 +1,8 @@
 // Keeps a rehearsal from leaving anything behind.
 #include "rehearsal/director/Guardian.h"
 
+#include "rehearsal/process/ProcessTree.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -10,10 +12,8 @@
 #include <array>
 #include <chrono>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <optional>
-#include <vector>
 
 namespace velto::rehearsal {
 namespace {
@@ -32,28 +32,6 @@ sigset_t watchedSignals() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD})
         ::sigaddset(&signals, number);
     return signals;
-}
-
-/// The fourth field of /proc/PID/stat; what precedes it is a name in parentheses that may hold anything.
-pid_t parentOf(const std::filesystem::path& process) {
-    std::ifstream file(process / "stat");
-    std::string text;
-    std::getline(file, text);
-    const auto name = text.rfind(')');
-    if (name == std::string::npos || name + 4 >= text.size())
-        return 0;
-    return static_cast<pid_t>(std::strtol(text.c_str() + name + 4, nullptr, 10));
-}
-
-std::vector<pid_t> childrenOf(pid_t parent) {
-    std::vector<pid_t> children;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-        const auto name = entry.path().filename().string();
-        if (name.find_first_not_of("0123456789") == std::string::npos && parentOf(entry.path()) == parent)
-            children.push_back(static_cast<pid_t>(std::strtol(name.c_str(), nullptr, 10)));
-    }
-    return children;
 }
 
 void removeFolder(const std::filesystem::path& folder) {
