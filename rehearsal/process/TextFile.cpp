@@ -1,9 +1,8 @@
 // Whole files as texts.
 #include "rehearsal/process/TextFile.h"
 
-#include "VeltoPlatform/FileDescriptor.h"
-
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <fstream>
 #include <iterator>
@@ -20,8 +19,16 @@ std::optional<std::string> readFile(const std::filesystem::path& path) {
     return text;
 }
 
-bool writePrivateFile(const std::filesystem::path& path, std::string_view text) {
+FileDescriptor openPrivateFile(const std::filesystem::path& path) {
     FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    struct stat found {};
+    if (file && ::fstat(file.get(), &found) == 0 && S_ISREG(found.st_mode) && ::fchmod(file.get(), 0600) != 0)
+        file.close();
+    return file;
+}
+
+bool writePrivateFile(const std::filesystem::path& path, std::string_view text) {
+    auto file = openPrivateFile(path);
     return file && writeAll(file.get(), text) && file.close();
 }
 
