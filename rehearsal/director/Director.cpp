@@ -5,9 +5,10 @@
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "VeltoPlatform/linux/SecretServiceStore.h"
 #include "VeltoShared/core/KeychainStore.h"
-#include "VeltoShared/core/SecretKey.h"
 #include "rehearsal/director/Inquiry.h"
+#include "rehearsal/director/KeySearch.h"
 #include "rehearsal/director/PrivateSession.h"
+#include "rehearsal/director/RehearsalKeys.h"
 #include "rehearsal/director/Stage.h"
 #include "rehearsal/director/Summary.h"
 #include "rehearsal/director/Surroundings.h"
@@ -21,10 +22,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <deque>
 #include <iostream>
 #include <set>
-#include <sstream>
 
 namespace velto::rehearsal {
 namespace {
@@ -36,27 +35,8 @@ constexpr auto kToStart = 15s;
 constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
 constexpr auto kPhoneStandsStill = 4s;
-constexpr std::size_t kLogLines = 12;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
-
-/// The newest lines of the application's log, without those that every call has plenty of.
-std::string newestLines(const std::string& log) {
-    std::deque<std::string> newest;
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
-        const auto has = [&](const char* part) { return line.find(part) != std::string::npos; };
-        if (has("session: agent: ") || has("session: caller: ") || has("session: stats: "))
-            continue;
-        newest.push_back(line);
-        if (newest.size() > kLogLines)
-            newest.pop_front();
-    }
-    std::string text;
-    for (const auto& line : newest)
-        text += line + "\n";
-    return text;
-}
 
 std::string textIn(const json::object& object, std::string_view key) {
     const auto* value = object.if_contains(key);
@@ -68,7 +48,10 @@ class Rehearsal {
     Rehearsal(const DirectorOptions& options, const GuardianLink& guardian)
         : options_(options), scenario_(options.scenario), guardian_(guardian),
           surroundings_(guardian.folder()), stage_(guardian),
-          printer_(out(), !options.json && ::isatty(STDOUT_FILENO) != 0, options.scenario, evidence_) {}
+          printer_(out(), !options.json && ::isatty(STDOUT_FILENO) != 0, options.scenario, evidence_) {
+        evidence_.expectedProvider =
+            options.keys.contains(options.provider) ? options.provider : *options.keys.begin();
+    }
 
     int run() {
         const bool played = prepare() && placeCall() && follow();
@@ -102,6 +85,7 @@ class Rehearsal {
     bool stopPhone();
     bool isOver(const json::object& status);
     void watchUsage();
+    void lookForKeysWhenDue();
     void takeRecord();
     void finish(bool played);
     void explain();
@@ -110,7 +94,9 @@ class Rehearsal {
     const Scenario& scenario_;
     const GuardianLink& guardian_;
     Surroundings surroundings_;
+    RehearsalKeys keys_;
     Evidence evidence_;
+    KeySearch keySearch_{keys_, evidence_};
     Measurements measurements_;
     std::vector<std::string> troubles_;
     LinuxFolders folders_{"velto-rehearse"};
@@ -121,6 +107,7 @@ class Rehearsal {
     TranscriptPrinter printer_;
     ChildProcess* application_ = nullptr;
     std::optional<ProcessUsage> usageAtDial_;
+    std::optional<std::size_t> linesAtLastLook_; ///< when the processes were looked at for keys
     std::set<int> troubleTried_; ///< marks of the lines whose trouble has been made, or could not be
     int exitCode_ = 1;
 };
@@ -151,7 +138,7 @@ bool Rehearsal::startSession() {
         plan.reports, [this](const json::object& event) { evidence_.fromCallee(event); },
         [this] {
             if (!evidence_.ended)
-                stage_.fail("the phone app (velto-phone) has ended");
+                stage_.fail(std::string(kPhoneTitle) + " has ended");
         });
     if (!expected)
         return fail("");
@@ -162,8 +149,9 @@ bool Rehearsal::startSession() {
     evidence_.defaultsBefore = session_->defaultDevices();
     if (evidence_.defaultsBefore.input.empty() || evidence_.defaultsBefore.output.empty())
         return fail("the sound server has no default devices");
-    if (!KeychainStore::set(surroundings_.apiKey(), SecretKey::geminiAPIKey))
-        return fail("the key could not be put into the keyring");
+    for (const auto provider : options_.keys)
+        if (!KeychainStore::set(keys_.all().at(provider), keyAccount(provider)))
+            return fail("the key could not be put into the keyring");
     return true;
 }
 
@@ -182,14 +170,17 @@ bool Rehearsal::startPrograms() {
     auto server = program("the voice server (velto-rehearsal-server)", "velto-rehearsal-server",
                           {"--scenario", options_.scenarioFile, "--certificate",
                            surroundings_.file("server.pem"), "--key", surroundings_.file("server.key")});
-    server.environment["VELTO_REHEARSAL_KEY"] = surroundings_.apiKey();
+    for (const auto& [provider, key] : keys_.all())
+        server.environment[keyVariable(provider)] = key;
+    if (!options_.wire.empty())
+        server.arguments.insert(server.arguments.end(), {"--wire", options_.wire});
     stage_.add(server, [this](const json::object& event) { evidence_.fromServer(event); });
     if (!stage_.waitUntil([&] { return evidence_.serverPort != 0; }, kToStart))
         return fail("the voice server did not start");
-    if (!surroundings_.writePreferences(evidence_.serverPort))
+    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort))
         return fail("the application's preferences could not be written");
     application_ =
-        stage_.add(program("the application (velto)", "velto", {"--headless"}), [](const json::object&) {});
+        stage_.add(program(kApplicationTitle, "velto", {"--headless"}), [](const json::object&) {});
     inquiry_ = std::make_unique<Inquiry>();
     const auto deadline = std::chrono::steady_clock::now() + kToStart;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
@@ -242,6 +233,14 @@ void Rehearsal::watchUsage() {
     measurements_.residentMB = std::max(measurements_.residentMB, usage->residentMB);
     measurements_.cpuPercent = cpuPercent(*usageAtDial_, *usage);
     measurements_.callSeconds = std::chrono::duration<double>(usage->at - usageAtDial_->at).count();
+}
+
+void Rehearsal::lookForKeysWhenDue() {
+    if (!evidence_.dialled || evidence_.ended || linesAtLastLook_ == evidence_.spoken.size())
+        return;
+    linesAtLastLook_ = evidence_.spoken.size();
+    keySearch_.lookAtProcess(kApplicationTitle, application_->pid());
+    keySearch_.lookAtProcess(kPhoneTitle, evidence_.phone);
 }
 
 void Rehearsal::makeTroubleWhenDue() {
@@ -297,8 +296,10 @@ bool Rehearsal::follow() {
     while (!over && stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
         const auto status = ask({{"cmd", "status"}});
         over = status && isOver(*status);
-        if (!over)
+        if (!over) {
             watchUsage();
+            lookForKeysWhenDue();
+        }
         if (const auto reply = ask({{"cmd", "transcript"}}))
             if (const auto* lines = reply->if_contains("lines"); lines != nullptr && lines->is_array()) {
                 std::vector<std::string> texts;
@@ -341,7 +342,7 @@ void Rehearsal::takeRecord() {
 void Rehearsal::finish(bool played) {
     // A line that is still open is a fault of its own, which the end of the phone app would hide.
     if (evidence_.phone > 0 && evidence_.ended)
-        if (auto sentence = stage_.endOther("the phone app (velto-phone)", evidence_.phone))
+        if (auto sentence = stage_.endOther(kPhoneTitle, evidence_.phone))
             evidence_.wrongEnds.push_back(std::move(*sentence));
     // The application before the inquiry, for a request that it does not answer to end.
     for (auto& sentence : stage_.end())
@@ -349,7 +350,9 @@ void Rehearsal::finish(bool played) {
     inquiry_.reset();
     const auto log = readFile(surroundings_.applicationLog()).value_or("");
     measurements_.applicationStats = lastStats(log);
-    evidence_.filesWithKey = surroundings_.filesWithKey();
+    keySearch_.lookAtFolder(surroundings_.folder());
+    if (!options_.wire.empty())
+        keySearch_.lookAtFile(options_.wire);
     auto found = troubles_;
     if (evidence_.dialled && stage_.failure().empty())
         for (auto& fault : faults(scenario_, evidence_))

@@ -1,10 +1,12 @@
 // Puts a scenario on: starts every program, has the application place the call, and says how it went.
 #pragma once
 
+#include "VeltoShared/voice/VoiceProvider.h"
 #include "rehearsal/director/Guardian.h"
 #include "rehearsal/scenario/Scenario.h"
 
 #include <filesystem>
+#include <set>
 #include <string>
 
 namespace velto::rehearsal {
@@ -19,7 +21,10 @@ enum class Cut {
 struct DirectorOptions {
     Scenario scenario;
     std::filesystem::path scenarioFile;
-    std::filesystem::path programs; ///< folder of the other programs
+    std::filesystem::path programs;                 ///< folder of the other programs
+    VoiceProvider provider = VoiceProvider::gemini; ///< that the application is to use
+    std::set<VoiceProvider> keys;                   ///< whose key is in the keyring; not empty
+    std::filesystem::path wire; ///< gets what the application sent; empty: nobody asks for it
     Cut cut = Cut::nothing;
     bool json = false; ///< one JSON object at the end instead of text
     bool keepFolder = false;

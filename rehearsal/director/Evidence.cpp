@@ -49,6 +49,12 @@ void Evidence::fromServer(const json::object& event) {
         serverPort = static_cast<std::uint16_t>(integer(event, "port"));
     } else if (what == "violation") {
         violations.push_back(text(event, "what"));
+    } else if (what == "connected") {
+        if (const auto provider = voiceProvider(text(event, "provider")))
+            sessions.push_back(*provider);
+    } else if (what == "keyCheck") {
+        if (const auto provider = voiceProvider(text(event, "provider")))
+            keyChecks.push_back({*provider, static_cast<int>(integer(event, "status"))});
     } else if (what == "heard") {
         heardByServer.push_back(heardMark(event));
     } else if (what == "speaks") {
@@ -63,6 +69,7 @@ void Evidence::fromServer(const json::object& event) {
         endCallAnswered = boolean(event, "toolAnswered");
         server.framesIn = static_cast<std::uint64_t>(integer(event, "framesIn"));
         server.framesOut = static_cast<std::uint64_t>(integer(event, "framesOut"));
+        serverRateIn = static_cast<int>(integer(event, "rateIn"));
         server.peakIn = static_cast<int>(integer(event, "peakIn"));
     }
 }

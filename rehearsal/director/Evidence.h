@@ -1,6 +1,7 @@
 // What the programs of a rehearsal report, collected and in order.
 #pragma once
 
+#include "VeltoShared/voice/VoiceProvider.h"
 #include "rehearsal/scenario/Scenario.h"
 #include "rehearsal/signal/Mark.h"
 
@@ -16,6 +17,10 @@
 #include <vector>
 
 namespace velto::rehearsal {
+
+/// For people.
+inline constexpr const char* kApplicationTitle = "the application (velto)";
+inline constexpr const char* kPhoneTitle = "the phone app (velto-phone)";
 
 /// A call of the application's history.
 struct CallEntry {
@@ -39,6 +44,11 @@ class Evidence {
         Time at{};
         bool operator==(const HeardMark&) const = default;
     };
+    struct KeyCheck {
+        VoiceProvider provider{};
+        int status = 0; ///< of HTTP
+        bool operator==(const KeyCheck&) const = default;
+    };
     struct Leg {
         std::uint64_t framesIn = 0;
         std::uint64_t framesOut = 0;
@@ -59,6 +69,8 @@ class Evidence {
     std::uint16_t serverPort = 0;
     pid_t phone = 0; ///< process of the phone app; 0 before it has started
     std::vector<std::string> violations;
+    std::vector<VoiceProvider> sessions; ///< with which voice protocol, in order
+    std::vector<KeyCheck> keyChecks;
     std::vector<int> spoken; ///< marks of the lines that either side began to say, in order
     std::vector<HeardMark> heardByServer;
     std::vector<HeardMark> heardByCallee;
@@ -73,13 +85,16 @@ class Evidence {
     int timesAnswered = 0;
     int timesEnded = 0;
     Leg server;
+    int serverRateIn = 0; ///< Hz
     Leg callee;
 
     // What the director itself looks up.
     std::optional<CallEntry> record;
     DefaultDevices defaultsBefore;
     DefaultDevices defaultsAfter;
-    std::vector<std::string> filesWithKey; ///< in which the API key can be read
+    VoiceProvider expectedProvider{};      ///< who is to hold the call
+    std::set<std::string> searchedForKeys; ///< titles of the processes whose command line was looked at
+    std::set<std::string> placesWithKey;   ///< where an API key can be read
     /// The longest that the application took to answer while the phone app stood still, s.
     std::optional<double> longestHold;
     std::set<int> troubledBefore;       ///< marks of the lines before which their trouble was made

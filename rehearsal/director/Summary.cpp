@@ -4,6 +4,7 @@
 #include <boost/json.hpp>
 
 #include <algorithm>
+#include <deque>
 #include <iomanip>
 #include <ostream>
 #include <sstream>
@@ -19,6 +20,8 @@ double median(std::vector<double> values) {
     return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
+constexpr std::size_t kLogLines = 12;
+
 std::string seconds(double value) {
     std::ostringstream text;
     text << std::fixed << std::setprecision(2) << value << " s";
@@ -32,6 +35,31 @@ void printTimes(std::ostream& out, const char* title, const std::vector<double>&
     for (const auto time : times)
         out << seconds(time) << ", ";
     out << "median " << seconds(median(times)) << '\n';
+}
+
+/// Who held the call, and what the checks of keys were answered with.
+void printProviders(std::ostream& out, const Evidence& evidence) {
+    out << "\nProvider\n ";
+    for (const auto provider : evidence.sessions)
+        out << ' ' << displayName(provider);
+    out << (evidence.sessions.empty() ? " none" : "") << "; key checks:";
+    for (const auto& [provider, status] : evidence.keyChecks)
+        out << ' ' << displayName(provider) << ' ' << status;
+    out << (evidence.keyChecks.empty() ? " none\n" : "\n");
+}
+
+json::array keyChecks(const Evidence& evidence) {
+    json::array checks;
+    for (const auto& [provider, status] : evidence.keyChecks)
+        checks.push_back({{"provider", rawValue(provider)}, {"status", status}});
+    return checks;
+}
+
+json::array sessions(const Evidence& evidence) {
+    json::array all;
+    for (const auto provider : evidence.sessions)
+        all.emplace_back(rawValue(provider));
+    return all;
 }
 
 json::object leg(const Evidence::Leg& leg) {
@@ -52,7 +80,25 @@ std::string lastStats(const std::string& log) {
     return log.substr(begin, log.find('\n', begin) - begin);
 }
 
+std::string newestLines(const std::string& log) {
+    std::deque<std::string> newest;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        const auto has = [&](const char* part) { return line.find(part) != std::string::npos; };
+        if (has("session: agent: ") || has("session: caller: ") || has("session: stats: "))
+            continue;
+        newest.push_back(line);
+        if (newest.size() > kLogLines)
+            newest.pop_front();
+    }
+    std::string text;
+    for (const auto& line : newest)
+        text += line + "\n";
+    return text;
+}
+
 void printSummary(std::ostream& out, const Evidence& evidence, const Measurements& measurements) {
+    printProviders(out, evidence);
     out << "\nRecord\n";
     if (evidence.record) {
         out << "  " << evidence.record->number << ", " << seconds(evidence.record->duration) << '\n';
@@ -66,8 +112,9 @@ void printSummary(std::ostream& out, const Evidence& evidence, const Measurement
         << "  callee     said " << evidence.callee.framesOut << " frames at 24 kHz, peak "
         << evidence.callee.peakOut << "; heard " << evidence.callee.framesIn << " frames at 16 kHz, peak "
         << evidence.callee.peakIn << '\n'
-        << "  server     received " << evidence.server.framesIn << " frames at 16 kHz, peak "
-        << evidence.server.peakIn << "; sent " << evidence.server.framesOut << " frames at 24 kHz\n"
+        << "  server     received " << evidence.server.framesIn << " frames at "
+        << evidence.serverRateIn / 1000 << " kHz, peak " << evidence.server.peakIn << "; sent "
+        << evidence.server.framesOut << " frames at 24 kHz\n"
         << "  agent      "
         << (measurements.applicationStats.empty() ? "no statistics" : measurements.applicationStats) << '\n';
     printTimes(out, "callee's last sound to the agent's first, at the callee: ", evidence.responseSeconds());
@@ -105,6 +152,8 @@ json::object summaryObject(const Scenario& scenario, const Evidence& evidence,
     return {{"scenario", scenario.name},
             {"good", faults.empty()},
             {"faults", json::value_from(faults)},
+            {"sessions", sessions(evidence)},
+            {"keyChecks", keyChecks(evidence)},
             {"record", std::move(record)},
             {"callee", leg(evidence.callee)},
             {"server", leg(evidence.server)},

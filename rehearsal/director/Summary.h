@@ -22,6 +22,9 @@ struct Measurements {
 /// The text after the last "stats: " of the application's log; empty without one.
 std::string lastStats(const std::string& log);
 
+/// The last dozen of the lines of the application's log, without those that every call has plenty of.
+std::string newestLines(const std::string& log);
+
 void printSummary(std::ostream& out, const Evidence& evidence, const Measurements& measurements);
 void printVerdict(std::ostream& out, const Scenario& scenario, const std::vector<std::string>& faults);
 boost::json::object summaryObject(const Scenario& scenario, const Evidence& evidence,

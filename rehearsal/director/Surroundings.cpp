@@ -9,25 +9,8 @@
 #include <boost/json.hpp>
 
 #include <cstdlib>
-#include <random>
 
 namespace velto::rehearsal {
-namespace {
-
-/// Twenty digits that nothing else has.
-std::string freshMark() {
-    std::random_device random;
-    std::uniform_int_distribution<std::uint64_t> digits(1'000'000'000, 9'999'999'999);
-    return std::to_string(digits(random)) + std::to_string(digits(random));
-}
-
-} // namespace
-
-Surroundings::Surroundings(std::filesystem::path folder)
-    : folder_(std::move(folder)), keyMark_(freshMark()),
-      // With characters that must be escaped on the way to the server.
-      apiKey_("rehearsal key/" + keyMark_ + "&") {}
-
 bool Surroundings::prepare() {
     auto environment = makePrivateFolders(folder_);
     if (!environment)
@@ -42,12 +25,13 @@ bool Surroundings::prepare() {
            writePrivateFile(file("server.key"), issued.keyPEM);
 }
 
-bool Surroundings::writePreferences(std::uint16_t serverPort) const {
+bool Surroundings::writePreferences(VoiceProvider provider, std::uint16_t serverPort) const {
     const auto folder = file("config") / AppPaths::bundleID;
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    const boost::json::object preferences{
-        {ProviderHosts::preferenceKey(VoiceProvider::gemini), "localhost:" + std::to_string(serverPort)}, {"provider", "gemini"}};
+    boost::json::object preferences{{"provider", rawValue(provider)}};
+    for (const auto each : kAllVoiceProviders)
+        preferences[ProviderHosts::preferenceKey(each)] = "localhost:" + std::to_string(serverPort);
     return !error && writePrivateFile(folder / "preferences.json", boost::json::serialize(preferences));
 }
 
@@ -61,18 +45,6 @@ std::string Surroundings::environmentForPeople(const std::map<std::string, std::
     for (const auto& [name, value] : sound)
         text.append(" ").append(name).append("=").append(value);
     return text;
-}
-
-std::vector<std::string> Surroundings::filesWithKey() const {
-    namespace fs = std::filesystem;
-    std::vector<std::string> found;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(folder_, fs::directory_options::skip_permission_denied, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error))
-        if (std::error_code ignored; entry->is_regular_file(ignored) &&
-                                     readFile(entry->path()).value_or("").find(keyMark_) != std::string::npos)
-            found.push_back(entry->path().lexically_relative(folder_));
-    return found;
 }
 
 std::filesystem::path Surroundings::applicationLog() const {

@@ -202,12 +202,34 @@ void checkTroubles(const Scenario& scenario, const Evidence& evidence, Faults& f
             found.push_back(std::string(describe(*line.after)) + " before line " + quoted(line));
 }
 
+void checkProvider(const Evidence& evidence, Faults& found) {
+    for (const auto provider : evidence.sessions)
+        if (provider != evidence.expectedProvider)
+            found.push_back("the call was held by " + std::string(displayName(provider)) + " instead of " +
+                            std::string(displayName(evidence.expectedProvider)));
+}
+
+void checkKeys(const Evidence& evidence, Faults& found) {
+    // The keys in the keyring are right; what is no check at all is a violation.
+    for (const auto& [provider, status] : evidence.keyChecks)
+        if (status != 200 && status != 400)
+            found.push_back("the check of the key for " + std::string(displayName(provider)) +
+                            " was answered with " + std::to_string(status) + " instead of 200");
+    for (const auto& place : evidence.placesWithKey)
+        found.push_back("an API key can be read in " + place);
+    for (const auto* title : {kApplicationTitle, kPhoneTitle})
+        if (!evidence.searchedForKeys.contains(title))
+            found.push_back(std::string("nobody could look for the API keys in the command line of ") +
+                            title);
+}
+
 } // namespace
 
 std::vector<std::string> faults(const Scenario& scenario, const Evidence& evidence) {
     Faults found;
     for (const auto& violation : evidence.violations)
         found.push_back("the voice server refused the application: " + violation);
+    checkProvider(evidence, found);
     const Ear agent{"agent", "the voice server", Side::callee};
     const Ear callee{"callee", "the phone's microphone input", Side::agent};
     checkWire(agent, evidence, marks(evidence.heardByServer), expectedMarks(scenario, Side::callee), found);
@@ -219,8 +241,7 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     checkTroubles(scenario, evidence, found);
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);
-    for (const auto& file : evidence.filesWithKey)
-        found.push_back("the API key can be read in the file " + file);
+    checkKeys(evidence, found);
     if (evidence.longestHold && *evidence.longestHold > kLongestHold)
         found.push_back("the application took " +
                         std::to_string(static_cast<int>(*evidence.longestHold * 1000)) +

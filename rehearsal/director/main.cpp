@@ -1,5 +1,6 @@
 // velto-rehearse: places one whole call without phone, key, screen or network.
 #include "rehearsal/director/Director.h"
+#include "rehearsal/process/TextFile.h"
 #include "rehearsal/scenario/ScenarioFile.h"
 
 #include <CLI/CLI.hpp>
@@ -8,6 +9,7 @@
 
 namespace {
 
+using namespace velto;
 using namespace velto::rehearsal;
 
 int list(const std::filesystem::path& folder) {
@@ -19,18 +21,39 @@ int list(const std::filesystem::path& folder) {
     return 0;
 }
 
+/// Empty when the file can be written, and is there then.
+std::string whyNotWritable(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        return "not an ordinary file";
+    if (!openPrivateFile(path))
+        return std::generic_category().message(errno);
+    return {};
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     std::string name = "appointment";
     std::string folder = VELTO_SCENARIOS;
     std::string cut;
+    std::string provider(rawValue(VoiceProvider::gemini));
+    std::string keys = "both";
+    std::string wire;
     bool listed = false;
     DirectorOptions options;
     CLI::App arguments("Rehearses one call: no phone, key, screen or network needed", "velto-rehearse");
     arguments.add_option("--scenario", name, "Name of a scenario, or a file")->capture_default_str();
     arguments.add_option("--scenarios", folder, "Folder of the scenarios")->capture_default_str();
     arguments.add_flag("--list", listed, "Name the scenarios and end");
+    arguments.add_option("--provider", provider, "Whom the application is to use: gemini or openai")
+        ->check(CLI::IsMember({"gemini", "openai"}))
+        ->capture_default_str();
+    arguments.add_option("--keys", keys, "Whose key is in the keyring: gemini, openai or both")
+        ->check(CLI::IsMember({"gemini", "openai", "both"}))
+        ->capture_default_str();
+    arguments.add_option("--wire", wire, "File for what the application sends, without keys and audio");
     arguments.add_option("--cut", cut, "Cut a wire: uplink (the feed device muted) or loop (no loop device)")
         ->check(CLI::IsMember({"uplink", "loop"}));
     arguments.add_flag("--keep", options.keepFolder, "Keep the private folder with logs and sockets");
@@ -51,6 +74,17 @@ int main(int argc, char** argv) {
     const bool isName = name.find('/') == std::string::npos && !name.ends_with(".json");
     options.scenarioFile = std::filesystem::absolute(isName ? std::filesystem::path(folder) / (name + ".json")
                                                             : std::filesystem::path(name));
+    options.provider = *voiceProvider(provider);
+    for (const auto each : kAllVoiceProviders)
+        if (keys == "both" || keys == rawValue(each))
+            options.keys.insert(each);
+    if (!wire.empty()) {
+        options.wire = std::filesystem::absolute(wire);
+        if (const auto reason = whyNotWritable(options.wire); !reason.empty()) {
+            std::cerr << "velto-rehearse: cannot write " << options.wire.string() << ": " << reason << '\n';
+            return 2;
+        }
+    }
     options.cut = cut == "uplink" ? Cut::uplink : cut == "loop" ? Cut::loop : Cut::nothing;
     std::error_code error;
     options.programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();

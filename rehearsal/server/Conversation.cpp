@@ -1,10 +1,7 @@
 // The model of a rehearsal.
 #include "rehearsal/server/Conversation.h"
 
-#include "rehearsal/server/ServerMessages.h"
-
 #include <algorithm>
-#include <sstream>
 
 namespace velto::rehearsal {
 namespace {
@@ -12,7 +9,6 @@ namespace {
 namespace json = boost::json;
 using namespace std::chrono_literals;
 
-constexpr double kRateIn = 16000;
 constexpr double kRateOut = 24000;
 /// 48 000 bytes, and smaller ones at the start of a line, for the first sound to come early.
 constexpr std::size_t kLargestChunk = 24000;
@@ -20,7 +16,6 @@ constexpr std::size_t kFirstChunk = 4800;
 constexpr int kFasterThanPlayed = 5;
 /// When the greeting was asked for and the callee, who was to speak first, says nothing.
 constexpr auto kSilenceBeforeGreeting = 4s;
-constexpr const char* kToolCallID = "function-call-1";
 
 Conversation::Time played(std::size_t frames) {
     return Conversation::Time(static_cast<std::int64_t>(static_cast<double>(frames) / kRateOut * 1e9));
@@ -43,15 +38,17 @@ std::deque<std::pair<Conversation::Time, std::string>> fragments(const std::stri
 
 } // namespace
 
-Conversation::Conversation(const Scenario& scenario, const Voices& voices, Hooks hooks)
-    : scenario_(scenario), voices_(voices), hooks_(std::move(hooks)),
-      listener_(kRateIn, [this](const Mark& mark) { markHeard(mark, hearing_); }),
-      activity_(
-          {.rate = kRateIn, .threshold = 0.01, .onset = Milliseconds(50), .hangover = Milliseconds(500)}) {}
+Conversation::Conversation(const Scenario& scenario, const Voices& voices, ServerProtocol& protocol,
+                           Report report)
+    : scenario_(scenario), voices_(voices), protocol_(protocol), report_(std::move(report)),
+      listener_(protocol.inputRate(), [this](const Mark& mark) { markHeard(mark, hearing_); }),
+      activity_({.rate = protocol.inputRate(),
+                 .threshold = 0.01,
+                 .onset = Milliseconds(50),
+                 .hangover = Milliseconds(500)}) {}
 
 void Conversation::start(Time now) {
-    hooks_.send({ServerMessages::setupComplete()});
-    order_.setupCompleted();
+    protocol_.configured();
     report("setup", now);
 }
 
@@ -70,25 +67,38 @@ void Conversation::hear(std::span<const std::int16_t> samples, Time now) {
         activityChanged(change, now);
 }
 
+void Conversation::toolAnswered() {
+    toolAnswered_ = true;
+    protocol_.toolAnswered();
+}
+
+ServerProtocol::Position Conversation::position(std::uint64_t frames) const {
+    return ServerProtocol::Position(
+        static_cast<std::int64_t>(static_cast<double>(frames) / protocol_.inputRate() * 1000));
+}
+
 void Conversation::markHeard(const Mark& mark, Time now) {
     const auto index = scenario_.find(mark.number);
     const bool whole = mark.place == Mark::Place::end;
     report("heard", now, {{"mark", mark.number}, {"whole", whole}});
     if (!whole || !index || scenario_.lines[*index].side != Side::callee)
         return;
-    hooks_.send({ServerMessages::inputTranscription(scenario_.lines[*index].text)});
+    protocol_.callerSaid(scenario_.lines[*index].text, position(framesIn_));
     next_ = std::max(next_, *index + 1);
 }
 
 void Conversation::activityChanged(const ActivityDetector::Change& change, Time now) {
     report(change.active ? "callerTalks" : "callerSilent", now);
+    if (change.active)
+        protocol_.callerBegins(position(change.frame));
+    else
+        protocol_.callerEnds(position(change.frame));
     if (change.active && speaking_ && now - speaking_->began < played(speaking_->framesSent))
         interrupt(now);
 }
 
 void Conversation::interrupt(Time now) {
-    hooks_.send({ServerMessages::interrupted()});
-    hooks_.send({ServerMessages::turnComplete()});
+    protocol_.interrupted();
     report("interrupted", now, {{"mark", scenario_.lines[speaking_->line].mark}});
     next_ = speaking_->line + 1;
     speaking_.reset();
@@ -116,6 +126,7 @@ void Conversation::speak(std::size_t line, Time now) {
     next_ = line;
     speaking_ = Speaking{line, &voice->second, now, 0, fragments(scenario_.lines[line].text, voice->second)};
     report("speaks", now, {{"mark", scenario_.lines[line].mark}});
+    protocol_.turnBegins();
     continueSpeaking(now);
 }
 
@@ -128,13 +139,13 @@ void Conversation::continueSpeaking(Time now) {
         const auto limit = speaking.framesSent == 0 ? kFirstChunk : kLargestChunk;
         const auto part = std::span(samples).subspan(speaking.framesSent,
                                                      std::min(limit, samples.size() - speaking.framesSent));
-        hooks_.send({ServerMessages::audio(part), true});
+        protocol_.audio(part);
         speaking.framesSent += part.size();
         framesOut_ += part.size();
     }
     for (; !speaking.fragments.empty() && speaking.fragments.front().first <= elapsed;
          speaking.fragments.pop_front())
-        hooks_.send({ServerMessages::outputTranscription(speaking.fragments.front().second)});
+        protocol_.agentSaid(speaking.fragments.front().second);
     if (elapsed >= played(samples.size()))
         endSpeaking(now);
 }
@@ -142,27 +153,26 @@ void Conversation::continueSpeaking(Time now) {
 void Conversation::endSpeaking(Time now) {
     const auto line = speaking_->line;
     speaking_.reset();
-    hooks_.send({ServerMessages::turnComplete()});
     report("spoke", now, {{"mark", scenario_.lines[line].mark}});
     next_ = line + 1;
-    if (next_ == scenario_.lines.size() && scenario_.end == CallEnd::agentHangsUp) {
-        order_.toolCalled(kToolCallID, "end_call");
-        hooks_.send({ServerMessages::endCall(kToolCallID, "goal met")});
-        report("endCall", now);
-    }
+    if (next_ < scenario_.lines.size() || scenario_.end != CallEnd::agentHangsUp)
+        return protocol_.turnEnds({});
+    protocol_.turnEnds("goal met");
+    report("endCall", now);
 }
 
 json::object Conversation::measures() const {
     return {{"framesIn", framesIn_},
+            {"rateIn", protocol_.inputRate()},
             {"peakIn", peakIn_},
             {"framesOut", framesOut_},
-            {"toolAnswered", order_.toolAnswered()}};
+            {"toolAnswered", toolAnswered_}};
 }
 
 void Conversation::report(const char* event, Time now, json::object more) {
     more["event"] = event;
     more["at"] = now.count();
-    hooks_.report(std::move(more));
+    report_(std::move(more));
 }
 
 } // namespace velto::rehearsal

@@ -1,8 +1,9 @@
 // The model of a rehearsal: it listens to the sound that arrives and says its lines of the scenario.
 #pragma once
 
+#include "rehearsal/process/Reports.h"
 #include "rehearsal/scenario/Scenario.h"
-#include "rehearsal/server/ClientMessages.h"
+#include "rehearsal/server/ServerProtocol.h"
 #include "rehearsal/signal/ActivityDetector.h"
 #include "rehearsal/signal/LineVoice.h"
 #include "rehearsal/signal/MarkListener.h"
@@ -11,17 +12,10 @@
 
 #include <chrono>
 #include <deque>
-#include <functional>
 #include <map>
 #include <string>
 
 namespace velto::rehearsal {
-
-/// One message to the client. Audio goes as binary frames, as the service does, all else as text.
-struct Outgoing {
-    std::string text;
-    bool binary = false;
-};
 
 /// What one session does from its setup to its end, without sockets and without a clock of its own. What the
 /// callee says becomes a transcription when the mark at the end of the line has been decoded, and not
@@ -31,27 +25,23 @@ struct Outgoing {
 class Conversation {
   public:
     using Time = std::chrono::nanoseconds;
-    struct Hooks {
-        std::function<void(Outgoing)> send;
-        /// Something for the director: an object with "event" and the time "at", ns.
-        std::function<void(boost::json::object)> report;
-    };
     /// Sound of the agent's lines by mark, at 24 kHz.
     using Voices = std::map<int, SpokenLine>;
 
-    Conversation(const Scenario& scenario, const Voices& voices, Hooks hooks);
+    /// Reports have the time "at", ns.
+    Conversation(const Scenario& scenario, const Voices& voices, ServerProtocol& protocol, Report report);
 
-    /// The session's first message has been accepted.
+    /// The session's configuration has been accepted.
     void start(Time now);
     /// A text turn asks the model to speak.
     void greet(Time now);
     void hear(std::span<const std::int16_t> samples, Time now);
+    /// The call of `end_call` has been answered.
+    void toolAnswered();
     /// To be called every 10 ms or so.
     void tick(Time now);
     /// What has arrived and left so far.
     boost::json::object measures() const;
-
-    ProtocolOrder& order() { return order_; }
 
   private:
     struct Speaking {
@@ -62,6 +52,7 @@ class Conversation {
         std::deque<std::pair<Time, std::string>> fragments; ///< by the time from the begin at which they play
     };
 
+    ServerProtocol::Position position(std::uint64_t frames) const;
     void markHeard(const Mark& mark, Time now);
     void activityChanged(const ActivityDetector::Change& change, Time now);
     void interrupt(Time now);
@@ -73,8 +64,8 @@ class Conversation {
 
     const Scenario& scenario_;
     const Voices& voices_;
-    Hooks hooks_;
-    ProtocolOrder order_;
+    ServerProtocol& protocol_;
+    Report report_;
     MarkListener listener_;
     ActivityDetector activity_;
     Time hearing_{}; ///< time of the samples that are being listened to
@@ -84,6 +75,7 @@ class Conversation {
     std::uint64_t framesIn_ = 0;
     std::uint64_t framesOut_ = 0;
     int peakIn_ = 0;
+    bool toolAnswered_ = false;
 };
 
 } // namespace velto::rehearsal

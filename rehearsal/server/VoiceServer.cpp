@@ -1,6 +1,8 @@
 // The voice server's socket.
 #include "rehearsal/server/VoiceServer.h"
 
+#include "rehearsal/server/KeyChecks.h"
+
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/co_spawn.hpp>
@@ -29,64 +31,52 @@ using Socket = websocket::stream<beast::ssl_stream<beast::tcp_stream>>;
 
 constexpr auto kAnswer = asio::as_tuple(asio::use_awaitable);
 constexpr std::chrono::milliseconds kTick{10};
-constexpr std::string_view kPath =
-    "/ws/google.ai.generativelanguage.v1beta.GenerativeService.BidiGenerateContent";
+constexpr std::chrono::seconds kToShutDown{1};
 
 Conversation::Time now() {
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-/// RFC 3986, section 2.1; none when a percent sign is not followed by two hexadecimal digits.
-std::optional<std::string> percentDecoded(std::string_view text) {
-    const auto digit = [](char c) {
-        constexpr std::string_view digits = "0123456789abcdef";
-        return digits.find(static_cast<char>(c >= 'A' && c <= 'F' ? c + ('a' - 'A') : c));
-    };
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            result += text[i];
-            continue;
-        }
-        if (i + 2 >= text.size() || digit(text[i + 1]) > 15 || digit(text[i + 2]) > 15)
-            return {};
-        result += static_cast<char>(digit(text[i + 1]) * 16 + digit(text[i + 2]));
-        i += 2;
-    }
-    return result;
+std::string_view view(beast::string_view text) {
+    return {text.data(), text.size()};
 }
 
-/// What is wrong with the request for the upgrade; empty when nothing is.
-std::string complaint(const http::request<http::string_body>& request, const std::string& apiKey) {
-    const std::string_view target(request.target().data(), request.target().size());
-    const auto mark = target.find('?');
-    if (target.substr(0, mark) != kPath)
-        return "another path: " + std::string(target.substr(0, mark).substr(0, 120));
-    const auto query = mark == std::string_view::npos ? "" : target.substr(mark + 1);
-    if (!query.starts_with("key=") || query.find('&') != std::string_view::npos)
-        return "the query is not the one item 'key'";
-    if (percentDecoded(query.substr(4)) != apiKey)
-        return "another key";
-    if (request.find(http::field::sec_websocket_protocol) != request.end())
-        return "a subprotocol";
-    if (!websocket::is_upgrade(request))
-        return "no upgrade to a WebSocket";
-    return {};
+HttpRequest plain(const http::request<http::string_body>& request) {
+    HttpRequest result{std::string(view(request.method_string())),
+                       std::string(view(request.target())),
+                       static_cast<int>(request.version()),
+                       {},
+                       request.body()};
+    for (const auto& field : request)
+        result.fields.emplace_back(view(field.name_string()), view(field.value()));
+    return result;
 }
 
 } // namespace
 
 struct VoiceServer::Impl {
+    /// A client whose upgrade is granted.
+    struct Session {
+        std::unique_ptr<ServerProtocol> protocol;
+        std::shared_ptr<std::deque<Outgoing>> queue = std::make_shared<std::deque<Outgoing>>();
+        WireTranscript::Section* wire = nullptr;
+    };
+
     VoiceServerOptions options;
     Report report;
     asio::ssl::context tls{asio::ssl::context::tls_server};
 
     void violation(const std::string& what) { report({{"event", "violation"}, {"what", what}}); }
     asio::awaitable<void> connection(Tcp::socket peer);
-    asio::awaitable<bool> upgrade(Socket& socket);
-    asio::awaitable<void> session(Socket& socket);
+    /// Answers requests until one of them asks for a session. None when none does.
+    asio::awaitable<std::optional<Session>> upgrade(Socket& socket);
+    /// Why the request for the upgrade is not granted.
+    std::optional<Refusal> complaint(const HttpRequest& request, Session& session) const;
+    http::response<http::string_body> answer(const KeyCheckAnswer& check);
+    asio::awaitable<void> serve(Socket& socket, Session session);
     asio::awaitable<void> refuse(Socket& socket, Violation found);
-    std::optional<Violation> receive(Conversation& conversation, std::string_view text) const;
+    std::optional<Violation> receive(ServerProtocol& protocol, Conversation& conversation,
+                                     std::string_view text) const;
 };
 
 namespace {
@@ -114,39 +104,84 @@ asio::awaitable<void> speakOn(std::shared_ptr<Conversation> conversation,
 
 } // namespace
 
-asio::awaitable<bool> VoiceServer::Impl::upgrade(Socket& socket) {
-    beast::flat_buffer buffer;
-    http::request<http::string_body> request;
-    const auto [error, count] = co_await http::async_read(socket.next_layer(), buffer, request, kAnswer);
-    if (error)
-        co_return false;
-    if (const auto wrong = complaint(request, options.apiKey); !wrong.empty()) {
-        violation("handshake: " + wrong);
-        http::response<http::string_body> answer(http::status::forbidden, request.version(), wrong + "\n");
-        answer.prepare_payload();
-        co_await http::async_write(socket.next_layer(), answer, kAnswer);
-        co_return false;
-    }
-    const auto [refused] = co_await socket.async_accept(request, kAnswer);
-    co_return !refused;
+std::optional<Refusal> VoiceServer::Impl::complaint(const HttpRequest& request, Session& session) const {
+    session.protocol = makeServerProtocol(
+        request.path(), [queue = session.queue](Outgoing message) { queue->push_back(std::move(message)); });
+    if (!session.protocol)
+        return Refusal{.what = "another path: " + std::string(request.path().substr(0, 120))};
+    const auto& apiKey = options.apiKeys.at(session.protocol->provider());
+    if (auto refusal = session.protocol->handshake(request, apiKey))
+        return refusal;
+    if (request.has("Sec-WebSocket-Protocol"))
+        return Refusal{.what = "a subprotocol"};
+    return {};
 }
 
-std::optional<Violation> VoiceServer::Impl::receive(Conversation& conversation, std::string_view text) const {
-    const auto message = parseClientMessage(text);
-    if (!message)
-        return message.error();
-    if (auto wrong = conversation.order().accept(*message))
-        return wrong;
-    if (const auto* setup = std::get_if<SetupMessage>(&*message)) {
-        if (setup->systemInstruction.find(options.scenario.goal) == std::string::npos)
+http::response<http::string_body> VoiceServer::Impl::answer(const KeyCheckAnswer& check) {
+    if (!check.complaint.empty())
+        violation("key check for " + std::string(displayName(check.provider)) + ": " + check.complaint);
+    report({{"event", "keyCheck"}, {"provider", rawValue(check.provider)}, {"status", check.status}});
+    http::response<http::string_body> response(static_cast<http::status>(check.status), 11, check.body);
+    response.set(http::field::content_type, "application/json; charset=UTF-8");
+    return response;
+}
+
+asio::awaitable<std::optional<VoiceServer::Impl::Session>> VoiceServer::Impl::upgrade(Socket& socket) {
+    beast::flat_buffer buffer;
+    while (true) {
+        http::request<http::string_body> request;
+        const auto [error, count] = co_await http::async_read(socket.next_layer(), buffer, request, kAnswer);
+        if (error)
+            co_return std::nullopt;
+        const auto asked = plain(request);
+        Session session;
+        if (options.wire)
+            session.wire = &options.wire->begin(asked);
+        http::response<http::string_body> response;
+        if (const auto check = answerKeyCheck(asked, options.apiKeys)) {
+            response = answer(*check);
+            response.keep_alive(request.keep_alive() && check->complaint.empty());
+        } else {
+            auto refusal = complaint(asked, session);
+            if (!refusal && !websocket::is_upgrade(request))
+                refusal = Refusal{.what = "no upgrade to a WebSocket"};
+            if (!refusal) {
+                const auto [refused] = co_await socket.async_accept(request, kAnswer);
+                if (refused)
+                    co_return std::nullopt;
+                co_return session;
+            }
+            violation("handshake: " + refusal->what);
+            response = {static_cast<http::status>(refusal->status), request.version(), refusal->what + "\n"};
+            response.keep_alive(false);
+        }
+        response.prepare_payload();
+        const auto [broken, sent] = co_await http::async_write(socket.next_layer(), response, kAnswer);
+        if (broken || !response.keep_alive())
+            co_return std::nullopt;
+    }
+}
+
+std::optional<Violation> VoiceServer::Impl::receive(ServerProtocol& protocol, Conversation& conversation,
+                                                    std::string_view text) const {
+    const auto received = protocol.receive(text);
+    if (!received)
+        return received.error();
+    if (!*received)
+        return {};
+    const auto& message = **received;
+    if (const auto* configuration = std::get_if<ConfigurationMessage>(&message)) {
+        if (configuration->systemInstruction.find(options.scenario.goal) == std::string::npos)
             return Violation{Violation::policy, "the system instruction does not hold the goal"};
         conversation.start(now());
-    } else if (const auto* audio = std::get_if<AudioMessage>(&*message)) {
+    } else if (const auto* audio = std::get_if<AudioMessage>(&message)) {
         conversation.hear(audio->samples, now());
-    } else if (const auto* turn = std::get_if<TextMessage>(&*message)) {
+    } else if (const auto* turn = std::get_if<TextMessage>(&message)) {
         if (turn->text.find(options.scenario.goal) == std::string::npos)
             return Violation{Violation::policy, "the text turn does not hold the goal"};
         conversation.greet(now());
+    } else if (std::holds_alternative<ToolResponseMessage>(message)) {
+        conversation.toolAnswered();
     }
     return {};
 }
@@ -158,15 +193,19 @@ asio::awaitable<void> VoiceServer::Impl::refuse(Socket& socket, Violation found)
     co_await socket.async_close(reason, kAnswer);
 }
 
-asio::awaitable<void> VoiceServer::Impl::session(Socket& socket) {
-    const auto queue = std::make_shared<std::deque<Outgoing>>();
+asio::awaitable<void> VoiceServer::Impl::serve(Socket& socket, Session session) {
     const auto ended = std::make_shared<bool>(false);
-    const auto conversation = std::make_shared<Conversation>(
-        options.scenario, options.voices,
-        Conversation::Hooks{[queue](Outgoing message) { queue->push_back(std::move(message)); }, report});
+    const auto conversation =
+        std::make_shared<Conversation>(options.scenario, options.voices, *session.protocol, report);
+    if (session.wire != nullptr)
+        socket.control_callback([wire = session.wire](websocket::frame_type kind, beast::string_view) {
+            if (kind != websocket::frame_type::close)
+                wire->control(kind == websocket::frame_type::ping ? "ping" : "pong");
+        });
+    session.protocol->connected();
     // The writer must be gone before the socket is.
     asio::steady_timer writerGone(socket.get_executor(), asio::steady_timer::time_point::max());
-    asio::co_spawn(socket.get_executor(), speakOn(conversation, queue, socket, ended),
+    asio::co_spawn(socket.get_executor(), speakOn(conversation, session.queue, socket, ended),
                    [&writerGone](const std::exception_ptr&) {
                        writerGone.expires_at(asio::steady_timer::time_point::min());
                    });
@@ -181,8 +220,13 @@ asio::awaitable<void> VoiceServer::Impl::session(Socket& socket) {
         std::optional<Violation> wrong;
         if (socket.got_text()) {
             const auto bytes = buffer.cdata();
-            wrong = receive(*conversation, {static_cast<const char*>(bytes.data()), bytes.size()});
+            const std::string_view text(static_cast<const char*>(bytes.data()), bytes.size());
+            if (session.wire != nullptr)
+                session.wire->text(text);
+            wrong = receive(*session.protocol, *conversation, text);
         } else {
+            if (session.wire != nullptr)
+                session.wire->binary(buffer.size());
             wrong = Violation{Violation::invalidPayload, "a binary frame"};
         }
         buffer.consume(buffer.size());
@@ -192,6 +236,8 @@ asio::awaitable<void> VoiceServer::Impl::session(Socket& socket) {
         }
     }
     *ended = true;
+    if (session.wire != nullptr)
+        session.wire->closed(socket.reason().code);
     auto closed = conversation->measures();
     closed["event"] = "closed";
     closed["code"] = closeCode;
@@ -211,9 +257,13 @@ asio::awaitable<void> VoiceServer::Impl::connection(Tcp::socket peer) {
         violation("TLS handshake: " + error.message());
         co_return;
     }
-    if (co_await upgrade(socket)) {
-        report({{"event", "connected"}});
-        co_await session(socket);
+    if (auto session = co_await upgrade(socket)) {
+        report({{"event", "connected"}, {"provider", rawValue(session->protocol->provider())}});
+        co_await serve(socket, std::move(*session));
+    } else {
+        // Says that it ends here: a client that reads to the end must not take it for a cut.
+        beast::get_lowest_layer(socket).expires_after(kToShutDown);
+        co_await socket.next_layer().async_shutdown(kAnswer);
     }
 }
 

@@ -1,4 +1,5 @@
 // velto-rehearsal-server: the local voice server of a rehearsal as a program.
+#include "VeltoPlatform/FileDescriptor.h"
 #include "rehearsal/process/Reports.h"
 #include "rehearsal/process/TextFile.h"
 #include "rehearsal/scenario/ScenarioFile.h"
@@ -23,7 +24,7 @@ int fail(const std::string& message) {
     return 2;
 }
 
-int run(VoiceServerOptions options) {
+void run(VoiceServerOptions options) {
     for (const auto& line : options.scenario.lines)
         if (line.side == Side::agent)
             options.voices.emplace(line.mark, speakLine(line.mark, line.text, kVoice, kRate));
@@ -36,7 +37,18 @@ int run(VoiceServerOptions options) {
             std::rethrow_exception(error);
     });
     context.run();
-    return 0;
+}
+
+/// The keys that the environment holds, as long as it has all.
+std::optional<ApiKeys> keysOfEnvironment() {
+    ApiKeys keys;
+    for (const auto provider : velto::kAllVoiceProviders)
+        if (const char* const key =
+                std::getenv(keyVariable(provider).c_str())) // NOLINT(concurrency-mt-unsafe)
+            keys.emplace(provider, key);
+    if (keys.size() < velto::kAllVoiceProviders.size())
+        return {};
+    return keys;
 }
 
 } // namespace
@@ -45,10 +57,12 @@ int main(int argc, char** argv) {
     std::string scenarioFile;
     std::string certificateFile;
     std::string keyFile;
+    std::string wireFile;
     CLI::App arguments("A local voice server that follows a scenario");
     arguments.add_option("--scenario", scenarioFile, "Scenario file")->required();
     arguments.add_option("--certificate", certificateFile, "Certificate chain, PEM")->required();
     arguments.add_option("--key", keyFile, "Private key, PEM")->required();
+    arguments.add_option("--wire", wireFile, "Gets what the clients sent, without keys and audio");
     CLI11_PARSE(arguments, argc, argv);
 
     const auto scenario = loadScenario(scenarioFile, ".");
@@ -56,12 +70,22 @@ int main(int argc, char** argv) {
         return fail(scenario.error().message);
     const auto certificate = readFile(certificateFile);
     const auto key = readFile(keyFile);
-    // An API key is a secret even here: not among the arguments, which everybody on the computer can read.
-    const char* const apiKey = std::getenv("VELTO_REHEARSAL_KEY"); // NOLINT(concurrency-mt-unsafe)
-    if (!certificate || !key || apiKey == nullptr)
-        return fail("a certificate, a key and VELTO_REHEARSAL_KEY are needed");
+    const auto apiKeys = keysOfEnvironment();
+    if (!certificate || !key || !apiKeys)
+        return fail("a certificate, a key and an API key of each provider in the environment are needed");
+    std::shared_ptr<WireTranscript> wire;
+    velto::FileDescriptor wireTo;
+    if (!wireFile.empty()) {
+        wire = std::make_shared<WireTranscript>(*apiKeys);
+        wireTo = openPrivateFile(wireFile);
+        if (!wireTo)
+            return fail("cannot write " + wireFile);
+    }
     try {
-        return run({*certificate, *key, apiKey, *scenario, {}});
+        run({*certificate, *key, *apiKeys, *scenario, {}, wire});
+        if (wire && !(velto::writeAll(wireTo.get(), wire->text()) && wireTo.close()))
+            return fail("cannot write all of " + wireFile);
+        return 0;
     } catch (const std::exception& error) {
         return fail(error.what());
     }

@@ -83,6 +83,10 @@ Evidence goodEvidence() {
     const auto timed = [](const char* event, std::chrono::milliseconds at, int mark = 0) {
         return json::object{{"event", event}, {"at", std::chrono::nanoseconds(at).count()}, {"mark", mark}};
     };
+    evidence.expectedProvider = VoiceProvider::openai;
+    evidence.searchedForKeys = {kApplicationTitle, kPhoneTitle};
+    evidence.fromServer({{"event", "keyCheck"}, {"provider", "gemini"}, {"status", 200}});
+    evidence.fromServer({{"event", "connected"}, {"provider", "openai"}});
     evidence.fromCallee({{"event", "dialled"}, {"number", "1"}});
     evidence.fromCallee(timed("says", 0s, 1));
     for (const bool whole : {false, true})
@@ -171,7 +175,15 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
                  "Caller: Hello?\nAgent: A long story begins here.\nCaller: Stop.\nAgent: Bye.";
          },
          "the record's line 2 is"},
-        {[](Evidence& e) { e.filesWithKey = {"log"}; }, "the API key can be read in the file log"},
+        {[](Evidence& e) { e.sessions = {VoiceProvider::gemini}; },
+         "the call was held by Gemini Live instead of OpenAI Realtime"},
+        {[](Evidence& e) {
+             e.fromServer({{"event", "keyCheck"}, {"provider", "openai"}, {"status", 401}});
+         },
+         "the check of the key for OpenAI Realtime was answered with 401 instead of 200"},
+        {[](Evidence& e) { e.placesWithKey = {"the file log"}; }, "an API key can be read in the file log"},
+        {[](Evidence& e) { e.searchedForKeys.erase(kPhoneTitle); },
+         "nobody could look for the API keys in the command line of the phone app"},
         {[](Evidence& e) { e.longestHold = 0.6; }, "the application took 600 ms to answer"},
         {[](Evidence& e) { e.closeCode = 1006; },
          "the application left the voice server with close code 1006"},

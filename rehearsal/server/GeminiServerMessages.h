@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Each answers the compact JSON text of one message.
-namespace velto::rehearsal::ServerMessages {
+namespace velto::rehearsal::GeminiServerMessages {
 
 std::string setupComplete();
 /// 24 kHz mono.
@@ -20,4 +20,4 @@ std::string turnComplete();
 /// A call of `end_call`.
 std::string endCall(std::string_view id, std::string_view reason);
 
-} // namespace velto::rehearsal::ServerMessages
+} // namespace velto::rehearsal::GeminiServerMessages

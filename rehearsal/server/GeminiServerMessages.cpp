@@ -1,11 +1,11 @@
-// Writes what the server sends.
-#include "rehearsal/server/ServerMessages.h"
+// Writes what the Gemini Live API sends.
+#include "rehearsal/server/GeminiServerMessages.h"
 
 #include "rehearsal/server/PcmText.h"
 
 #include <boost/json.hpp>
 
-namespace velto::rehearsal::ServerMessages {
+namespace velto::rehearsal::GeminiServerMessages {
 namespace {
 
 namespace json = boost::json;
@@ -48,4 +48,4 @@ std::string endCall(std::string_view id, std::string_view reason) {
         json::object{{"toolCall", json::object{{"functionCalls", json::array{std::move(call)}}}}});
 }
 
-} // namespace velto::rehearsal::ServerMessages
+} // namespace velto::rehearsal::GeminiServerMessages
