@@ -1,24 +1,88 @@
-// A received Gemini message, as a binary frame brings it: any bytes, one reader for all of them.
-#include "VeltoShared/core/Utf8.h"
+// Gemini Live: any bytes as the server's messages, and as the texts that our messages are made of.
 #include "VeltoShared/voice/GeminiMessages.h"
+#include "fuzz/MessageFuzz.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <string>
+
+using namespace velto;
+using namespace velto::fuzz;
+
+namespace {
+
+/// Place of an event among those of one content message; tool calls, "goAway" and the setup's end come alone.
+int place(const VoiceEvent& event) {
+    struct Place {
+        int operator()(const event::Interrupted&) const { return 0; }
+        int operator()(const event::CallerText&) const { return 1; }
+        int operator()(const event::AgentText&) const { return 2; }
+        int operator()(const event::Audio&) const { return 3; }
+        int operator()(const event::TurnComplete&) const { return 4; }
+        int operator()(const ToolCall&) const { return 5; }
+        int operator()(const event::SetupComplete&) const { return 6; }
+        int operator()(const event::Closed&) const { return 6; }
+    };
+    return std::visit(Place(), event);
+}
+
+bool mayRepeat(int place) {
+    return place == 3 || place == 5;
+}
+
+void readMessage(GeminiMessages& messages, std::string_view text) {
+    const auto events = received(messages, text);
+    for (std::size_t i = 1; i < events.size(); ++i) {
+        const int before = place(events[i - 1]);
+        const int here = place(events[i]);
+        require(before < here || (before == here && mayRepeat(here)));
+        require(here < 5 || before == 5);
+    }
+    for (const auto& each : events) {
+        if (const auto* closed = std::get_if<event::Closed>(&each))
+            require(closed->reason == "goAway");
+        if (const auto* call = std::get_if<ToolCall>(&each)) {
+            boost::system::error_code malformed;
+            const auto args = parsedJSON(call->argsJSON, malformed);
+            require(!malformed && (args.is_object() || args.is_array()));
+            messages.toolResponse(call->id, call->name, call->argsJSON);
+        }
+    }
+}
+
+void buildMessages(GeminiMessages& messages, std::string_view text) {
+    requireTarget(messages.request().target, "?key=", text);
+    const auto setup = sent(messages.configuration());
+    requireCarries(setup, "/setup/model", text, "models/");
+    requireCarries(setup, "/setup/generationConfig/speechConfig/voiceConfig/prebuiltVoiceConfig/voiceName",
+                   text);
+    requireCarries(setup, "/setup/systemInstruction/parts/0/text", text);
+    requireCarriesAudio(messages, "/realtimeInput/audio/data", std::as_bytes(std::span(text)));
+
+    const auto turn = messages.clientText(text);
+    require(turn.size() == 1);
+    requireCarries(sent(turn[0]), "/clientContent/turns/0/parts/0/text", text);
+
+    const auto result = messages.toolResponse(text, text, text);
+    require(result.size() == 1);
+    const auto response = sent(result[0]);
+    requireCarries(response, "/toolResponse/functionResponses/0/id", text);
+    requireCarries(response, "/toolResponse/functionResponses/0/name", text);
+    const auto& carried = response.at_pointer("/toolResponse/functionResponses/0/response");
+    boost::system::error_code malformed;
+    const auto given = parsedJSON(text, malformed);
+    if (malformed || !(given.is_object() || given.is_array()))
+        require(carried == json::object());
+    else
+        require(given.is_object() ? carried.get_object().size() == given.get_object().size()
+                                  : carried.get_array().size() == given.get_array().size());
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static velto::GeminiMessages messages({"key", "model", "Puck", "instruction", "localhost"});
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const std::string text = velto::repairedUtf8(bytes);
-    if (!velto::isValidUtf8(text) || (velto::isValidUtf8(bytes) && text != bytes))
-        std::abort();
-    for (const auto& event : messages.handle(text)) {
-        if (const auto* heard = std::get_if<velto::event::CallerText>(&event); heard && heard->text.empty())
-            std::abort();
-        if (const auto* call = std::get_if<velto::ToolCall>(&event))
-            messages.toolResponse(call->id, call->name, call->argsJSON);
-    }
-    messages.toolResponse("id", "name", bytes);
-    messages.clientText(bytes);
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    const std::string text(input);
+    GeminiMessages messages({text, text, text, text, "localhost"});
+    forEachMessage(input, [&](std::string_view message) { readMessage(messages, message); });
+    buildMessages(messages, input);
     return 0;
 }
