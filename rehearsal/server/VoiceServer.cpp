@@ -9,12 +9,12 @@
 #include <boost/asio/detached.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/ssl/stream.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http.hpp>
-#include <boost/beast/ssl.hpp>
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 
@@ -27,7 +27,7 @@ namespace http = beast::http;
 namespace websocket = beast::websocket;
 using Tcp = asio::ip::tcp;
 using Error = boost::system::error_code;
-using Socket = websocket::stream<beast::ssl_stream<beast::tcp_stream>>;
+using Socket = websocket::stream<asio::ssl::stream<beast::tcp_stream>>;
 
 constexpr auto kAnswer = asio::as_tuple(asio::use_awaitable);
 constexpr std::chrono::milliseconds kTick{10};
