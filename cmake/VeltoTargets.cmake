@@ -5,6 +5,7 @@ find_package(Boost 1.81 REQUIRED COMPONENTS json)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
 pkg_check_modules(GIO REQUIRED gio-unix-2.0)
+pkg_check_modules(CURL REQUIRED IMPORTED_TARGET libcurl)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 
 add_library(velto_flags INTERFACE)

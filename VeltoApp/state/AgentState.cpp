@@ -10,9 +10,20 @@
 namespace velto {
 namespace {
 
-bool stored(VoiceProvider provider) {
+struct StoredKeys {
+    std::string gemini; ///< empty: none
+    std::string openai;
+    std::string place;
+};
+
+std::string stored(VoiceProvider provider) {
     const auto key = KeychainStore::get(keyAccount(provider));
-    return key && !trimBlanks(*key).empty();
+    return key ? std::string(trimBlanks(*key)) : std::string();
+}
+
+asio::awaitable<StoredKeys> readStored() {
+    co_return StoredKeys{stored(VoiceProvider::gemini), stored(VoiceProvider::openai),
+                         platform().secretStore->state()};
 }
 
 std::string described(bool present, bool valid) {
@@ -43,23 +54,29 @@ std::optional<VoiceProvider> AgentState::activeProvider() const {
 
 void AgentState::refreshKey() {
     validating.set(true);
-    Blocking::post([weak = weak_from_this()] {
-        const bool gemini = stored(VoiceProvider::gemini);
-        const bool openai = stored(VoiceProvider::openai);
-        MainThread::post([weak, gemini, openai, place = platform().secretStore->state()] {
-            const auto self = weak.lock();
-            if (!self)
-                return;
-            self->hasGeminiKey.set(gemini);
-            self->hasOpenAIKey.set(openai);
-            self->geminiValid.set(false);
-            self->openaiValid.set(false);
-            self->apiKeyConfigured.set(false);
-            self->validating.set(false);
-            Helper::log("keys: gemini=" + described(gemini, false) + " openai=" + described(openai, false));
-            Helper::log("keys: kept in " + place);
-        });
-    });
+    MainThread::spawn(refresh(weak_from_this(), validate_));
+}
+
+asio::awaitable<void> AgentState::refresh(std::weak_ptr<AgentState> weak, Validate validate) {
+    const auto keys = co_await Blocking::run(readStored());
+    bool isGeminiValid = false;
+    bool isOpenAIValid = false;
+    if (!keys.gemini.empty() && !weak.expired())
+        isGeminiValid = co_await validate(VoiceProvider::gemini, keys.gemini);
+    if (!keys.openai.empty() && !weak.expired())
+        isOpenAIValid = co_await validate(VoiceProvider::openai, keys.openai);
+    const auto self = weak.lock();
+    if (!self)
+        co_return;
+    self->hasGeminiKey.set(!keys.gemini.empty());
+    self->hasOpenAIKey.set(!keys.openai.empty());
+    self->geminiValid.set(isGeminiValid);
+    self->openaiValid.set(isOpenAIValid);
+    self->apiKeyConfigured.set(isGeminiValid || isOpenAIValid);
+    self->validating.set(false);
+    Helper::log("keys: gemini=" + described(!keys.gemini.empty(), isGeminiValid) +
+                " openai=" + described(!keys.openai.empty(), isOpenAIValid));
+    Helper::log("keys: kept in " + keys.place);
 }
 
 } // namespace velto

@@ -3,18 +3,24 @@
 
 #include "VeltoShared/core/AppSettings.h"
 #include "VeltoShared/core/Published.h"
+#include "VeltoShared/voice/KeyValidator.h"
 #include "VeltoShared/voice/VoiceProvider.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace velto {
 
-/// Held by `std::shared_ptr`; main thread only. Keys are read off it.
+/// Held by `std::shared_ptr`; main thread only. Keys are read and validated off it.
 class AgentState : public ObservableObject, public std::enable_shared_from_this<AgentState> {
   public:
-    explicit AgentState(AppSettings& settings) : settings_(settings) {}
+    /// Answers whether the provider accepts the key; awaited on the main thread.
+    using Validate = std::function<asio::awaitable<bool>(VoiceProvider, std::string)>;
+
+    explicit AgentState(AppSettings& settings, Validate validate = KeyValidator::validate)
+        : settings_(settings), validate_(std::move(validate)) {}
     /// The process's state; the first use starts a key refresh.
     static const std::shared_ptr<AgentState>& shared();
 
@@ -31,11 +37,15 @@ class AgentState : public ObservableObject, public std::enable_shared_from_this<
     bool anyKeyValid() const {
         return (hasGeminiKey() && geminiValid()) || (hasOpenAIKey() && openaiValid());
     }
-    /// Reads the stored keys again. Keys are not validated against their providers here: they stay unproven.
+    /// Reads the stored keys again, asks each one's provider, one after the other, and then publishes what
+    /// was found in one step. Of two refreshes at the same time, the later to finish wins.
     void refreshKey();
 
   private:
+    static asio::awaitable<void> refresh(std::weak_ptr<AgentState> weak, Validate validate);
+
     AppSettings& settings_;
+    Validate validate_;
 };
 
 } // namespace velto

@@ -8,6 +8,8 @@
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
 
 #include <utility>
 
@@ -34,6 +36,16 @@ class ExecutorSlot {
             if (error)
                 std::rethrow_exception(error);
         });
+    }
+
+    /// Runs a coroutine on this executor and resumes where it was awaited; straight away if that is the same.
+    template <class T>
+    static asio::awaitable<T> run(asio::awaitable<T> task) {
+        const asio::any_io_executor here = co_await asio::this_coro::executor;
+        const asio::any_io_executor there = executor();
+        if (here == there)
+            co_return co_await std::move(task);
+        co_return co_await asio::co_spawn(there, std::move(task), asio::use_awaitable);
     }
 
   private:

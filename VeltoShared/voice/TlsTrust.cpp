@@ -9,6 +9,12 @@
 namespace velto::TlsTrust {
 namespace {
 
+std::string withoutFinalDot(std::string name) {
+    if (name.ends_with('.'))
+        name.pop_back();
+    return name;
+}
+
 boost::asio::ssl::context make() {
     boost::asio::ssl::context context(boost::asio::ssl::context::tls_client);
     SSL_CTX* native = context.native_handle();
@@ -25,6 +31,14 @@ boost::asio::ssl::context make() {
     return context;
 }
 
+bool insist(X509_VERIFY_PARAM* rules, const HostAddress& address) {
+    if (address.isLiteral)
+        return X509_VERIFY_PARAM_set1_ip_asc(rules, address.host.c_str()) == 1;
+    const auto name = withoutFinalDot(address.host);
+    X509_VERIFY_PARAM_set_hostflags(rules, X509_CHECK_FLAG_NO_PARTIAL_WILDCARDS);
+    return X509_VERIFY_PARAM_set1_host(rules, name.c_str(), name.size()) == 1;
+}
+
 } // namespace
 
 boost::asio::ssl::context& context() {
@@ -32,15 +46,16 @@ boost::asio::ssl::context& context() {
     return shared;
 }
 
+bool share(SSL_CTX* foreign, const HostAddress& address) {
+    SSL_CTX_set1_cert_store(foreign, SSL_CTX_get_cert_store(context().native_handle()));
+    return insist(SSL_CTX_get0_param(foreign), address);
+}
+
 bool expectHost(SSL* connection, const HostAddress& address) {
-    std::string name = address.host;
-    if (address.isLiteral)
-        return X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(connection), name.c_str()) == 1;
-    if (name.ends_with('.'))
-        name.pop_back();
-    SSL_set_hostflags(connection, X509_CHECK_FLAG_NO_PARTIAL_WILDCARDS);
-    return SSL_set_tlsext_host_name(connection, name.c_str()) == 1 &&
-           SSL_set1_host(connection, name.c_str()) == 1;
+    if (!insist(SSL_get0_param(connection), address))
+        return false;
+    return address.isLiteral ||
+           SSL_set_tlsext_host_name(connection, withoutFinalDot(address.host).c_str()) == 1;
 }
 
 std::string certificateProblem(const SSL* connection) {

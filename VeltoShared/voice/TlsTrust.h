@@ -14,6 +14,10 @@ namespace velto::TlsTrust {
 /// SSL_CERT_FILE names.
 boost::asio::ssl::context& context();
 
+/// Makes another library's connections trust the same authorities and insist on a certificate for the host.
+/// False when OpenSSL refuses the name.
+bool share(SSL_CTX* foreign, const HostAddress& address);
+
 /// Makes a client connection ask for the host (RFC 6066, section 3) and insist on a certificate for it
 /// (RFC 6125; RFC 5280 for an address). False when OpenSSL refuses the name.
 bool expectHost(SSL* connection, const HostAddress& address);

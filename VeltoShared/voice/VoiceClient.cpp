@@ -6,8 +6,6 @@
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
-#include <boost/asio/this_coro.hpp>
-#include <boost/asio/use_awaitable.hpp>
 
 #include <atomic>
 
@@ -15,16 +13,6 @@ namespace velto {
 namespace {
 
 constexpr std::size_t kWaitingAudio = 8;
-
-/// Runs a coroutine on `Background` and resumes where it was awaited.
-template <class T>
-asio::awaitable<T> onBackground(asio::awaitable<T> task) {
-    const asio::any_io_executor here = co_await asio::this_coro::executor;
-    const asio::any_io_executor there = Background::executor();
-    if (here == there)
-        co_return co_await std::move(task);
-    co_return co_await asio::co_spawn(there, std::move(task), asio::use_awaitable);
-}
 
 /// Enough for people; a server may send any amount.
 std::string shortened(std::string text) {
@@ -180,24 +168,24 @@ bool VoiceClient::isReady() const {
 }
 
 asio::awaitable<Result<>> VoiceClient::connect() {
-    return onBackground(State::connect(state_));
+    return Background::run(State::connect(state_));
 }
 
 asio::awaitable<void> VoiceClient::sendAudio(std::span<const std::byte> pcm) {
-    return onBackground(State::sendAudio(state_, pcm));
+    return Background::run(State::sendAudio(state_, pcm));
 }
 
 asio::awaitable<void> VoiceClient::sendClientText(std::string text) {
-    return onBackground(State::sendAll(state_, state_->messages->clientText(text)));
+    return Background::run(State::sendAll(state_, state_->messages->clientText(text)));
 }
 
 asio::awaitable<void> VoiceClient::sendToolResponse(std::string id, std::string name,
                                                     std::string resultJSON) {
-    return onBackground(State::sendAll(state_, state_->messages->toolResponse(id, name, resultJSON)));
+    return Background::run(State::sendAll(state_, state_->messages->toolResponse(id, name, resultJSON)));
 }
 
 asio::awaitable<void> VoiceClient::close() {
-    return onBackground(State::close(state_));
+    return Background::run(State::close(state_));
 }
 
 } // namespace velto

@@ -2,6 +2,7 @@
 #include "VeltoShared/voice/VoiceSocket.h"
 
 #include "VeltoShared/core/Utf8.h"
+#include "VeltoShared/voice/FieldValue.h"
 #include "VeltoShared/voice/HostLookup.h"
 #include "VeltoShared/voice/TlsTrust.h"
 
@@ -44,12 +45,6 @@ Failure transportFailure(std::string description) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
             c = ' ';
     return {kErrorTransport, std::move(description)};
-}
-
-/// RFC 9110, section 5.5: anything else could end the field and begin another.
-bool isFieldValue(std::string_view value) {
-    return std::ranges::none_of(
-        value, [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
 }
 
 bool isNetworkAbsent(const error_code& error) {

@@ -1,0 +1,105 @@
+#include "VeltoApp/state/AgentState.h"
+
+#include "VeltoShared/core/AppPaths.h"
+#include "VeltoShared/core/KeychainStore.h"
+#include "VeltoShared/core/SecretKey.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Notes = std::vector<std::string>;
+
+struct AgentStateTest : ::testing::Test {
+    /// A provider that takes three seconds, and accepts any key that begins with "good".
+    asio::awaitable<bool> ask(VoiceProvider provider, std::string key) {
+        asked.push_back(std::string(rawValue(provider)) + " \"" + key + "\"");
+        co_await Clock::shared().sleep(3s);
+        co_return key.starts_with("good");
+    }
+    static void keep(const char* gemini, const char* openai) {
+        KeychainStore::set(gemini, SecretKey::geminiAPIKey);
+        KeychainStore::set(openai, SecretKey::openAIAPIKey);
+    }
+    std::string logged() const { return readFile(AppPaths::logFile()); }
+
+    TestComputer computer;
+    Loop loop;
+    Notes asked;
+    AppSettings settings{computer.preferences};
+    std::shared_ptr<AgentState> state = std::make_shared<AgentState>(
+        settings, [this](VoiceProvider provider, std::string key) { return ask(provider, std::move(key)); });
+};
+
+TEST_F(AgentStateTest, AsksOneProviderAfterTheOtherAndPublishesInOneStep) {
+    keep(" \tgood ", "bad");
+    Notes changes;
+    const auto note = [&](const char* name) {
+        return [&, name](bool value) {
+            changes.push_back(name + std::string(value ? " true at " : " false at ") +
+                              std::to_string(loop.clock.steadyNow().time_since_epoch() / 1s));
+        };
+    };
+    const Subscription observed[] = {state->validating.observe(note("validating")),
+                                     state->hasGeminiKey.observe(note("hasGeminiKey")),
+                                     state->hasOpenAIKey.observe(note("hasOpenAIKey")),
+                                     state->geminiValid.observe(note("geminiValid")),
+                                     state->openaiValid.observe(note("openaiValid")),
+                                     state->apiKeyConfigured.observe(note("apiKeyConfigured"))};
+    state->refreshKey();
+    loop.advance(60s);
+    EXPECT_EQ(asked, (Notes{"gemini \"good\"", "openai \"bad\""}));
+    EXPECT_EQ(changes, (Notes{"validating true at 0", "hasGeminiKey true at 6", "hasOpenAIKey true at 6",
+                              "geminiValid true at 6", "openaiValid false at 6", "apiKeyConfigured true at 6",
+                              "validating false at 6"}));
+    EXPECT_TRUE(state->anyKeyValid());
+    EXPECT_EQ(logged(), "[2026-11-16T20:23:26Z] keys: gemini=present/true openai=present/false\n"
+                        "[2026-11-16T20:23:26Z] keys: kept in simulated keyring\n");
+}
+
+TEST_F(AgentStateTest, PresenceDecidesWhichProviderACallUses) {
+    settings.provider.set("openai");
+    keep(" \t", " ");
+    state->refreshKey();
+    loop.drain();
+    EXPECT_EQ(asked, Notes{});
+    EXPECT_NE(logged().find("] keys: gemini=none/false openai=none/false\n"), std::string::npos);
+    EXPECT_EQ(state->activeProvider(), std::nullopt);
+    keep("bad", "");
+    state->refreshKey();
+    loop.advance(60s);
+    EXPECT_EQ(state->activeProvider(), VoiceProvider::gemini);
+    keep("good", "bad");
+    state->refreshKey();
+    loop.advance(60s);
+    EXPECT_EQ(state->activeProvider(), VoiceProvider::openai);
+}
+
+TEST_F(AgentStateTest, RefreshesMayOverlapAndOutliveTheState) {
+    keep("", "good");
+    state->refreshKey();
+    loop.advance(1s);
+    keep("good too", "bad");
+    state->refreshKey();
+    loop.advance(2s);
+    EXPECT_TRUE(state->openaiValid());
+    loop.advance(4s);
+    EXPECT_TRUE(state->geminiValid());
+    EXPECT_FALSE(state->openaiValid());
+
+    const auto before = logged();
+    asked.clear();
+    state->refreshKey();
+    loop.advance(1s);
+    state.reset();
+    loop.advance(60s);
+    EXPECT_EQ(asked.size(), 1u); // the second key is not sent for nobody
+    EXPECT_EQ(logged(), before);
+}
+
+} // namespace
+} // namespace velto::test
