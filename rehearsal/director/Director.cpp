@@ -51,6 +51,7 @@ class Rehearsal {
           printer_(out(), !options.json && ::isatty(STDOUT_FILENO) != 0, options.scenario, evidence_) {
         evidence_.expectedProvider =
             options.keys.contains(options.provider) ? options.provider : *options.keys.begin();
+        evidence_.storedKeys = options.keys;
     }
 
     int run() {

@@ -97,6 +97,7 @@ class Evidence {
     std::set<std::string> placesWithKey;   ///< where an API key can be read
     /// The longest that the application took to answer while the phone app stood still, s.
     std::optional<double> longestHold;
+    std::set<VoiceProvider> storedKeys;
     std::set<int> troubledBefore;       ///< marks of the lines before which their trouble was made
     std::vector<std::string> wrongEnds; ///< a sentence for each program that did not end as asked
 

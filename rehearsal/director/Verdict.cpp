@@ -211,10 +211,18 @@ void checkProvider(const Evidence& evidence, Faults& found) {
 
 void checkKeys(const Evidence& evidence, Faults& found) {
     // The keys in the keyring are right; what is no check at all is a violation.
-    for (const auto& [provider, status] : evidence.keyChecks)
-        if (status != 200 && status != 400)
-            found.push_back("the check of the key for " + std::string(displayName(provider)) +
-                            " was answered with " + std::to_string(status) + " instead of 200");
+    for (const auto& [provider, status] : evidence.keyChecks) {
+        const std::string name(displayName(provider));
+        if (!evidence.storedKeys.contains(provider))
+            found.push_back(name + " was asked about a key, and none is stored");
+        else if (status != 200 && status != 400)
+            found.push_back("the check of the key for " + name + " was answered with " +
+                            std::to_string(status) + " instead of 200");
+    }
+    for (const auto provider : evidence.storedKeys)
+        if (std::ranges::none_of(evidence.keyChecks,
+                                 [&](const Evidence::KeyCheck& check) { return check.provider == provider; }))
+            found.push_back(std::string(displayName(provider)) + " was not asked whether it accepts the key");
     for (const auto& place : evidence.placesWithKey)
         found.push_back("an API key can be read in " + place);
     for (const auto* title : {kApplicationTitle, kPhoneTitle})

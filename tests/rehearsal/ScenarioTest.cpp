@@ -85,7 +85,9 @@ Evidence goodEvidence() {
     };
     evidence.expectedProvider = VoiceProvider::openai;
     evidence.searchedForKeys = {kApplicationTitle, kPhoneTitle};
-    evidence.fromServer({{"event", "keyCheck"}, {"provider", "gemini"}, {"status", 200}});
+    evidence.storedKeys = {VoiceProvider::gemini, VoiceProvider::openai};
+    for (const char* provider : {"gemini", "openai"})
+        evidence.fromServer({{"event", "keyCheck"}, {"provider", provider}, {"status", 200}});
     evidence.fromServer({{"event", "connected"}, {"provider", "openai"}});
     evidence.fromCallee({{"event", "dialled"}, {"number", "1"}});
     evidence.fromCallee(timed("says", 0s, 1));
@@ -181,6 +183,10 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
              e.fromServer({{"event", "keyCheck"}, {"provider", "openai"}, {"status", 401}});
          },
          "the check of the key for OpenAI Realtime was answered with 401 instead of 200"},
+        {[](Evidence& e) { e.keyChecks.pop_back(); },
+         "OpenAI Realtime was not asked whether it accepts the key"},
+        {[](Evidence& e) { e.storedKeys.erase(VoiceProvider::gemini); },
+         "Gemini Live was asked about a key, and none is stored"},
         {[](Evidence& e) { e.placesWithKey = {"the file log"}; }, "an API key can be read in the file log"},
         {[](Evidence& e) { e.searchedForKeys.erase(kPhoneTitle); },
          "nobody could look for the API keys in the command line of the phone app"},
