@@ -1,4 +1,5 @@
 // OpenAI Realtime: any bytes as the server's messages, and as the texts that our messages are made of.
+#include "VeltoShared/core/TextTrim.h"
 #include "VeltoShared/voice/OpenAIMessages.h"
 #include "fuzz/MessageFuzz.h"
 
@@ -55,7 +56,8 @@ class Expected {
 void buildMessages(OpenAIMessages& messages, std::string_view text) {
     const auto request = messages.request();
     requireTarget(request.target, "?model=", text);
-    require(request.headers.size() == 2 && request.headers[0].second == "Bearer " + std::string(text));
+    require(request.headers.size() == 2 &&
+            request.headers[0].second == "Bearer " + std::string(trimBlanksAndNewlines(text)));
     const auto session = sent(messages.configuration());
     requireCarries(session, "/session/voice", text);
     requireCarries(session, "/session/instructions", text);
