@@ -9,9 +9,6 @@
 #include "VeltoShared/telephony/AX.h"
 #include "VeltoShared/telephony/Telephony.h"
 
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/use_awaitable.hpp>
-
 namespace velto {
 namespace {
 
@@ -32,7 +29,7 @@ class LiveLine : public CallLine {
     }
     /// It waits for the phone app, for seconds where that hangs: not on the main thread.
     asio::awaitable<bool> hangup() override {
-        co_return co_await asio::co_spawn(Blocking::executor(), hangUpBlocking(), asio::use_awaitable);
+        co_return co_await Blocking::run(hangUpBlocking());
     }
 };
 
@@ -70,9 +67,7 @@ class LiveAgent : public CallAgent {
     void setOnToolCall(std::function<std::string(const std::string&, const std::string&)> handler) override {
         agent_->setOnToolCall(std::move(handler));
     }
-    asio::awaitable<Result<>> start() override {
-        co_return co_await asio::co_spawn(Background::executor(), agent_->start(), asio::use_awaitable);
-    }
+    asio::awaitable<Result<>> start() override { return Background::run(agent_->start()); }
     void greet() override { agent_->greet(); }
     void stop() override { agent_->stop(); }
 
