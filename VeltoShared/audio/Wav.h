@@ -1,0 +1,21 @@
+// Reads WAV files as mono sound.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace velto::Wav {
+
+struct Sound {
+    double rate = 0; ///< Hz
+    std::vector<std::int16_t> samples;
+};
+
+/// The whole file, channels averaged, at `targetRate` Hz by linear interpolation when one is given. None when
+/// it is no regular file that can be read, no WAV file of 16-bit integer PCM, or cannot be converted: a rate
+/// that is not above zero, or a result of 2³¹ samples or more. Blocks while it reads. Any thread.
+std::optional<Sound> readMono16(const std::filesystem::path& url, std::optional<double> targetRate = {});
+
+} // namespace velto::Wav
