@@ -46,7 +46,12 @@ TEST_F(VoiceSocketTest, RefusalsAreDescribedWithoutTheKey) {
         peer.readRequest();
         peer.send("HTTP/1.1 403 Not with " + std::string(test::kSecret) + "\r\nContent-Length: 0\r\n\r\n");
     });
-    EXPECT_EQ(failure(refusing.host()), refusing.host() + " refused the connection: HTTP 403 Not with (key)");
+    const auto refusal = refusing.host() + " refused the connection: HTTP 403 Not with (key)";
+    EXPECT_EQ(failure(refusing.host()), refusal);
+    const auto openai = [](std::string key, const std::string& host) {
+        return run(OpenAIRealtimeClient({std::move(key), "m", "v", "i", host}).connect()).error().description;
+    };
+    EXPECT_EQ(openai(std::string(test::kSecret) + "\n", refusing.host()), refusal);
     std::string closedHost;
     {
         const ScriptedTlsServer gone(kAccept);
