@@ -36,6 +36,8 @@ using boost::system::error_code;
 constexpr auto kConnectivityRetry = std::chrono::milliseconds(500);
 /// A buffer that a huge message has grown is given back.
 constexpr std::size_t kBufferKept = std::size_t{1} << 20;
+/// Servers refuse longer ones; at 64 KiB Beast throws.
+constexpr std::size_t kLongestField = std::size_t{32} << 10;
 /// Masking copies a message through this; audio messages fit and leave in one TLS record.
 constexpr std::size_t kWriteBuffer = std::size_t{16} << 10;
 
@@ -211,11 +213,16 @@ asio::awaitable<Result<>> VoiceSocket::open() {
         co_return Failure{kErrorNotConnected, "the session was closed"};
     if (!impl_->address)
         co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
-    for (const auto& [name, value] : impl_->request.headers)
+    for (const auto& [name, value] : impl_->request.headers) {
+        if (value.size() > kLongestField)
+            co_return Failure{kErrorBadURL, "the field " + name + " would be " +
+                                                std::to_string(value.size()) +
+                                                " bytes long; is the key only the key?"};
         if (!isFieldValue(value))
             co_return Failure{kErrorBadURL, "the field " + name +
                                                 " would hold a line break or another control "
                                                 "character; is the key complete and on one line?"};
+    }
     impl_->stage = Impl::Stage::opening;
     const auto self = shared_from_this();
     const Watchdog watchdog(self, impl_->limits.opening);
