@@ -41,12 +41,17 @@ constexpr std::size_t kLongestField = std::size_t{32} << 10;
 /// Masking copies a message through this; audio messages fit and leave in one TLS record.
 constexpr std::size_t kWriteBuffer = std::size_t{16} << 10;
 
-Failure transportFailure(std::string description) {
-    // Parts of it may come from the server.
-    for (char& c : description)
+/// Parts of it may come from the server or from a setting.
+std::string oneLine(std::string_view description) {
+    auto line = repairedUtf8(description);
+    for (char& c : line)
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
             c = ' ';
-    return {kErrorTransport, std::move(description)};
+    return line;
+}
+
+Failure transportFailure(std::string_view description) {
+    return {kErrorTransport, oneLine(description)};
 }
 
 bool isNetworkAbsent(const error_code& error) {
@@ -82,6 +87,7 @@ struct VoiceSocket::Impl {
     std::string whyStopped() const {
         return isClosed ? "the session was closed" : host() + " did not answer in time";
     }
+    Failure badHost() const { return {kErrorBadURL, oneLine("\"" + request.host + "\" is not a host")}; }
     Failure openingFailure(const std::string& what, const error_code& error) const;
     Failure receiveFailure(const error_code& error);
 
@@ -212,7 +218,7 @@ asio::awaitable<Result<>> VoiceSocket::open() {
     if (impl_->stage != Impl::Stage::idle || impl_->isClosed)
         co_return Failure{kErrorNotConnected, "the session was closed"};
     if (!impl_->address)
-        co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
+        co_return impl_->badHost();
     for (const auto& [name, value] : impl_->request.headers) {
         if (value.size() > kLongestField)
             co_return Failure{kErrorBadURL, "the field " + name + " would be " +
@@ -248,7 +254,7 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     // Asio has OpenSSL free its record buffers whenever they are empty: one allocation for every message.
     SSL_clear_mode(tls.native_handle(), SSL_MODE_RELEASE_BUFFERS);
     if (!TlsTrust::expectHost(tls.native_handle(), *impl_->address))
-        co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
+        co_return impl_->badHost();
     co_await tls.async_handshake(asio::ssl::stream_base::client,
                                  asio::redirect_error(asio::use_awaitable, error));
     if (error) {
