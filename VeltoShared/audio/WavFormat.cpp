@@ -1,8 +1,10 @@
 #include "VeltoShared/audio/WavFormat.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace velto::WavFormat {
 namespace {
@@ -58,41 +60,64 @@ Header header(std::uint32_t frames, double rate) {
     return bytes;
 }
 
-std::int16_t Sound::mono(std::size_t frame) const {
-    const std::size_t first = frame * 2 * channels;
-    std::int32_t sum = 0;
-    for (std::size_t channel = 0; channel < channels; ++channel)
-        sum += static_cast<std::int16_t>(read16(data, first + 2 * channel));
-    return static_cast<std::int16_t>(sum / static_cast<std::int32_t>(channels));
+bool Sound::mono(std::uint64_t first, std::span<std::int16_t> out) const {
+    const std::uint64_t frameBytes = std::uint64_t{2} * channels_;
+    const auto bytes = source_->bytes(offset_ + first * frameBytes, out.size() * frameBytes);
+    if (bytes.size() < out.size() * frameBytes)
+        return false;
+    static_assert(std::endian::native == std::endian::little, "samples lie in memory as in the file");
+    const auto sampleAt = [from = bytes.data()](std::size_t i) {
+        std::int16_t sample = 0;
+        std::memcpy(&sample, from + 2 * i, sizeof sample);
+        return sample;
+    };
+    // The usual ones by themselves, for the compiler to work on many at once.
+    if (channels_ == 1) {
+        for (std::size_t i = 0; i < out.size(); ++i)
+            out[i] = sampleAt(i);
+    } else if (channels_ == 2) {
+        for (std::size_t i = 0; i < out.size(); ++i)
+            out[i] = static_cast<std::int16_t>((sampleAt(2 * i) + sampleAt(2 * i + 1)) / 2);
+    } else {
+        for (std::size_t i = 0; i < out.size(); ++i) {
+            std::int32_t sum = 0;
+            for (std::size_t channel = 0; channel < channels_; ++channel)
+                sum += sampleAt(i * channels_ + channel);
+            out[i] = static_cast<std::int16_t>(sum / static_cast<std::int32_t>(channels_));
+        }
+    }
+    return true;
 }
 
-std::optional<Sound> find(std::span<const std::byte> file) {
-    if (file.size() <= headerSize || !reads(file, 0, "RIFF") || !reads(file, 8, "WAVE"))
+std::optional<Sound> find(ByteSource& file) {
+    const auto begin = file.bytes(0, kFirstChunk);
+    if (file.size() <= headerSize || begin.size() < kFirstChunk || !reads(begin, 0, "RIFF") ||
+        !reads(begin, 8, "WAVE"))
         return std::nullopt;
-    Sound sound;
-    sound.rate = 16'000;
+    std::uint32_t channels = 1;
+    std::uint32_t rate = 16'000;
     std::uint16_t format = kIntegerPCM;
     std::uint16_t bits = 16;
-    std::optional<std::span<const std::byte>> data;
-    for (std::size_t at = kFirstChunk; at + kChunkHeader <= file.size();) {
-        const std::size_t size = read32(file, at + 4);
-        const std::size_t body = at + kChunkHeader;
-        if (reads(file, at, "fmt ") && body + kFormatSize <= file.size()) {
-            format = read16(file, body);
-            sound.channels = read16(file, body + 2);
-            sound.rate = read32(file, body + 4);
-            bits = read16(file, body + 14);
-        } else if (reads(file, at, "data")) {
-            data = file.subspan(body, std::min(size, file.size() - body));
+    std::optional<std::pair<std::uint64_t, std::uint64_t>> data; // offset and size
+    for (std::uint64_t at = kFirstChunk;;) {
+        const auto chunk = file.bytes(at, kChunkHeader + kFormatSize);
+        if (chunk.size() < kChunkHeader)
+            break;
+        const std::uint64_t size = read32(chunk, 4);
+        const std::uint64_t body = at + kChunkHeader;
+        if (reads(chunk, 0, "fmt ") && chunk.size() == kChunkHeader + kFormatSize) {
+            format = read16(chunk, kChunkHeader);
+            channels = read16(chunk, kChunkHeader + 2);
+            rate = read32(chunk, kChunkHeader + 4);
+            bits = read16(chunk, kChunkHeader + 14);
+        } else if (reads(chunk, 0, "data")) {
+            data.emplace(body, std::min(size, file.size() - body));
         }
         at = body + size + size % 2;
     }
     if (!data || format != kIntegerPCM || bits != 16)
         return std::nullopt;
-    sound.channels = std::max(sound.channels, 1u);
-    sound.data = *data;
-    sound.data = sound.data.first(sound.frames() * 2 * sound.channels);
-    return sound;
+    return Sound(file, data->first, data->second, std::max(channels, 1u), rate);
 }
 
 } // namespace velto::WavFormat
