@@ -30,7 +30,13 @@ const Traits& traits(VoiceProvider provider) {
     static constexpr Traits kOpenAI{
         "openai", "OpenAI Realtime", "gpt-4o-realtime-preview", SecretKey::openAIAPIKey,
         24000,    kOpenAIVoices};
-    return provider == VoiceProvider::gemini ? kGemini : kOpenAI;
+    switch (provider) {
+    case VoiceProvider::gemini:
+        return kGemini;
+    case VoiceProvider::openai:
+        break;
+    }
+    return kOpenAI;
 }
 
 } // namespace
