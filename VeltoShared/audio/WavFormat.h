@@ -1,5 +1,5 @@
 // The bytes of a WAV file: the header that recordings get, and what a reader finds in any other.
-// Format: RIFF/WAVE, "Multimedia Programming Interface and Data Specifications 1.0", 1991.
+// Format: RIFF/WAVE (RFC 2361), little-endian.
 #pragma once
 
 #include "VeltoShared/audio/ByteSource.h"
