@@ -65,6 +65,7 @@ class PulseServer {
     // Under the lock:
     /// None while the server is away.
     pa_context* context(AudioDirection direction) const;
+    pa_mainloop_api& loop() const { return *pa_threaded_mainloop_get_api(loop_); }
     void add(PulseListener& listener);
     void remove(PulseListener& listener);
     void log(const std::string& line) const;
