@@ -1,6 +1,8 @@
 #include "VeltoPlatform/linux/PulseTaps.h"
 
 #include "VeltoPlatform/linux/ProcessFiles.h"
+#include "VeltoPlatform/linux/PulseTapSink.h"
+#include "VeltoPlatform/linux/PulseTapSweep.h"
 
 #include <algorithm>
 #include <ranges>
@@ -15,7 +17,7 @@ constexpr std::uint32_t channels = 2;
 
 bool canServe(const ProcessTapDescription& description) {
     return description.processes.size() == 1 && !description.exclusive && description.isPrivate &&
-           !description.mono && description.mixdown && description.mute == TapMute::unmuted &&
+           !description.mono && description.mixdown && description.mute != TapMute::muted &&
            ProcessFiles::exists(static_cast<pid_t>(description.processes.front()));
 }
 
@@ -23,42 +25,75 @@ bool canServe(const ProcessTapDescription& description) {
 
 PulseTaps::PulseTaps(std::shared_ptr<PulseServer> server) : server_(std::move(server)), lastID_(firstID) {}
 
-PulseTaps::~PulseTaps() = default;
+PulseTaps::~PulseTaps() {
+    while (!taps_.empty())
+        destroyProcessTap(taps_.begin()->first);
+}
 
 std::optional<AudioObjectID> PulseTaps::createProcessTap(const ProcessTapDescription& description) {
     if (!canServe(description))
         return std::nullopt;
-    const bool serverIsThere = server_->ask([](pa_context* context) {
-        return std::vector<pa_operation*>{pa_context_get_server_info(
-            context, [](pa_context*, const pa_server_info*, void*) {}, nullptr)};
-    });
-    if (!serverIsThere)
+    const auto id = newID();
+    const auto tap = std::make_shared<PulseTap>("tap " + std::to_string(id),
+                                                static_cast<pid_t>(description.processes.front()));
+    if (!(description.mute == TapMute::unmuted ? serverIsThere() : mute(*tap)))
         return std::nullopt;
     PulseServer::Lock lock(*server_);
-    const auto id = ++lastID_;
-    taps_[id] = std::make_shared<PulseTap>("tap " + std::to_string(id),
-                                           static_cast<pid_t>(description.processes.front()));
+    taps_[id] = tap;
     if (!players_)
         players_ = std::make_unique<PulsePlayers>(*server_, [this] {
-            for (const auto& tap : std::views::values(taps_))
-                tap->update(players_->list());
+            for (const auto& each : std::views::values(taps_))
+                each->update(players_->list());
         });
-    taps_[id]->update(players_->list());
+    tap->update(players_->list());
     return id;
 }
 
-bool PulseTaps::destroyProcessTap(AudioObjectID id) {
+AudioObjectID PulseTaps::newID() {
     PulseServer::Lock lock(*server_);
-    const auto found = taps_.find(id);
-    if (found == taps_.end())
+    return ++lastID_;
+}
+
+bool PulseTaps::serverIsThere() {
+    return server_->ask([](pa_context* context) {
+        return std::vector<pa_operation*>{pa_context_get_server_info(
+            context, [](pa_context*, const pa_server_info*, void*) {}, nullptr)};
+    });
+}
+
+bool PulseTaps::mute(PulseTap& tap) {
+    if (mutesOne())
         return false;
-    for (const auto& device : std::views::values(devices_))
-        if (device->tap == found->second)
-            device->tap.reset();
-    found->second->update({});
-    taps_.erase(found);
-    if (taps_.empty())
-        players_.reset();
+    sweepTapSinks(*server_, false);
+    auto sink = PulseTapSink::load(*server_, [&tap] { tap.refresh(); });
+    if (!sink)
+        return false;
+    PulseServer::Lock lock(*server_);
+    tap.muteWith(std::move(sink));
+    return true;
+}
+
+bool PulseTaps::mutesOne() {
+    PulseServer::Lock lock(*server_);
+    return std::ranges::any_of(taps_, [](const auto& tap) { return tap.second->mutes(); });
+}
+
+bool PulseTaps::destroyProcessTap(AudioObjectID id) {
+    std::shared_ptr<PulseTap> tap;
+    {
+        PulseServer::Lock lock(*server_);
+        const auto found = taps_.find(id);
+        if (found == taps_.end())
+            return false;
+        tap = found->second;
+        for (const auto& device : std::views::values(devices_))
+            if (device->tap == tap)
+                device->tap.reset();
+        taps_.erase(found);
+        if (taps_.empty())
+            players_.reset();
+    }
+    tap->end(*server_);
     return true;
 }
 
@@ -78,7 +113,7 @@ std::optional<AudioObjectID> PulseTaps::createAggregateDevice(const AggregateDev
         devices_, [&](const auto& entry) { return entry.second->description.uid == description.uid; });
     if (tap == taps_.end() || taken || !description.isPrivate || description.stacked)
         return std::nullopt;
-    const auto id = ++lastID_;
+    const auto id = newID();
     devices_[id] = std::make_shared<PulseTapDevice>(PulseTapDevice{id, description, tap->second});
     return id;
 }
@@ -94,7 +129,7 @@ bool PulseTaps::destroyAggregateDevice(AudioObjectID id) {
 }
 
 bool PulseTaps::sweep() {
-    return false;
+    return sweepTapSinks(*server_, mutesOne());
 }
 
 std::vector<PulseDevice> PulseTaps::devices() {

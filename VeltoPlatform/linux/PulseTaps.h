@@ -14,7 +14,8 @@
 namespace velto {
 
 /// A tap is one stereo mixdown of one process, private; a device carries one tap. Other descriptions are
-/// refused. Shared by the hardware, which lists the devices, and the units, which capture from them.
+/// refused, and so is a second muted tap while there is one. Shared by the hardware, which lists the devices,
+/// and the units, which capture from them.
 class PulseTaps final : public ProcessTaps {
   public:
     explicit PulseTaps(std::shared_ptr<PulseServer> server);
@@ -36,6 +37,11 @@ class PulseTaps final : public ProcessTaps {
     std::shared_ptr<const PulseTapDevice> device(AudioObjectID device);
 
   private:
+    AudioObjectID newID();
+    bool serverIsThere();
+    bool mute(PulseTap& tap);
+    bool mutesOne();
+
     std::shared_ptr<PulseServer> server_;
 
     // Under the server's lock:

@@ -11,7 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <fstream>
+#include <set>
 
 namespace velto::test {
 namespace {
@@ -201,6 +203,129 @@ TEST_F(TapServer, comesBackWithTheServer) {
     play(1000, "a");
     ear.forget();
     EXPECT_NEAR(ear.loudness(), level, tolerance);
+}
+
+/// Cases of muting.
+class MutedTap : public TapServer {
+  protected:
+    void SetUp() override {
+        TapServer::SetUp();
+        startPhone();
+        play(1000, "a");
+        speaker = std::make_unique<Ear>("At the speaker", 16000);
+        ASSERT_NEAR(speaker->loudness(), level, tolerance);
+    }
+    void TearDown() override {
+        speaker.reset();
+        TapServer::TearDown();
+    }
+    bool speakerIsLoud() {
+        speaker->forget();
+        return std::abs(speaker->loudness() - level) < tolerance;
+    }
+    /// As other clients of the server see them.
+    std::set<std::string> sinks() {
+        std::set<std::string> names;
+        connection->ask([&](pa_context* context) {
+            return std::vector<pa_operation*>{pa_context_get_sink_info_list(
+                context,
+                [](pa_context*, const pa_sink_info* sink, int end, void* data) {
+                    if (end == 0)
+                        static_cast<std::set<std::string>*>(data)->insert(sink->name);
+                },
+                &names)};
+        });
+        return names;
+    }
+
+    std::unique_ptr<Ear> speaker;
+};
+
+TEST_F(MutedTap, silencesTheProgramWhileCapturedAndGivesItBack) {
+    load("module-null-sink", "sink_name=headset norewinds=1");
+    load("module-remap-source",
+         "source_name=headset_ear master=headset.monitor source_properties='device.description=\"At the "
+         "headset\"'");
+    Ear headset("At the headset", 16000);
+    tell("PULSE_SINK=headset " + player(700) + " & b=$!");
+    EXPECT_NEAR(headset.loudness(), level, tolerance);
+
+    const auto tap = createTap(phone->pid(), TapMute::mutedWhenTapped);
+    const auto device = createDevice(tap);
+    ASSERT_NE(device, 0u);
+    EXPECT_TRUE(speakerIsLoud()) << "nobody captures yet";
+    EXPECT_EQ(createTap(phone->pid(), TapMute::mutedWhenTapped), 0u) << "one at a time";
+    EXPECT_EQ(hardware->devices()->size(), 6u + 1 + 3) << "the sink of the tap is no device";
+    {
+        Ear ear("VeltoTap", 16000);
+        EXPECT_TRUE(speaker->hearsSilence());
+        EXPECT_TRUE(headset.hearsSilence());
+        ear.forget();
+        EXPECT_NEAR(ear.loudness(), level * std::numbers::sqrt2, tolerance);
+        end("a");
+        play(1000, "a"); // a new stream is muted as well
+        EXPECT_TRUE(speaker->hearsSilence());
+        ear.forget();
+        EXPECT_NEAR(ear.loudness(), level * std::numbers::sqrt2, tolerance);
+    }
+    EXPECT_TRUE(speakerIsLoud()) << "nobody captures any more";
+    { const Ear brief("VeltoTap", 16000); }
+    Ear again("VeltoTap", 16000);
+    EXPECT_TRUE(speaker->hearsSilence());
+    destroy(tap, device);
+    EXPECT_TRUE(speakerIsLoud());
+    headset.forget();
+    EXPECT_NEAR(headset.loudness(), level, tolerance) << "back where it was";
+    EXPECT_FALSE(sinks().contains("velto_tap"));
+    EXPECT_FALSE(taps->sweep());
+}
+
+TEST_F(MutedTap, hearsAStreamThatRefusesToBeMuted) {
+    end("a"); // the phone is a child of ours, and would be heard too
+    // Our own streams do.
+    auto playback = AudioPlayback::open("Speaker", 24000, 2);
+    playback->write(tone(24000, 30));
+    playback->start();
+    const auto device = createDevice(createTap(::getpid(), TapMute::mutedWhenTapped));
+    ASSERT_NE(device, 0u);
+    Ear ear("VeltoTap", 16000);
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    EXPECT_TRUE(waitForLine("sound: tap: a stream of the tapped program cannot be muted"));
+}
+
+TEST_F(MutedTap, isMadeAgainWhenTheServerReturns) {
+    const auto tap = createTap(phone->pid(), TapMute::mutedWhenTapped);
+    const auto device = createDevice(tap);
+    Ear ear("VeltoTap", 16000);
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    ASSERT_TRUE(server->restart());
+    ASSERT_TRUE(waitForLine("sound: server back"));
+    listenToSpeaker();
+    ASSERT_TRUE(ear.hearsAnything());
+    play(1000, "a");
+    ear.forget();
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    EXPECT_TRUE(speaker->hearsSilence());
+    destroy(tap, device);
+    EXPECT_TRUE(speakerIsLoud());
+    EXPECT_FALSE(sinks().contains("velto_tap"));
+}
+
+TEST_F(MutedTap, whatAKilledRunHasMutedIsSwept) {
+    EXPECT_FALSE(taps->sweep());
+    auto holder = start({VELTO_TAP_HOLDER, std::to_string(phone->pid())});
+    ASSERT_TRUE(holder);
+    EXPECT_TRUE(speaker->hearsSilence());
+    EXPECT_FALSE(taps->sweep()) << "its owner lives";
+    EXPECT_EQ(createTap(phone->pid(), TapMute::mutedWhenTapped), 0u);
+    EXPECT_TRUE(waitForLine("sound: tap: the tapped program cannot be muted"));
+
+    holder->kill();
+    EXPECT_TRUE(speaker->hearsSilence()) << "nobody has given it back";
+    EXPECT_TRUE(taps->sweep());
+    EXPECT_TRUE(speakerIsLoud());
+    EXPECT_FALSE(sinks().contains("velto_tap"));
+    EXPECT_FALSE(taps->sweep());
 }
 
 } // namespace
