@@ -5,6 +5,7 @@
 #include "VeltoPlatform/AudioHardware.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoShared/agent/NativeAgent.h"
+#include "VeltoShared/audio/ProcessTap.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/telephony/AX.h"
 #include "VeltoShared/telephony/Telephony.h"
@@ -33,13 +34,28 @@ class LiveLine : public CallLine {
     }
 };
 
+class LiveTap : public CallTap {
+  public:
+    explicit LiveTap(std::unique_ptr<ProcessTap> tap) : tap_(std::move(tap)) {}
+
+    std::string deviceName() const override { return tap_->deviceName(); }
+    void destroy() override { tap_->destroy(); }
+
+  private:
+    std::unique_ptr<ProcessTap> tap_;
+};
+
 class LiveAudio : public CallAudio {
   public:
-    /// Neither taps nor recordings exist on this platform yet; the session says so where they are asked for.
     bool tapsSupported() override { return true; }
-    std::unique_ptr<CallTap> makeTap(const std::string&, const std::string&, bool) override {
-        return nullptr;
+    std::unique_ptr<CallTap> makeTap(const std::string& bundleID, const std::string& name,
+                                     bool muteOriginal) override {
+        auto tap = ProcessTap::create(bundleID, name, muteOriginal);
+        if (!tap)
+            return nullptr;
+        return std::make_unique<LiveTap>(std::move(tap));
     }
+    /// Recordings do not exist on this platform yet; the session says so where one is asked for.
     std::unique_ptr<CallRecorder> makeRecorder(const std::string&, double,
                                                const std::filesystem::path&) override {
         return nullptr;
