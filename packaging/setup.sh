@@ -5,7 +5,8 @@
 ensure_packages() {
   local wanted missing=() package
   # Never a bracket to apt-get, which takes it for a pattern that matches nearly every package there is.
-  wanted=$(awk -v tag="[${1:-}]" '{ sub(/#.*/, "") } NF == 1 || (NF == 2 && $2 == tag) { print $1 }' packaging/packages.txt)
+  wanted=$(awk -v tag="[${1:-}]" '{ sub(/#.*/, ""); take = NF == 1; for (i = 2; i <= NF; i++) take = take || $i == tag }
+    take { print $1 }' packaging/packages.txt)
   for package in $wanted; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
   done

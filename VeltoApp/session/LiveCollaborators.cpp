@@ -6,6 +6,7 @@
 #include "VeltoPlatform/Platform.h"
 #include "VeltoShared/agent/NativeAgent.h"
 #include "VeltoShared/audio/ProcessTap.h"
+#include "VeltoShared/audio/WavRecorder.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/telephony/AX.h"
 #include "VeltoShared/telephony/Telephony.h"
@@ -45,6 +46,17 @@ class LiveTap : public CallTap {
     std::unique_ptr<ProcessTap> tap_;
 };
 
+class LiveRecorder : public CallRecorder {
+  public:
+    explicit LiveRecorder(std::unique_ptr<WavRecorder> recorder) : recorder_(std::move(recorder)) {}
+    void start() override { recorder_->start(); }
+    void stop() override { recorder_->stop(); }
+    std::string trouble() const override { return recorder_->trouble(); }
+
+  private:
+    std::unique_ptr<WavRecorder> recorder_;
+};
+
 class LiveAudio : public CallAudio {
   public:
     bool tapsSupported() override { return true; }
@@ -55,10 +67,12 @@ class LiveAudio : public CallAudio {
             return nullptr;
         return std::make_unique<LiveTap>(std::move(tap));
     }
-    /// Recordings do not exist on this platform yet; the session says so where one is asked for.
-    std::unique_ptr<CallRecorder> makeRecorder(const std::string&, double,
-                                               const std::filesystem::path&) override {
-        return nullptr;
+    std::unique_ptr<CallRecorder> makeRecorder(const std::string& deviceName, double rate,
+                                               const std::filesystem::path& file) override {
+        auto recorder = WavRecorder::open(deviceName, rate, file);
+        if (!recorder)
+            return nullptr;
+        return std::make_unique<LiveRecorder>(std::move(recorder));
     }
     AudioBridge::Status enforceSavingPrevious(bool inputOnly) override {
         return AudioBridge::enforceSavingPrevious(inputOnly);

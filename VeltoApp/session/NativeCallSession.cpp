@@ -371,8 +371,11 @@ void NativeCallSession::finish(std::int64_t generation) {
     poll_ = nullptr;
     inCall_ = false;
     state.set(State::ended);
-    if (recorder_)
-        std::exchange(recorder_, nullptr)->stop();
+    if (const auto recorder = std::exchange(recorder_, nullptr)) {
+        recorder->stop();
+        if (const auto trouble = recorder->trouble(); !trouble.empty())
+            append("recording: " + trouble);
+    }
     saveHistory();
     if (tap_)
         std::exchange(tap_, nullptr)->destroy();

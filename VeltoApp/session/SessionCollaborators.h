@@ -49,6 +49,8 @@ class CallRecorder {
     virtual ~CallRecorder() = default;
     virtual void start() = 0;
     virtual void stop() = 0;
+    /// After `stop`: what is missing in the file, and why; empty when nothing is.
+    virtual std::string trouble() const = 0;
 };
 
 /// The sound of a call: routing, tap, recorder. Main thread.

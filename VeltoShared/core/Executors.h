@@ -5,6 +5,8 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/awaitable.hpp>
+#include <boost/asio/bind_cancellation_slot.hpp>
+#include <boost/asio/cancellation_signal.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/post.hpp>
@@ -39,13 +41,17 @@ class ExecutorSlot {
     }
 
     /// Runs a coroutine on this executor and resumes where it was awaited; straight away if that is the same.
+    /// On another executor it is not cancelled, and a cancelled caller waits for its end: the signal by which
+    /// Asio would tell it may be gone before it gets there.
     template <class T>
     static asio::awaitable<T> run(asio::awaitable<T> task) {
         const asio::any_io_executor here = co_await asio::this_coro::executor;
         const asio::any_io_executor there = executor();
         if (here == there)
             co_return co_await std::move(task);
-        co_return co_await asio::co_spawn(there, std::move(task), asio::use_awaitable);
+        co_return co_await asio::co_spawn(
+            there, std::move(task),
+            asio::bind_cancellation_slot(asio::cancellation_slot(), asio::use_awaitable));
     }
 
   private:

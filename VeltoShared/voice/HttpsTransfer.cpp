@@ -148,7 +148,7 @@ void HttpsTransfer::Connection::addTo(curl_slist*& list, const std::string& line
         list = longer;
 }
 
-/// By itself curl follows no redirects and reads and writes no files but the authorities'.
+/// By itself curl follows no redirects, and of files it only reads the authorities' and opens SSLKEYLOGFILE.
 bool HttpsTransfer::Connection::setUp(const std::vector<asio::ip::tcp::endpoint>& endpoints) {
     easy_ = curlIsReady() ? curl_easy_init() : nullptr;
     multi_ = easy_ ? curl_multi_init() : nullptr;

@@ -13,9 +13,9 @@ namespace velto {
 namespace asio = boost::asio;
 
 /// False is the answer to whatever is no acceptance within 20 s: another status than 200 to 299, no network,
-/// an untrusted certificate, a cancelled wait. The requests go to the host that calls go to, by the same
-/// rules, one connection each. Nothing is logged or kept. Any number at once; any executor may await them,
-/// the work is done on `Background`.
+/// an untrusted certificate, a wait cancelled on `Background`. The requests go to the host that calls go to,
+/// by the same rules, one connection each. Nothing is logged or kept. Any number at once; any executor may
+/// await them, the work is done on `Background`.
 namespace KeyValidator {
 
 /// The key without white space and line ends around it; of an empty one nobody is asked.

@@ -1,12 +1,15 @@
 #include "VeltoShared/voice/SecretBlot.h"
 
+#include "VeltoShared/core/TextTrim.h"
 #include "VeltoShared/voice/PercentEncoding.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <boost/json/serialize.hpp>
 
 namespace velto {
 
-SecretBlot::SecretBlot(std::string_view secret) {
+SecretBlot::SecretBlot(std::string_view stored) {
+    const auto secret = trimBlanksAndNewlines(stored);
     if (secret.empty())
         return;
     const std::string inJSON = boost::json::serialize(boost::json::string_view(secret.data(), secret.size()));
@@ -14,10 +17,8 @@ SecretBlot::SecretBlot(std::string_view secret) {
 }
 
 std::string SecretBlot::blotted(std::string text) const {
-    constexpr std::string_view kBlot = "(key)";
     for (const auto& form : forms_)
-        for (auto at = text.find(form); at != std::string::npos; at = text.find(form, at + kBlot.size()))
-            text.replace(at, form.size(), kBlot);
+        boost::algorithm::replace_all(text, form, "(key)");
     return text;
 }
 

@@ -10,7 +10,8 @@ namespace velto {
 /// A server may quote the key that it was given, as it came, escaped for a URL or inside JSON.
 class SecretBlot {
   public:
-    explicit SecretBlot(std::string_view secret);
+    /// White space and line ends around the secret are no part of it: not all requests send them.
+    explicit SecretBlot(std::string_view stored);
 
     /// The text with "(key)" in place of the secret.
     std::string blotted(std::string text) const;

@@ -48,6 +48,7 @@ boost::asio::ssl::context& context() {
 
 bool share(SSL_CTX* foreign, const HostAddress& address) {
     SSL_CTX_set1_cert_store(foreign, SSL_CTX_get_cert_store(context().native_handle()));
+    SSL_CTX_set_keylog_callback(foreign, nullptr);
     return insist(SSL_CTX_get0_param(foreign), address);
 }
 

@@ -14,8 +14,8 @@ namespace velto::TlsTrust {
 /// SSL_CERT_FILE names.
 boost::asio::ssl::context& context();
 
-/// Makes another library's connections trust the same authorities and insist on a certificate for the host.
-/// False when OpenSSL refuses the name.
+/// Makes another library's connections trust the same authorities, insist on a certificate for the host, and
+/// write their secrets nowhere, whatever SSLKEYLOGFILE says. False when OpenSSL refuses the name.
 bool share(SSL_CTX* foreign, const HostAddress& address);
 
 /// Makes a client connection ask for the host (RFC 6066, section 3) and insist on a certificate for it

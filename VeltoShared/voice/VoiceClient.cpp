@@ -8,6 +8,7 @@
 #include <boost/asio/detached.hpp>
 
 #include <atomic>
+#include <optional>
 
 namespace velto {
 namespace {
@@ -24,6 +25,18 @@ std::string shortened(std::string text) {
         --end;
     return text.substr(0, end) + "…";
 }
+
+/// A flag, for as long as it lives.
+class Raised {
+  public:
+    explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Raised() { flag_ = false; }
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+
+  private:
+    bool& flag_;
+};
 
 } // namespace
 
@@ -50,6 +63,7 @@ struct VoiceClient::State {
     std::atomic<bool> isReady = false;
     std::shared_ptr<VoiceSocket> socket;
     std::vector<std::shared_ptr<VoiceSocket>> replaced; ///< by a second `connect`; they go on delivering
+    bool isWritingAudio = false;
     bool isClosed = false;
 };
 
@@ -111,14 +125,17 @@ asio::awaitable<void> VoiceClient::State::sendAudio(std::shared_ptr<State> state
     const auto socket = state->socket;
     if (!socket)
         co_return;
-    // The message is built with the turn in hand, because its buffer is the one that is being written.
-    if (auto mine = socket->tryTurn()) {
-        co_await socket->write(state->messages->audio(pcm));
-        co_return;
+    std::optional<VoiceSocket::Turn> mine(socket->tryTurn());
+    if (!*mine) {
+        auto waitedFor = co_await socket->turn(kWaitingAudio);
+        mine.emplace(std::move(waitedFor));
     }
-    const auto mine = co_await socket->turn(kWaitingAudio);
-    if (mine)
-        co_await socket->write(state->messages->audio(pcm));
+    // The message is built with the turn in hand, because its buffer is the one that is being written; a
+    // connection that was replaced may still be writing it, too.
+    if (!*mine || state->isWritingAudio)
+        co_return;
+    const Raised writing(state->isWritingAudio);
+    co_await socket->write(state->messages->audio(pcm));
 }
 
 asio::awaitable<void> VoiceClient::State::sendAll(std::shared_ptr<State> state,

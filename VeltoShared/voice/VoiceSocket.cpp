@@ -36,15 +36,22 @@ using boost::system::error_code;
 constexpr auto kConnectivityRetry = std::chrono::milliseconds(500);
 /// A buffer that a huge message has grown is given back.
 constexpr std::size_t kBufferKept = std::size_t{1} << 20;
+/// Servers refuse longer ones; at 64 KiB Beast throws.
+constexpr std::size_t kLongestField = std::size_t{32} << 10;
 /// Masking copies a message through this; audio messages fit and leave in one TLS record.
 constexpr std::size_t kWriteBuffer = std::size_t{16} << 10;
 
-Failure transportFailure(std::string description) {
-    // Parts of it may come from the server.
-    for (char& c : description)
+/// Parts of it may come from the server or from a setting.
+std::string oneLine(std::string_view description) {
+    auto line = repairedUtf8(description);
+    for (char& c : line)
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
             c = ' ';
-    return {kErrorTransport, std::move(description)};
+    return line;
+}
+
+Failure transportFailure(std::string_view description) {
+    return {kErrorTransport, oneLine(description)};
 }
 
 bool isNetworkAbsent(const error_code& error) {
@@ -80,6 +87,7 @@ struct VoiceSocket::Impl {
     std::string whyStopped() const {
         return isClosed ? "the session was closed" : host() + " did not answer in time";
     }
+    Failure badHost() const { return {kErrorBadURL, oneLine("\"" + request.host + "\" is not a host")}; }
     Failure openingFailure(const std::string& what, const error_code& error) const;
     Failure receiveFailure(const error_code& error);
 
@@ -210,12 +218,17 @@ asio::awaitable<Result<>> VoiceSocket::open() {
     if (impl_->stage != Impl::Stage::idle || impl_->isClosed)
         co_return Failure{kErrorNotConnected, "the session was closed"};
     if (!impl_->address)
-        co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
-    for (const auto& [name, value] : impl_->request.headers)
+        co_return impl_->badHost();
+    for (const auto& [name, value] : impl_->request.headers) {
+        if (value.size() > kLongestField)
+            co_return Failure{kErrorBadURL, "the field " + name + " would be " +
+                                                std::to_string(value.size()) +
+                                                " bytes long; is the key only the key?"};
         if (!isFieldValue(value))
             co_return Failure{kErrorBadURL, "the field " + name +
                                                 " would hold a line break or another control "
                                                 "character; is the key complete and on one line?"};
+    }
     impl_->stage = Impl::Stage::opening;
     const auto self = shared_from_this();
     const Watchdog watchdog(self, impl_->limits.opening);
@@ -241,7 +254,7 @@ asio::awaitable<Result<>> VoiceSocket::openSteps() {
     // Asio has OpenSSL free its record buffers whenever they are empty: one allocation for every message.
     SSL_clear_mode(tls.native_handle(), SSL_MODE_RELEASE_BUFFERS);
     if (!TlsTrust::expectHost(tls.native_handle(), *impl_->address))
-        co_return Failure{kErrorBadURL, "\"" + impl_->request.host + "\" is not a host"};
+        co_return impl_->badHost();
     co_await tls.async_handshake(asio::ssl::stream_base::client,
                                  asio::redirect_error(asio::use_awaitable, error));
     if (error) {

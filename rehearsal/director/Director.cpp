@@ -8,6 +8,7 @@
 #include "rehearsal/director/Inquiry.h"
 #include "rehearsal/director/KeySearch.h"
 #include "rehearsal/director/PrivateSession.h"
+#include "rehearsal/director/Recording.h"
 #include "rehearsal/director/RehearsalKeys.h"
 #include "rehearsal/director/Stage.h"
 #include "rehearsal/director/Summary.h"
@@ -52,6 +53,7 @@ class Rehearsal {
         evidence_.expectedProvider =
             options.keys.contains(options.provider) ? options.provider : *options.keys.begin();
         evidence_.storedKeys = options.keys;
+        evidence_.isRecorded = options.record;
     }
 
     int run() {
@@ -178,7 +180,7 @@ bool Rehearsal::startPrograms() {
     stage_.add(server, [this](const json::object& event) { evidence_.fromServer(event); });
     if (!stage_.waitUntil([&] { return evidence_.serverPort != 0; }, kToStart))
         return fail("the voice server did not start");
-    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort))
+    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort, options_.record))
         return fail("the application's preferences could not be written");
     application_ =
         stage_.add(program(kApplicationTitle, "velto", {"--headless"}), [](const json::object&) {});
@@ -349,6 +351,8 @@ void Rehearsal::finish(bool played) {
     for (auto& sentence : stage_.end())
         evidence_.wrongEnds.push_back(std::move(sentence));
     inquiry_.reset();
+    if (options_.record)
+        evidence_.recording = hearRecording(surroundings_.recordings());
     const auto log = readFile(surroundings_.applicationLog()).value_or("");
     measurements_.applicationStats = lastStats(log);
     keySearch_.lookAtFolder(surroundings_.folder());

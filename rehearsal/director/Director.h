@@ -25,6 +25,7 @@ struct DirectorOptions {
     VoiceProvider provider = VoiceProvider::gemini; ///< that the application is to use
     std::set<VoiceProvider> keys;                   ///< whose key is in the keyring; not empty
     std::filesystem::path wire; ///< gets what the application sent; empty: nobody asks for it
+    bool record = false;        ///< the application is to record the call
     Cut cut = Cut::nothing;
     bool json = false; ///< one JSON object at the end instead of text
     bool keepFolder = false;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoShared/voice/VoiceProvider.h"
+#include "rehearsal/director/Recording.h"
 #include "rehearsal/scenario/Scenario.h"
 #include "rehearsal/signal/Mark.h"
 
@@ -98,6 +99,8 @@ class Evidence {
     /// The longest that the application took to answer while the phone app stood still, s.
     std::optional<double> longestHold;
     std::set<VoiceProvider> storedKeys;
+    bool isRecorded = false; ///< the application was told to record the call
+    std::optional<Recording> recording;
     std::set<int> troubledBefore;       ///< marks of the lines before which their trouble was made
     std::vector<std::string> wrongEnds; ///< a sentence for each program that did not end as asked
 

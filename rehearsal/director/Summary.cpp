@@ -108,6 +108,9 @@ void printSummary(std::ostream& out, const Evidence& evidence, const Measurement
     } else {
         out << "  none\n";
     }
+    if (evidence.recording)
+        out << "  recording: " << seconds(evidence.recording->seconds) << ", "
+            << evidence.recording->heard.size() << " marks heard in it\n";
     out << "\nWhat every leg measured\n"
         << "  callee     said " << evidence.callee.framesOut << " frames at 24 kHz, peak "
         << evidence.callee.peakOut << "; heard " << evidence.callee.framesIn << " frames at 16 kHz, peak "

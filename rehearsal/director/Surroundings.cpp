@@ -25,11 +25,11 @@ bool Surroundings::prepare() {
            writePrivateFile(file("server.key"), issued.keyPEM);
 }
 
-bool Surroundings::writePreferences(VoiceProvider provider, std::uint16_t serverPort) const {
+bool Surroundings::writePreferences(VoiceProvider provider, std::uint16_t serverPort, bool record) const {
     const auto folder = file("config") / AppPaths::bundleID;
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    boost::json::object preferences{{"provider", rawValue(provider)}};
+    boost::json::object preferences{{"provider", rawValue(provider)}, {"recordCalls", record}};
     for (const auto each : kAllVoiceProviders)
         preferences[ProviderHosts::preferenceKey(each)] = "localhost:" + std::to_string(serverPort);
     return !error && writePrivateFile(folder / "preferences.json", boost::json::serialize(preferences));
@@ -45,6 +45,10 @@ std::string Surroundings::environmentForPeople(const std::map<std::string, std::
     for (const auto& [name, value] : sound)
         text.append(" ").append(name).append("=").append(value);
     return text;
+}
+
+std::filesystem::path Surroundings::recordings() const {
+    return file("data") / AppPaths::bundleID / "Recordings";
 }
 
 std::filesystem::path Surroundings::applicationLog() const {

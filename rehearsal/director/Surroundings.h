@@ -18,9 +18,9 @@ class Surroundings {
     /// Makes the folders and the certificate authority with a server's certificate for "localhost"; false
     /// when that fails.
     bool prepare();
-    /// Which provider the application is to use, and that it finds both at the voice server; false when that
-    /// fails.
-    bool writePreferences(VoiceProvider provider, std::uint16_t serverPort) const;
+    /// Which provider the application is to use, that it finds both at the voice server, and whether it is to
+    /// record the call; false when that fails.
+    bool writePreferences(VoiceProvider provider, std::uint16_t serverPort, bool record) const;
     /// Of every program: private folders, the authority that is trusted; the desktop adds its bus.
     const Environment& environment() const { return environment_; }
     /// Those of the variables that somebody needs to talk to the application, as shell words.
@@ -29,6 +29,7 @@ class Surroundings {
     const std::filesystem::path& folder() const { return folder_; }
     std::filesystem::path file(const std::string& name) const { return folder_ / name; }
     std::filesystem::path applicationLog() const;
+    std::filesystem::path recordings() const;
     /// Makes this process one of that environment.
     static void enter(const Environment& environment);
 

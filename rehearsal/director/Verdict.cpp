@@ -231,6 +231,25 @@ void checkKeys(const Evidence& evidence, Faults& found) {
                             title);
 }
 
+/// The recording begins when the callee has answered, so that the line with which the phone was answered may
+/// be missing or cut.
+void checkRecording(const Scenario& scenario, const Evidence& evidence, Faults& found) {
+    if (!evidence.isRecorded)
+        return;
+    if (!evidence.recording) {
+        found.emplace_back("the call was not recorded");
+        return;
+    }
+    const auto heardByServer = marks(evidence.heardByServer);
+    for (const auto& mark : heardByServer)
+        if (mark.number != scenario.lines.front().mark && !contains(evidence.recording->heard, mark))
+            found.push_back("the recording lacks a part of line " + std::to_string(mark.number));
+    for (const auto& mark : evidence.recording->heard)
+        if (!contains(heardByServer, mark))
+            found.push_back("the recording holds line " + std::to_string(mark.number) +
+                            ", which the agent did not hear");
+}
+
 } // namespace
 
 std::vector<std::string> faults(const Scenario& scenario, const Evidence& evidence) {
@@ -249,6 +268,7 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     checkTroubles(scenario, evidence, found);
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);
+    checkRecording(scenario, evidence, found);
     checkKeys(evidence, found);
     if (evidence.longestHold && *evidence.longestHold > kLongestHold)
         found.push_back("the application took " +

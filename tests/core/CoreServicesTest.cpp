@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/asio/bind_cancellation_slot.hpp>
+
 #include <sys/stat.h>
 
 #include <fstream>
@@ -61,6 +63,33 @@ TEST(Log, linesStayWholeWhileManyThreadsWrite) {
     fs::remove(AppPaths::logFile());
     fs::create_directory(AppPaths::logFile());
     Helper::log("lost");
+}
+
+asio::awaitable<int> sevenInTwoSteps() {
+    co_await asio::post(asio::use_awaitable);
+    co_await asio::post(asio::use_awaitable);
+    co_return 7;
+}
+
+TEST(Executors, aCancelledCallerWaitsForWorkElsewhere) {
+    asio::io_context here{1};
+    asio::io_context there{1};
+    Background::install(there.get_executor());
+    asio::cancellation_signal signal;
+    int answer = 0;
+    asio::co_spawn(
+        here, Background::run(sevenInTwoSteps()),
+        asio::bind_cancellation_slot(signal.slot(), [&](const std::exception_ptr& error, int seven) {
+            EXPECT_FALSE(error);
+            answer = seven;
+        }));
+    here.poll();
+    signal.emit(asio::cancellation_type::terminal);
+    here.poll();
+    there.run();
+    here.run();
+    EXPECT_EQ(answer, 7);
+    Background::install({});
 }
 
 TEST(AppSettings, defaultsAndWrongTypes) {

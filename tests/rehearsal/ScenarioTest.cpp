@@ -84,6 +84,8 @@ Evidence goodEvidence() {
         return json::object{{"event", event}, {"at", std::chrono::nanoseconds(at).count()}, {"mark", mark}};
     };
     evidence.expectedProvider = VoiceProvider::openai;
+    evidence.isRecorded = true;
+    evidence.recording = Recording{1, {{3, Mark::Place::begin}, {3, Mark::Place::end}}};
     evidence.searchedForKeys = {kApplicationTitle, kPhoneTitle};
     evidence.storedKeys = {VoiceProvider::gemini, VoiceProvider::openai};
     for (const char* provider : {"gemini", "openai"})
@@ -190,6 +192,12 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.placesWithKey = {"the file log"}; }, "an API key can be read in the file log"},
         {[](Evidence& e) { e.searchedForKeys.erase(kPhoneTitle); },
          "nobody could look for the API keys in the command line of the phone app"},
+        {[](Evidence& e) { e.recording.reset(); }, "the call was not recorded"},
+        {[](Evidence& e) { e.recording->heard.pop_back(); }, "the recording lacks a part of line 3"},
+        {[](Evidence& e) {
+             e.recording->heard.push_back({2, Mark::Place::end});
+         },
+         "the recording holds line 2, which the agent did not hear"},
         {[](Evidence& e) { e.longestHold = 0.6; }, "the application took 600 ms to answer"},
         {[](Evidence& e) { e.closeCode = 1006; },
          "the application left the voice server with close code 1006"},

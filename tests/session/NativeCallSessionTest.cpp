@@ -305,6 +305,12 @@ TEST_F(Session, recordsWhenAsked) {
     const Notes tail(notes.end() - 4, notes.end());
     EXPECT_EQ(tail, (Notes{"agent stop", "recorder stopped", "saved", "restore"}));
 
+    audio.recorderTrouble = "7 samples could not be written: No space left on device";
+    line.active = false;
+    goLive();
+    session->stop();
+    EXPECT_TRUE(logged("recording: 7 samples could not be written: No space left on device"));
+
     audio.recorderSucceeds = false;
     line.active = false;
     goLive();

@@ -55,10 +55,12 @@ struct FakeAudio : CallAudio {
         Notes& notes;
     };
     struct Recorder : CallRecorder {
-        explicit Recorder(Notes& n) : notes(n) {}
+        Recorder(Notes& n, std::string lost) : notes(n), troubled(std::move(lost)) {}
         void start() override { notes.push_back("recorder started"); }
         void stop() override { notes.push_back("recorder stopped"); }
+        std::string trouble() const override { return troubled; }
         Notes& notes;
+        std::string troubled;
     };
 
     bool tapsSupported() override { return supportsTaps; }
@@ -75,7 +77,7 @@ struct FakeAudio : CallAudio {
         notes.push_back("record " + device + " " + std::to_string(static_cast<int>(rate)));
         if (!recorderSucceeds)
             return nullptr;
-        return std::make_unique<Recorder>(notes);
+        return std::make_unique<Recorder>(notes, recorderTrouble);
     }
     AudioBridge::Status enforceSavingPrevious(bool inputOnly) override {
         notes.push_back(inputOnly ? "save and enforce input" : "save and enforce");
@@ -105,6 +107,7 @@ struct FakeAudio : CallAudio {
     bool supportsTaps = true;
     bool tapSucceeds = true;
     bool recorderSucceeds = true;
+    std::string recorderTrouble;
     bool devicesExist = true;
     bool switched = false;
     std::filesystem::path recordedFile;

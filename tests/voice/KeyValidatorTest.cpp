@@ -102,9 +102,12 @@ class KeyValidatorTest : public ::testing::Test {
     Loop loop;
 };
 
-TEST_F(KeyValidatorTest, RequestsAreTheProvidersOwnAndGoStraightToThem) {
+TEST_F(KeyValidatorTest, RequestsAreTheProvidersOwnAndGoToNobodyElse) {
     ScopedEnvironment environment;
-    environment.set({{"https_proxy", "http://127.0.0.1:9"}, {"ALL_PROXY", "http://127.0.0.1:9"}});
+    const auto secrets = computer.root() / "secrets";
+    environment.set({{"https_proxy", "http://127.0.0.1:9"},
+                     {"ALL_PROXY", "http://127.0.0.1:9"},
+                     {"SSLKEYLOGFILE", secrets}});
     Service first(kYes);
     EXPECT_TRUE(valid(gemini, "\t a/b&c=\x01 é \r\n", first.host()));
     EXPECT_EQ(first.request(), "GET /v1beta/models?key=a%2Fb%26c%3D%01%20%C3%A9 HTTP/1.1\r\nHost: " +
@@ -116,6 +119,7 @@ TEST_F(KeyValidatorTest, RequestsAreTheProvidersOwnAndGoStraightToThem) {
                   "\r\nUser-Agent: Velto\r\nAccept: */*\r\nContent-Type: application/json\r\n"
                   "Authorization: Bearer sk-secret\r\nContent-Length: 84\r\n\r\n"
                   R"({"model":"gpt-4o-mini","messages":[{"role":"user","content":"ping"}],"max_tokens":1})");
+    EXPECT_EQ(readFile(secrets), "");
 }
 
 TEST_F(KeyValidatorTest, WhatCannotBeAskedIsNotAsked) {
