@@ -79,6 +79,7 @@ bool sweepTapSinks(PulseServer& server, bool ownInUse) {
     const auto ignore = [](pa_context*, int, void*) {};
     return server.ask([&](pa_context* context) {
         std::vector<pa_operation*> operations;
+        operations.reserve(found.players.size() + found.sinks.size());
         for (const auto player : found.players)
             operations.push_back(
                 pa_context_move_sink_input_by_name(context, player, "@DEFAULT_SINK@", ignore, nullptr));

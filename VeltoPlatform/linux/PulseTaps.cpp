@@ -135,6 +135,7 @@ bool PulseTaps::sweep() {
 std::vector<PulseDevice> PulseTaps::devices() {
     PulseServer::Lock lock(*server_);
     std::vector<PulseDevice> list;
+    list.reserve(devices_.size());
     for (const auto& [id, device] : devices_)
         list.push_back({id, {}, {device->description.uid, device->description.name, channels}});
     return list;
