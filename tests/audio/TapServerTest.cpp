@@ -205,7 +205,7 @@ TEST_F(TapServer, comesBackWithTheServer) {
     EXPECT_NEAR(ear.loudness(), level, tolerance);
 }
 
-/// Cases of muting.
+/// With a phone that is heard at the speaker.
 class MutedTap : public TapServer {
   protected:
     void SetUp() override {
