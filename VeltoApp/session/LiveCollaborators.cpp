@@ -30,9 +30,7 @@ class LiveLine : public CallLine {
         return Telephony::dial(std::move(number), std::move(log));
     }
     /// It waits for the phone app, for seconds where that hangs: not on the main thread.
-    asio::awaitable<bool> hangup() override {
-        co_return co_await Blocking::run(hangUpBlocking());
-    }
+    asio::awaitable<bool> hangup() override { co_return co_await Blocking::run(hangUpBlocking()); }
 };
 
 class LiveTap : public CallTap {
