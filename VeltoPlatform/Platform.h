@@ -8,6 +8,7 @@ class AudioHardware;
 class Folders;
 class OutputUnits;
 class Preferences;
+class ProcessTaps;
 class SecretStore;
 class Workspace;
 
@@ -16,6 +17,7 @@ class Workspace;
 struct Platform {
     AudioHardware* audioHardware = nullptr;
     OutputUnits* outputUnits = nullptr;
+    ProcessTaps* processTaps = nullptr;
     Accessibility* accessibility = nullptr;
     Workspace* workspace = nullptr;
     SecretStore* secretStore = nullptr;

@@ -4,6 +4,8 @@
 #include "VeltoApp/control/ControlServer.h"
 #include "VeltoApp/control/LiveTargets.h"
 #include "VeltoApp/state/ReadinessState.h"
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/ProcessTaps.h"
 #include "VeltoShared/audio/AudioBridge.h"
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/BackgroundThreads.h"
@@ -23,6 +25,8 @@ void applicationDidFinishLaunching() {
     Helper::log(std::string("accessibility trusted=") + (AX::trusted() ? "true" : "false"));
     if (AudioBridge::restoreIfNeeded())
         Helper::log("bridge: restored your default devices left from a previous session");
+    if (platform().processTaps->sweep())
+        Helper::log("tap: gave back the sound of an app that a previous session had muted");
     Helper::log(std::string("bridge: devices ") + (AudioBridge::installed() ? "installed" : "MISSING") +
                 " — routing applied per call");
     ReadinessState::shared()->refresh();

@@ -1,7 +1,7 @@
 // One finished call as the history keeps it.
 #pragma once
 
-#include "VeltoApp/history/UUID.h"
+#include "VeltoShared/core/UUID.h"
 
 #include <chrono>
 #include <functional>

@@ -5,6 +5,7 @@
 #include "VeltoPlatform/AudioHardware.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoShared/agent/NativeAgent.h"
+#include "VeltoShared/audio/ProcessTap.h"
 #include "VeltoShared/audio/WavRecorder.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/telephony/AX.h"
@@ -29,9 +30,18 @@ class LiveLine : public CallLine {
         return Telephony::dial(std::move(number), std::move(log));
     }
     /// It waits for the phone app, for seconds where that hangs: not on the main thread.
-    asio::awaitable<bool> hangup() override {
-        co_return co_await Blocking::run(hangUpBlocking());
-    }
+    asio::awaitable<bool> hangup() override { co_return co_await Blocking::run(hangUpBlocking()); }
+};
+
+class LiveTap : public CallTap {
+  public:
+    explicit LiveTap(std::unique_ptr<ProcessTap> tap) : tap_(std::move(tap)) {}
+
+    std::string deviceName() const override { return tap_->deviceName(); }
+    void destroy() override { tap_->destroy(); }
+
+  private:
+    std::unique_ptr<ProcessTap> tap_;
 };
 
 class LiveRecorder : public CallRecorder {
@@ -47,10 +57,13 @@ class LiveRecorder : public CallRecorder {
 
 class LiveAudio : public CallAudio {
   public:
-    /// Taps do not exist on this platform yet; the session says so where one is asked for.
     bool tapsSupported() override { return true; }
-    std::unique_ptr<CallTap> makeTap(const std::string&, const std::string&, bool) override {
-        return nullptr;
+    std::unique_ptr<CallTap> makeTap(const std::string& bundleID, const std::string& name,
+                                     bool muteOriginal) override {
+        auto tap = ProcessTap::create(bundleID, name, muteOriginal);
+        if (!tap)
+            return nullptr;
+        return std::make_unique<LiveTap>(std::move(tap));
     }
     std::unique_ptr<CallRecorder> makeRecorder(const std::string& deviceName, double rate,
                                                const std::filesystem::path& file) override {

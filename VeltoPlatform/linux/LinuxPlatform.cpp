@@ -18,10 +18,12 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
     installPlatform(parts);
 
     const auto server = std::make_shared<PulseServer>(report);
-    hardware_ = std::make_unique<PulseHardware>(server);
-    units_ = std::make_unique<PulseUnits>(server);
+    taps_ = std::make_shared<PulseTaps>(server);
+    hardware_ = std::make_unique<PulseHardware>(server, taps_);
+    units_ = std::make_unique<PulseUnits>(server, taps_);
     parts.audioHardware = hardware_.get();
     parts.outputUnits = units_.get();
+    parts.processTaps = taps_.get();
     installPlatform(parts);
 }
 

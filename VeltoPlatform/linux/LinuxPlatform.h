@@ -7,6 +7,7 @@
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
 #include "VeltoPlatform/linux/PulseHardware.h"
+#include "VeltoPlatform/linux/PulseTaps.h"
 #include "VeltoPlatform/linux/PulseUnits.h"
 
 #include <functional>
@@ -34,6 +35,7 @@ class LinuxPlatform {
     LinuxSecretStore secrets_;
     AtspiAccessibility accessibility_;
     LinuxWorkspace workspace_{accessibility_};
+    std::shared_ptr<PulseTaps> taps_;
     std::unique_ptr<PulseHardware> hardware_;
     std::unique_ptr<PulseUnits> units_;
 };

@@ -39,7 +39,8 @@ namespace PulseCatalogue {
 /// bit is set, which tells it from a process.
 std::vector<PulseDevice> devices(const std::vector<PulseEndpoint>& sinks,
                                  const std::vector<PulseEndpoint>& sources);
-/// Asks the server; none when it does not answer. Monitors of sinks are left out.
+/// Asks the server; none when it does not answer. Monitors of sinks and the sinks of taps are
+/// left out.
 std::optional<std::vector<PulseDevice>> read(PulseServer& server);
 
 } // namespace PulseCatalogue

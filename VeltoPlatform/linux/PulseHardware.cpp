@@ -1,14 +1,15 @@
 #include "VeltoPlatform/linux/PulseHardware.h"
 
+#include "VeltoPlatform/linux/ProcessFiles.h"
 #include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoPlatform/linux/PulsePlayers.h"
 #include "VeltoPlatform/linux/PulseServer.h"
+#include "VeltoPlatform/linux/PulseTaps.h"
 
 #include <pulse/introspect.h>
-#include <pulse/proplist.h>
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
+#include <string>
 
 namespace velto {
 namespace {
@@ -31,13 +32,7 @@ struct ProcessUse {
 };
 
 bool belongsTo(pid_t pid, pa_proplist* properties) {
-    const char* text = pa_proplist_gets(properties, PA_PROP_APPLICATION_PROCESS_ID);
-    if (text == nullptr)
-        return false;
-    const std::string_view digits(text);
-    pid_t value = 0;
-    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    return read.ec == std::errc() && value == pid;
+    return ProcessFiles::descends(processOf(properties), pid);
 }
 
 std::string text(const char* characters) {
@@ -74,7 +69,8 @@ std::optional<ProcessUse> use(PulseServer& server, pid_t pid) {
 
 } // namespace
 
-PulseHardware::PulseHardware(std::shared_ptr<PulseServer> server) : server_(std::move(server)) {}
+PulseHardware::PulseHardware(std::shared_ptr<PulseServer> server, std::shared_ptr<PulseTaps> taps)
+    : server_(std::move(server)), taps_(std::move(taps)) {}
 
 PulseHardware::~PulseHardware() {
     observeReturn({});
@@ -82,6 +78,8 @@ PulseHardware::~PulseHardware() {
 
 PulseHardware::Devices PulseHardware::read() {
     auto devices = PulseCatalogue::read(*server_);
+    if (devices && taps_)
+        std::ranges::move(taps_->devices(), std::back_inserter(*devices));
     std::lock_guard guard(mutex_);
     list_ = devices ? std::make_shared<const std::vector<PulseDevice>>(std::move(*devices)) : nullptr;
     listedAt_ = std::chrono::steady_clock::now();
@@ -173,12 +171,7 @@ bool PulseHardware::setDefaultDevice(AudioDirection direction, AudioObjectID id)
 }
 
 std::optional<AudioObjectID> PulseHardware::processObject(pid_t pid) {
-    const auto found = use(*server_, pid);
-    if (!found)
-        return std::nullopt;
-    const bool known =
-        !found->clients.empty() || std::ranges::any_of(found->recordings, &ProcessUse::Recording::ofProcess);
-    return known && pid > 0 ? static_cast<AudioObjectID>(pid) : 0;
+    return pid > 0 && ProcessFiles::exists(pid) ? static_cast<AudioObjectID>(pid) : 0;
 }
 
 std::optional<bool> PulseHardware::processIsRunningInput(AudioObjectID process) {

@@ -10,16 +10,19 @@
 namespace velto {
 
 class PulseServer;
+class PulseTaps;
 struct PulseDevice;
 
 /// An operation asks the server once or twice and waits at most `PulseServer::answerLimit` each time. What
 /// it lists serves the reads of single devices that follow within `listAge`, so that a walk over all devices
-/// is one question and not three for each device. A process's object is its process identifier.
+/// is one question and not three for each device. A process's object is its process identifier: any may come
+/// to the server at any moment. What its descendants do counts as its own.
 class PulseHardware final : public AudioHardware {
   public:
     static constexpr std::chrono::milliseconds listAge{20};
 
-    explicit PulseHardware(std::shared_ptr<PulseServer> server);
+    /// With `taps`, their devices are among the others.
+    explicit PulseHardware(std::shared_ptr<PulseServer> server, std::shared_ptr<PulseTaps> taps = {});
     ~PulseHardware() override;
 
     std::optional<std::vector<AudioObjectID>> devices() override;
@@ -41,6 +44,7 @@ class PulseHardware final : public AudioHardware {
     std::optional<PulseDevice> find(AudioObjectID device);
 
     std::shared_ptr<PulseServer> server_;
+    std::shared_ptr<PulseTaps> taps_;
     std::mutex mutex_;
     Devices list_;
     std::chrono::steady_clock::time_point listedAt_;

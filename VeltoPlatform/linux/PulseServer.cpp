@@ -78,7 +78,7 @@ PulseServer::~PulseServer() {
 
 void PulseServer::connect(Connection& connection) {
     drop(connection);
-    connection.context = pa_context_new(pa_threaded_mainloop_get_api(loop_), "Velto");
+    connection.context = pa_context_new(pa_threaded_mainloop_get_api(loop_), clientName);
     connection.failed = false;
     connection.since = pa_rtclock_now();
     pa_context_set_state_callback(

@@ -35,6 +35,8 @@ class PulseServer {
   public:
     using Log = std::function<void(const std::string&)>;
     static constexpr std::chrono::milliseconds answerLimit{700};
+    /// How the server's other clients see this program.
+    static constexpr const char* clientName = "Velto";
 
     /// `log` is told, on any thread and in one line each, why sound is silent and when it is back; it must
     /// not ask the server anything. `address` as in PULSE_SERVER; "" is the user's server.
@@ -65,6 +67,7 @@ class PulseServer {
     // Under the lock:
     /// None while the server is away.
     pa_context* context(AudioDirection direction) const;
+    pa_mainloop_api& loop() const { return *pa_threaded_mainloop_get_api(loop_); }
     void add(PulseListener& listener);
     void remove(PulseListener& listener);
     void log(const std::string& line) const;

@@ -173,14 +173,19 @@ void PulseStream::gather(const std::int16_t* samples, std::size_t count) {
 }
 
 AudioStatus PulseStream::pull(std::uint32_t frames, AudioBufferList buffers) {
+    return handOver({period_.data(), gathered_}, format_, frames, buffers);
+}
+
+AudioStatus PulseStream::handOver(std::span<const std::int16_t> ready, const StreamFormat& format,
+                                  std::uint32_t frames, AudioBufferList buffers) {
     if (buffers.empty() || buffers[0].data == nullptr)
         return kAudioUnready;
-    const auto bytes = std::size_t{frames} * format_.bytesPerFrame();
+    const auto bytes = std::size_t{frames} * format.bytesPerFrame();
     if (buffers[0].byteSize < bytes)
         return kAudioTooManyFrames;
-    if (bytes / 2 > gathered_)
+    if (bytes / 2 > ready.size())
         return kAudioUnready;
-    std::copy_n(period_.begin(), bytes / 2, buffers[0].data);
+    std::ranges::copy(ready.first(bytes / 2), buffers[0].data);
     buffers[0].byteSize = static_cast<std::uint32_t>(bytes);
     return kAudioNoError;
 }

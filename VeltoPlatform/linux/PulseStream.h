@@ -6,6 +6,7 @@
 #include <pulse/context.h>
 #include <pulse/stream.h>
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ class PulseStream {
     PulseStream& operator=(const PulseStream&) = delete;
 
     static bool canCarry(const StreamFormat& format);
+    static pa_sample_spec serverFormat(const StreamFormat& format);
+    /// As `OutputUnit::render`, for a unit in `format` that has `ready` to hand over.
+    static AudioStatus handOver(std::span<const std::int16_t> ready, const StreamFormat& format,
+                                std::uint32_t frames, AudioBufferList buffers);
 
     State state() const;
     /// For how long it has been opening, or the server has neither delivered nor asked for anything. 0 while
@@ -45,7 +50,6 @@ class PulseStream {
     AudioStatus pull(std::uint32_t frames, AudioBufferList buffers);
 
   private:
-    static pa_sample_spec serverFormat(const StreamFormat& format);
     void open(pa_context* context, AudioDirection direction, const std::string& device);
     void play(std::size_t bytes);
     void record();

@@ -1,6 +1,7 @@
 #include "VeltoPlatform/linux/PulseUnit.h"
 
 #include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoPlatform/linux/PulseTaps.h"
 
 #include <pulse/error.h>
 #include <pulse/introspect.h>
@@ -21,7 +22,8 @@ constexpr pa_usec_t steadyAfter = 5 * PA_USEC_PER_SEC;
 
 } // namespace
 
-PulseUnit::PulseUnit(std::shared_ptr<PulseServer> server) : server_(std::move(server)) {}
+PulseUnit::PulseUnit(std::shared_ptr<PulseServer> server, std::shared_ptr<PulseTaps> taps)
+    : server_(std::move(server)), taps_(std::move(taps)) {}
 
 PulseUnit::~PulseUnit() {
     stop();
@@ -34,6 +36,9 @@ AudioStatus PulseUnit::enableIO(UnitScope scope, std::uint32_t element, bool on)
 }
 
 AudioStatus PulseUnit::setCurrentDevice(AudioObjectID device) {
+    tapDevice_ = taps_ && direction_ == AudioDirection::input ? taps_->device(device) : nullptr;
+    if (tapDevice_)
+        return kAudioNoError;
     const auto devices = PulseCatalogue::read(*server_);
     if (!devices)
         return kAudioUnready;
@@ -63,7 +68,8 @@ AudioStatus PulseUnit::setRenderCallback(RenderCallback callback, void* context)
 AudioStatus PulseUnit::initialize() {
     const bool hasCallback =
         direction_ == AudioDirection::input ? callbacks_.input != nullptr : callbacks_.render != nullptr;
-    initialized_ = hasCallback && !serverName_.empty() && PulseStream::canCarry(format_);
+    const bool hasDevice = tapDevice_ || !serverName_.empty();
+    initialized_ = hasCallback && hasDevice && PulseStream::canCarry(format_);
     return initialized_ ? kAudioNoError : kAudioUnready;
 }
 
@@ -74,6 +80,10 @@ AudioStatus PulseUnit::start() {
     if (started_)
         return kAudioNoError;
     started_ = true;
+    if (tapDevice_) {
+        mix_ = std::make_unique<PulseMix>(*server_, tapDevice_, format_, callbacks_);
+        return kAudioNoError;
+    }
     silentBecause_.clear();
     patience_ = firstPatience;
     server_->add(*this);
@@ -86,6 +96,10 @@ AudioStatus PulseUnit::stop() {
     if (!started_)
         return kAudioNoError;
     started_ = false;
+    if (mix_) {
+        mix_.reset();
+        return kAudioNoError;
+    }
     server_->remove(*this);
     close();
     return kAudioNoError;
@@ -98,6 +112,8 @@ AudioStatus PulseUnit::uninitialize() {
 }
 
 AudioStatus PulseUnit::render(const RenderContext&, std::uint32_t frames, AudioBufferList buffers) {
+    if (mix_)
+        return mix_->pull(frames, buffers);
     return stream_ ? stream_->pull(frames, buffers) : kAudioUnready;
 }
 

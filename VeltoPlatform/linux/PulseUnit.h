@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoPlatform/OutputUnits.h"
+#include "VeltoPlatform/linux/PulseMix.h"
 #include "VeltoPlatform/linux/PulseServer.h"
 #include "VeltoPlatform/linux/PulseStream.h"
 
@@ -11,13 +12,16 @@
 
 namespace velto {
 
+class PulseTaps;
+
 /// A unit with its input side on captures, every other one plays. Callbacks come on the sound thread. `start`
 /// does not wait for the server: while the unit is started it opens its device whenever the server and the
 /// device are there, and opens it again when the stream ends, or stands still for half a second without the
-/// device being suspended (then waiting twice as long each time, up to four seconds).
+/// device being suspended (then waiting twice as long each time, up to four seconds). On the device of a tap
+/// it captures a `PulseMix`.
 class PulseUnit final : public OutputUnit, private PulseListener {
   public:
-    explicit PulseUnit(std::shared_ptr<PulseServer> server);
+    PulseUnit(std::shared_ptr<PulseServer> server, std::shared_ptr<PulseTaps> taps);
     ~PulseUnit() override;
 
     AudioStatus enableIO(UnitScope scope, std::uint32_t element, bool on) override;
@@ -46,6 +50,8 @@ class PulseUnit final : public OutputUnit, private PulseListener {
     void silent(const std::string& reason);
 
     std::shared_ptr<PulseServer> server_;
+    std::shared_ptr<PulseTaps> taps_;                 ///< may be none
+    std::shared_ptr<const PulseTapDevice> tapDevice_; ///< none: a device of the server's
     AudioDirection direction_ = AudioDirection::output;
     StreamFormat format_;
     PulseStreamCallbacks callbacks_;
@@ -57,6 +63,7 @@ class PulseUnit final : public OutputUnit, private PulseListener {
     bool started_ = false;
     std::string silentBecause_; ///< "" while sound moves, or may be about to
     std::unique_ptr<PulseStream> stream_;
+    std::unique_ptr<PulseMix> mix_;
     pa_operation* search_ = nullptr;
     std::optional<std::string> found_;
     bool foundExactly_ = false;

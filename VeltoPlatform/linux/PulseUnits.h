@@ -8,10 +8,12 @@
 namespace velto {
 
 class PulseServer;
+class PulseTaps;
 
 class PulseUnits final : public OutputUnits {
   public:
-    explicit PulseUnits(std::shared_ptr<PulseServer> server);
+    /// With `taps`, units capture from their devices too.
+    explicit PulseUnits(std::shared_ptr<PulseServer> server, std::shared_ptr<PulseTaps> taps = {});
 
     /// Also while the server is away: a unit waits for it.
     bool available() override { return true; }
@@ -19,6 +21,7 @@ class PulseUnits final : public OutputUnits {
 
   private:
     std::shared_ptr<PulseServer> server_;
+    std::shared_ptr<PulseTaps> taps_;
 };
 
 } // namespace velto

@@ -13,6 +13,20 @@ std::int16_t clipped(int value) {
     return static_cast<std::int16_t>(std::clamp(value, -32768, 32767));
 }
 
+void add(std::vector<int>& sum, const std::vector<int>& samples) {
+    sum.resize(std::max(sum.size(), samples.size()));
+    std::ranges::transform(samples, sum, sum.begin(), std::plus<>());
+}
+
+std::vector<int> takeStep(std::vector<std::int16_t>& queue) {
+    const auto end =
+        queue.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(queue.size(), stepFrames));
+    std::vector<int> samples(queue.begin(), end);
+    queue.erase(queue.begin(), end);
+    samples.resize(stepFrames);
+    return samples;
+}
+
 std::uint32_t stepFramesAt(double sampleRate) {
     return static_cast<std::uint32_t>(sampleRate / 100);
 }
@@ -63,6 +77,12 @@ void SimulatedAudio::connect(const std::string& output, const std::string& input
 void SimulatedAudio::setProcess(pid_t pid, AudioObjectID object, bool runningInput) {
     std::lock_guard guard(mutex_);
     processes_[pid] = {object, runningInput};
+}
+
+void SimulatedAudio::play(AudioObjectID process, std::span<const std::int16_t> samples) {
+    std::lock_guard guard(mutex_);
+    auto& queue = processSounds_[process];
+    queue.insert(queue.end(), samples.begin(), samples.end());
 }
 
 void SimulatedAudio::serverReturns() {
@@ -117,16 +137,16 @@ void SimulatedAudio::step() {
                 sum[i] += samples[std::size_t{i * frames / stepFrames} * channels];
         }
     }
+    const auto processes = stepProcesses(played);
     for (const auto& device : devices_) {
         std::vector<int> arriving(stepFrames);
         for (const auto& [output, input] : connections_)
             if (const auto sum = played.find(output); input == device.name && sum != played.end())
-                std::ranges::transform(arriving, sum->second, arriving.begin(), std::plus<>());
-        auto& queue = spoken_[device.name];
-        const auto count = std::min<std::size_t>(queue.size(), stepFrames);
-        std::transform(queue.begin(), queue.begin() + static_cast<std::ptrdiff_t>(count), arriving.begin(),
-                       arriving.begin(), [](std::int16_t sample, int sum) { return sample + sum; });
-        queue.erase(queue.begin(), queue.begin() + static_cast<std::ptrdiff_t>(count));
+                add(arriving, sum->second);
+        add(arriving, takeStep(spoken_[device.name]));
+        for (const auto process : taps.processesOf(device.id))
+            if (const auto sound = processes.find(process); sound != processes.end())
+                add(arriving, sound->second);
         for (auto* unit : units_) {
             if (!unit->captures(device.name))
                 continue;
@@ -140,6 +160,18 @@ void SimulatedAudio::step() {
     }
     for (const auto& [device, sum] : played)
         std::ranges::transform(sum, std::back_inserter(heard_[device]), clipped);
+}
+
+std::map<AudioObjectID, std::vector<int>>
+SimulatedAudio::stepProcesses(std::map<std::string, std::vector<int>>& played) {
+    std::map<AudioObjectID, std::vector<int>> sounds;
+    const auto* output = device(defaults_[AudioDirection::output]);
+    for (auto& [process, queue] : processSounds_) {
+        sounds[process] = takeStep(queue);
+        if (output != nullptr && !taps.mutes(process))
+            add(played[output->name], sounds[process]);
+    }
+    return sounds;
 }
 
 void SimulatedAudio::speak(const std::string& input, std::span<const std::int16_t> samples) {

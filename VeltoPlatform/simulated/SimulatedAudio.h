@@ -3,6 +3,7 @@
 
 #include "VeltoPlatform/AudioHardware.h"
 #include "VeltoPlatform/OutputUnits.h"
+#include "VeltoPlatform/simulated/SimulatedTaps.h"
 
 #include <chrono>
 #include <cstdint>
@@ -45,6 +46,7 @@ struct SimulatedAudioFaults {
 class SimulatedAudio final : public AudioHardware, public OutputUnits {
   public:
     SimulatedAudioFaults faults;
+    SimulatedTaps taps{*this};
 
     /// A device with one stream a side (0 channels: no such side). Answers its identifier, counted from 1.
     AudioObjectID addDevice(const std::string& name, std::uint32_t inputChannels,
@@ -58,6 +60,8 @@ class SimulatedAudio final : public AudioHardware, public OutputUnits {
     /// What is played on `output` is recorded from `input` while time advances.
     void connect(const std::string& output, const std::string& input);
     void setProcess(pid_t pid, AudioObjectID object, bool runningInput);
+    /// Queues 48 kHz mono samples that a process plays to the default output during the next advances.
+    void play(AudioObjectID process, std::span<const std::int16_t> samples);
     /// The sound server was lost and is back: tells the observer. Defaults stay as the test has set them.
     void serverReturns();
 
@@ -95,11 +99,14 @@ class SimulatedAudio final : public AudioHardware, public OutputUnits {
     std::unique_ptr<OutputUnit> instantiate() override;
 
   private:
+    friend class SimulatedTaps;
     friend class SimulatedUnit;
 
     const SimulatedDevice* device(AudioObjectID id) const;
     const SimulatedDevice* device(std::string_view name) const;
     void step();
+    /// What each process plays in one step; what is not muted is added to `played`.
+    std::map<AudioObjectID, std::vector<int>> stepProcesses(std::map<std::string, std::vector<int>>& played);
 
     std::recursive_mutex mutex_;
     std::vector<SimulatedDevice> devices_;
@@ -108,6 +115,7 @@ class SimulatedAudio final : public AudioHardware, public OutputUnits {
     std::map<pid_t, std::pair<AudioObjectID, bool>> processes_;
     std::vector<std::pair<std::string, std::string>> connections_;
     std::map<std::string, std::vector<std::int16_t>> spoken_;
+    std::map<AudioObjectID, std::vector<std::int16_t>> processSounds_;
     std::map<std::string, std::vector<std::int16_t>> heard_;
     std::function<void()> returned_;
     std::vector<SimulatedUnit*> units_;

@@ -1,184 +1,22 @@
 // The backend against a real sound server of its own.
-#include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/linux/PulseCatalogue.h"
-#include "VeltoPlatform/linux/PulseHardware.h"
-#include "VeltoPlatform/linux/PulseServer.h"
-#include "VeltoPlatform/linux/PulseUnits.h"
-#include "VeltoShared/audio/AudioCapture.h"
 #include "VeltoShared/audio/AudioDevices.h"
 #include "VeltoShared/audio/AudioPlayback.h"
 #include "VeltoShared/audio/AudioRouting.h"
-#include "rehearsal/PrivateSoundServer.h"
+#include "tests/audio/SoundServerFixture.h"
 #include "tests/support/AllocationCounter.h"
-#include "tests/support/TestComputer.h"
 
-#include <gtest/gtest.h>
-#include <pulse/introspect.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cmath>
-#include <condition_variable>
-#include <cstdlib>
-#include <numbers>
-#include <numeric>
+#include <limits>
+#include <map>
 
 namespace velto::test {
 namespace {
 
 using namespace std::chrono_literals;
-using rehearsal::PrivateSoundServer;
 using SteadyClock = std::chrono::steady_clock;
-
-constexpr double amplitude = 12000;
-constexpr auto patience = 20s;
-
-/// Waits on a condition that another thread makes true.
-class Monitor {
-  public:
-    template <class Change>
-    void change(Change&& apply) {
-        std::lock_guard guard(mutex_);
-        apply();
-        changed_.notify_all();
-    }
-    template <class Condition>
-    bool wait(Condition&& condition, std::chrono::milliseconds limit = patience) {
-        std::unique_lock guard(mutex_);
-        return changed_.wait_for(guard, limit, condition);
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-};
-
-std::vector<std::int16_t> tone(double sampleRate, double seconds) {
-    std::vector<std::int16_t> samples(static_cast<std::size_t>(sampleRate * seconds));
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        samples[i] = static_cast<std::int16_t>(std::lround(
-            amplitude * std::sin(2 * std::numbers::pi * 1000 * static_cast<double>(i) / sampleRate)));
-    return samples;
-}
-
-/// A capture that keeps the level of each 20 ms.
-class Ear {
-  public:
-    Ear(const std::string& device, double sampleRate) : block_(static_cast<std::size_t>(sampleRate / 50)) {
-        levels_.reserve(100'000);
-        capture_ = AudioCapture::open(device, sampleRate, 2,
-                                      [this](auto samples) { monitor_.change([&] { listen(samples); }); });
-        if (capture_)
-            capture_->start();
-    }
-
-    explicit operator bool() const { return capture_ != nullptr; }
-    void forget() {
-        monitor_.change([this] { levels_.clear(); });
-    }
-    bool hearsLoud(std::size_t blocks) {
-        return monitor_.wait([this, blocks] { return loudBlocks() >= blocks; });
-    }
-    /// Waits for a second's worth of loud blocks and answers the median of their levels; 0 when none come.
-    double loudness() {
-        if (!hearsLoud(50))
-            return 0;
-        std::vector<double> all;
-        monitor_.change([&] { std::ranges::copy_if(levels_, std::back_inserter(all), isLoud); });
-        std::ranges::nth_element(all, all.begin() + static_cast<std::ptrdiff_t>(all.size() / 2));
-        return all[all.size() / 2];
-    }
-    bool hearsAnything(std::chrono::milliseconds limit = patience) {
-        forget();
-        return monitor_.wait([this] { return !levels_.empty(); }, limit);
-    }
-    double seconds() {
-        double heard = 0;
-        monitor_.change([&] { heard = static_cast<double>(levels_.size()) / 50; });
-        return heard;
-    }
-
-  private:
-    static bool isLoud(double level) { return level > 1000; }
-    std::size_t loudBlocks() const {
-        return static_cast<std::size_t>(std::ranges::count_if(levels_, isLoud));
-    }
-    void listen(std::span<const std::int16_t> samples) {
-        for (const double sample : samples) {
-            energy_ += sample * sample;
-            if (++filled_ < block_)
-                continue;
-            if (levels_.size() < levels_.capacity())
-                levels_.push_back(std::sqrt(energy_ / static_cast<double>(block_)));
-            energy_ = 0;
-            filled_ = 0;
-        }
-    }
-
-    Monitor monitor_;
-    std::size_t block_;
-    std::size_t filled_ = 0;
-    double energy_ = 0;
-    std::vector<double> levels_;
-    std::unique_ptr<AudioCapture> capture_;
-};
-
-class SoundServer : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        auto started = PrivateSoundServer::start(folder_.path());
-        ASSERT_TRUE(started) << started.error().description;
-        server = std::move(*started);
-        for (const auto& [name, value] : server->clientEnvironment())
-            ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-        const auto log = [this](const std::string& line) { logged.change([&] { lines.push_back(line); }); };
-        connection = std::make_shared<PulseServer>(log, server->address());
-        hardware = std::make_unique<PulseHardware>(connection);
-        units = std::make_unique<PulseUnits>(connection);
-        Platform all;
-        all.audioHardware = hardware.get();
-        all.outputUnits = units.get();
-        installPlatform(all);
-    }
-    void TearDown() override { installPlatform({}); }
-
-    bool waitForLine(std::string_view part, std::chrono::milliseconds limit = patience) {
-        return logged.wait(
-            [&] {
-                return std::ranges::any_of(
-                    lines, [&](const std::string& line) { return line.find(part) != std::string::npos; });
-            },
-            limit);
-    }
-    /// Loads a module and answers its index.
-    std::uint32_t load(const char* module, const char* arguments) {
-        std::uint32_t index = PA_INVALID_INDEX;
-        connection->ask([&](pa_context* context) {
-            return std::vector<pa_operation*>{pa_context_load_module(
-                context, module, arguments,
-                [](pa_context*, std::uint32_t loaded, void* data) {
-                    *static_cast<std::uint32_t*>(data) = loaded;
-                },
-                &index)};
-        });
-        return index;
-    }
-    void unload(std::uint32_t module) {
-        connection->ask([&](pa_context* context) {
-            return std::vector<pa_operation*>{pa_context_unload_module(
-                context, module, [](pa_context*, int, void*) {}, nullptr)};
-        });
-    }
-
-    TemporaryFolder folder_;
-    std::unique_ptr<PrivateSoundServer> server;
-    Monitor logged;
-    std::vector<std::string> lines;
-    std::shared_ptr<PulseServer> connection;
-    std::unique_ptr<PulseHardware> hardware;
-    std::unique_ptr<PulseUnits> units;
-};
 
 TEST(PulseCatalogue, pairsSidesByDescriptionAndKeepsIdentifiersApart) {
     const std::vector<PulseEndpoint> sinks{{"s1", "Card", 2}, {"s2", "Card", 6}, {"s3", "Speaker", 1}};
@@ -235,7 +73,7 @@ TEST_F(SoundServer, showsDevicesDefaultsAndProcesses) {
     AudioRouting::setDefaultOutput(speaker.value());
     EXPECT_EQ(AudioRouting::defaultOutputName(), "Speaker");
 
-    EXPECT_EQ(hardware->processObject(1), 0u);
+    EXPECT_EQ(hardware->processObject(std::numeric_limits<pid_t>::max()), 0u);
     const auto self = hardware->processObject(::getpid());
     ASSERT_TRUE(self && *self != 0);
     EXPECT_EQ(hardware->processIsRunningInput(*self), false);
@@ -327,6 +165,7 @@ TEST_F(SoundServer, aServerThatStartsLateIsFound) {
     // One connection at a time: libpulse recycles memory between them in ways a thread sanitizer cannot see.
     units.reset();
     hardware.reset();
+    taps.reset();
     connection.reset();
     server->kill();
     Monitor told;
@@ -406,6 +245,7 @@ TEST_F(SoundServer, unitsRefuseWhatTheyCannotDo) {
     installPlatform({});
     units.reset();
     hardware.reset();
+    taps.reset();
     connection.reset();
     server->kill();
     playback.reset();

@@ -28,6 +28,7 @@ TestComputer::TestComputer() {
     computer.secretStore = &secrets;
     computer.audioHardware = &audio;
     computer.outputUnits = &audio;
+    computer.processTaps = &audio.taps;
     computer.accessibility = &desktop;
     computer.workspace = &desktop;
     installPlatform(computer);

@@ -1,5 +1,5 @@
 // Text form of identifiers and where random ones come from.
-#include "VeltoApp/history/UUID.h"
+#include "VeltoShared/core/UUID.h"
 
 #include <cstring>
 #include <random>

@@ -1,0 +1,54 @@
+// What one stream on the sound server plays, kept for a moment so that it can be mixed with others.
+#pragma once
+
+#include "VeltoPlatform/OutputUnits.h"
+#include "VeltoPlatform/linux/PulsePlayers.h"
+
+#include <pulse/context.h>
+#include <pulse/stream.h>
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace velto {
+
+/// Everything happens on the sound thread or under its lock. The data path allocates nothing. Sound waits for
+/// 30 ms before it is taken, again after each gap, because the server hands it over unevenly; what has piled
+/// up beyond 100 ms is thrown away.
+class PulseMonitor {
+  public:
+    enum class State { running, lost, refused };
+
+    PulseMonitor(pa_context* context, const PulsePlayer& player, const StreamFormat& format);
+    ~PulseMonitor();
+    PulseMonitor(const PulseMonitor&) = delete;
+    PulseMonitor& operator=(const PulseMonitor&) = delete;
+
+    /// `lost`: the player ended, or was moved to another sink; it may be tried again.
+    State state() const;
+    /// When it was made, on libpulse's clock.
+    pa_usec_t madeAt() const { return madeAt_; }
+    std::uint32_t sink() const { return sink_; }
+
+    /// Takes samples from the front and adds them to `sum`; adds nothing where there are none.
+    void addTo(std::span<std::int32_t> sum);
+
+  private:
+    void record();
+    void push(std::span<const std::int16_t> samples);
+    void drop(std::size_t samples);
+
+    std::uint32_t sink_;
+    pa_usec_t madeAt_;
+    std::size_t frameSamples_;
+    std::size_t most_; ///< samples that may be kept after taking
+    std::vector<std::int16_t> ring_;
+    std::size_t first_ = 0;
+    std::size_t kept_ = 0;
+    bool waiting_ = true; ///< until the first of what is kept is old enough
+    pa_usec_t waitingSince_ = 0;
+    pa_stream* stream_ = nullptr;
+};
+
+} // namespace velto

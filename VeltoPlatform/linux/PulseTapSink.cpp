@@ -1,0 +1,188 @@
+#include "VeltoPlatform/linux/PulseTapSink.h"
+
+#include <pulse/error.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <ranges>
+#include <string>
+#include <utility>
+
+namespace velto {
+namespace {
+
+const std::string name(PulseTapSink::serverName);
+
+void forget(pa_operation*& operation) {
+    if (operation == nullptr)
+        return;
+    pa_operation_cancel(operation);
+    pa_operation_unref(operation);
+    operation = nullptr;
+}
+
+/// Begun and left alone.
+void begin(pa_operation* operation) {
+    if (operation != nullptr)
+        pa_operation_unref(operation);
+}
+
+} // namespace
+
+std::unique_ptr<PulseTapSink> PulseTapSink::load(PulseServer& server, std::function<void()> changed) {
+    std::unique_ptr<PulseTapSink> sink(new PulseTapSink(server, std::move(changed)));
+    const bool asked = server.ask(
+        [&](pa_context* context) { return std::vector<pa_operation*>{sink->beginLoading(context)}; });
+    // The search for the sink was begun in the answer to the first question; the server answers in order.
+    const bool answered = asked && server.ask([](pa_context* context) {
+        return std::vector<pa_operation*>{pa_context_get_server_info(
+            context, [](pa_context*, const pa_server_info*, void*) {}, nullptr)};
+    });
+    PulseServer::Lock lock(server);
+    if (!answered || sink->state_ != State::there)
+        return nullptr;
+    return sink;
+}
+
+PulseTapSink::PulseTapSink(PulseServer& server, std::function<void()> changed)
+    : server_(server), changed_(std::move(changed)) {
+    PulseServer::Lock lock(server_);
+    server_.add(*this);
+}
+
+PulseTapSink::~PulseTapSink() {
+    PulseServer::Lock lock(server_);
+    server_.remove(*this);
+    forgetAll();
+}
+
+void PulseTapSink::forgetAll() {
+    forget(loading_);
+    forget(finding_);
+    for (auto& parked : std::views::values(parked_))
+        forget(parked.moving);
+    parked_.clear();
+    index_ = PA_INVALID_INDEX;
+    module_ = PA_INVALID_INDEX;
+}
+
+void PulseTapSink::connected(AudioDirection direction) {
+    if (direction != AudioDirection::output)
+        return;
+    forgetAll();
+    state_ = State::loading;
+    loading_ = beginLoading(server_.context(AudioDirection::output));
+}
+
+pa_operation* PulseTapSink::beginLoading(pa_context* context) {
+    // norewinds: otherwise PulseAudio plays up to two seconds ahead there.
+    const auto arguments = "sink_name=" + name +
+                           " rate=48000 channels=2 norewinds=1 sink_properties='device.description=\"Velto "
+                           "tap\" " +
+                           ownerProperty + "=" + std::to_string(::getpid()) + "'";
+    return pa_context_load_module(
+        context, "module-null-sink", arguments.c_str(),
+        [](pa_context*, std::uint32_t, void* self) { static_cast<PulseTapSink*>(self)->find(); }, this);
+}
+
+/// Whether or not the module could be loaded: after a lost connection the sink may still be there.
+void PulseTapSink::find() {
+    auto* context = server_.context(AudioDirection::output);
+    forget(finding_);
+    if (context == nullptr)
+        return;
+    finding_ = pa_context_get_sink_info_by_name(
+        context, name.c_str(),
+        [](pa_context*, const pa_sink_info* sink, int end, void* self) {
+            if (end <= 0)
+                static_cast<PulseTapSink*>(self)->found(end == 0 ? sink : nullptr);
+        },
+        this);
+}
+
+void PulseTapSink::found(const pa_sink_info* sink) {
+    const char* owner = sink == nullptr ? nullptr : pa_proplist_gets(sink->proplist, ownerProperty);
+    state_ = owner != nullptr && std::to_string(::getpid()) == owner ? State::there : State::none;
+    if (state_ == State::there) {
+        index_ = sink->index;
+        module_ = sink->owner_module;
+    } else {
+        server_.log("sound: tap: the tapped program cannot be muted");
+    }
+    changed_();
+}
+
+void PulseTapSink::park(const PulsePlayers::Players& players) {
+    auto* context = server_.context(AudioDirection::output);
+    for (auto entry = parked_.begin(); entry != parked_.end();) {
+        const auto here = entry++;
+        if (std::ranges::find(players, here->first, &PulsePlayer::index) != players.end())
+            continue;
+        forget(here->second.moving);
+        parked_.erase(here);
+    }
+    if (context == nullptr || state_ != State::there)
+        return;
+    for (const auto& player : players) {
+        auto& parked = parked_[player.index];
+        if (parked.away)
+            continue;
+        parked.self = this;
+        parked.away = true;
+        if (player.sink != index_)
+            parked.home = player.sink;
+        parked.moving = pa_context_move_sink_input_by_index(
+            context, player.index, index_,
+            [](pa_context*, int success, void* data) {
+                auto& one = *static_cast<Parked*>(data);
+                one.self->moved(one, success != 0);
+            },
+            &parked);
+    }
+}
+
+void PulseTapSink::moved(Parked& parked, bool accepted) {
+    const bool gone = pa_context_errno(server_.context(AudioDirection::output)) == PA_ERR_NOENTITY;
+    pa_operation_unref(std::exchange(parked.moving, nullptr));
+    const bool known = std::exchange(parked.refused, !accepted);
+    if (!accepted && !gone && !known)
+        server_.log("sound: tap: a stream of the tapped program cannot be muted");
+    changed_();
+}
+
+void PulseTapSink::bringHome() {
+    auto* context = server_.context(AudioDirection::output);
+    for (auto& [player, parked] : parked_) {
+        forget(parked.moving);
+        const bool wasAway = std::exchange(parked.away, false);
+        if (context == nullptr || !wasAway || parked.refused)
+            continue;
+        // Two moves in one go: the second fails where the stream's own sink has been unplugged.
+        begin(pa_context_move_sink_input_by_name(context, player, "@DEFAULT_SINK@", nullptr, nullptr));
+        if (parked.home != PA_INVALID_INDEX)
+            begin(pa_context_move_sink_input_by_index(context, player, parked.home, nullptr, nullptr));
+    }
+}
+
+void PulseTapSink::unload() {
+    std::uint32_t module = PA_INVALID_INDEX;
+    {
+        PulseServer::Lock lock(server_);
+        module = std::exchange(module_, PA_INVALID_INDEX);
+        state_ = State::none;
+    }
+    if (module != PA_INVALID_INDEX)
+        server_.ask([&](pa_context* context) {
+            return std::vector<pa_operation*>{pa_context_unload_module(
+                context, module, [](pa_context*, int, void*) {}, nullptr)};
+        });
+}
+
+bool PulseTapSink::isSettled(std::uint32_t player) const {
+    const auto found = parked_.find(player);
+    return state_ == State::none || (state_ == State::there && found != parked_.end() && found->second.away &&
+                                     found->second.moving == nullptr);
+}
+
+} // namespace velto

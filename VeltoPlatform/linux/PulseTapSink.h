@@ -1,0 +1,74 @@
+// The silent sink that the streams of a muted program are played to while its tap is captured.
+#pragma once
+
+#include "VeltoPlatform/linux/PulsePlayers.h"
+#include "VeltoPlatform/linux/PulseServer.h"
+
+#include <pulse/introspect.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string_view>
+
+namespace velto {
+
+/// Streams are parked on the sink and brought home again; what is begun is not waited for. The sink is loaded
+/// again when the server returns. On the sound thread or under its lock, except where it says otherwise.
+class PulseTapSink final : private PulseListener {
+  public:
+    /// The server's name for it, the same for every run, so that the next run recognises what a killed one
+    /// has left. There is one sink at a time.
+    static constexpr std::string_view serverName = "velto_tap";
+    /// The sink's property that tells which process it belongs to.
+    static constexpr const char* ownerProperty = "velto.tap.owner";
+
+    /// Waits for the server; without its lock. None when there is no sink to be had. `changed` is told when
+    /// `isSettled` may answer otherwise; it may not end this.
+    static std::unique_ptr<PulseTapSink> load(PulseServer& server, std::function<void()> changed);
+    /// Leaves the sink loaded.
+    ~PulseTapSink() override;
+
+    /// Moves those players to the sink that are not there yet, and forgets about all others.
+    void park(const PulsePlayers::Players& players);
+    /// Moves all of them back to where they were, or to the default sink where that has gone.
+    void bringHome();
+    /// Unloads the sink and waits for the server; without its lock.
+    void unload();
+
+    /// Whether the player will not be moved any more: it has been, or refuses, or there is no sink.
+    bool isSettled(std::uint32_t player) const;
+
+  private:
+    struct Parked {
+        PulseTapSink* self = nullptr;
+        std::uint32_t home = PA_INVALID_INDEX; ///< none: it was created on the sink
+        bool away = false;                     ///< from home
+        bool refused = false;                  ///< it stays where it is
+        pa_operation* moving = nullptr;
+    };
+    enum class State { loading, there, none };
+
+    PulseTapSink(PulseServer& server, std::function<void()> changed);
+    void connected(AudioDirection direction) override;
+    void tick() override {}
+    bool settled() const override { return state_ != State::loading; }
+
+    pa_operation* beginLoading(pa_context* context);
+    void find();
+    void found(const pa_sink_info* sink);
+    void moved(Parked& parked, bool accepted);
+    void forgetAll();
+
+    PulseServer& server_;
+    std::function<void()> changed_;
+    State state_ = State::loading;
+    std::uint32_t index_ = PA_INVALID_INDEX;
+    std::uint32_t module_ = PA_INVALID_INDEX;
+    pa_operation* loading_ = nullptr;
+    pa_operation* finding_ = nullptr;
+    std::map<std::uint32_t, Parked> parked_; ///< by player; kept when home, for the list may be late
+};
+
+} // namespace velto

@@ -1,0 +1,332 @@
+// Taps against a real sound server of its own, on a program that plays with the server's own tools.
+#include "VeltoPlatform/ProcessTaps.h"
+#include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoShared/audio/AudioDevices.h"
+#include "VeltoShared/audio/AudioPlayback.h"
+#include "rehearsal/process/ChildProcess.h"
+#include "tests/audio/SoundServerFixture.h"
+#include "tests/support/AllocationCounter.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <fstream>
+#include <set>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using rehearsal::ChildProcess;
+using rehearsal::ChildProgram;
+
+constexpr double level = amplitude / std::numbers::sqrt2;
+constexpr double tolerance = 0.03 * amplitude;
+
+class TapServer : public SoundServer {
+  protected:
+    void SetUp() override {
+        SoundServer::SetUp();
+        if (HasFatalFailure())
+            return;
+        for (const int frequency : {700, 1000}) {
+            const auto samples = tone(24000, 60, frequency);
+            std::ofstream file(root() / (std::to_string(frequency) + ".raw"), std::ios::binary);
+            file.write(reinterpret_cast<const char*>(samples.data()),
+                       static_cast<std::streamsize>(samples.size() * sizeof samples[0]));
+        }
+        listenToSpeaker();
+    }
+    void TearDown() override {
+        phone.reset();
+        SoundServer::TearDown();
+    }
+
+    std::filesystem::path root() const { return folder_.path(); }
+    void listenToSpeaker() {
+        load("module-remap-source",
+             "source_name=speaker_ear master=speaker.monitor source_properties='device.description=\"At the "
+             "speaker\"'");
+    }
+    std::optional<ChildProcess> start(std::vector<std::string> arguments) {
+        ChildProgram program;
+        program.arguments = std::move(arguments);
+        program.environment = server->clientEnvironment();
+        program.environment["PATH"] = "/usr/local/bin:/usr/bin:/bin";
+        program.environment["HOME"] = root();
+        program.outputFile = program.errorFile = root() / "phone.out";
+        return ChildProcess::start(program);
+    }
+    /// A program without sound of its own; what it is told to run are its children.
+    void startPhone() {
+        const auto commands = root() / "commands";
+        ASSERT_EQ(::mkfifo(commands.c_str(), 0600), 0);
+        commands_ = FileDescriptor(::open(commands.c_str(), O_RDWR | O_CLOEXEC));
+        phone =
+            start({"sh", "-c", "while read -r line; do eval \"$line\"; done <'" + commands.string() + "'"});
+        ASSERT_TRUE(phone);
+    }
+    void tell(const std::string& command) {
+        const auto line = command + '\n';
+        ASSERT_EQ(::write(commands_.get(), line.data(), line.size()), static_cast<ssize_t>(line.size()));
+    }
+    std::string player(int frequency) const {
+        return "pacat --playback --raw --rate=24000 --channels=1 --latency-msec=50 '" +
+               (root() / (std::to_string(frequency) + ".raw")).string() + "'";
+    }
+    /// Starts a player as a child of the phone; its process number is in the shell's variable `name`.
+    void play(int frequency, const std::string& name) { tell(player(frequency) + " & " + name + "=$!"); }
+    void end(const std::string& name) { tell("kill $" + name + "; wait $" + name + " 2>/dev/null"); }
+
+    AudioObjectID createTap(pid_t process, TapMute mute) {
+        return taps
+            ->createProcessTap(
+                {"VeltoTap", {static_cast<AudioObjectID>(process)}, false, true, false, true, mute})
+            .value_or(0);
+    }
+    AudioObjectID createDevice(AudioObjectID tap) {
+        return taps
+            ->createAggregateDevice(
+                {"VeltoTap", "velto.tap.1", true, false, {taps->tapUID(tap).value_or("")}})
+            .value_or(0);
+    }
+    void destroy(AudioObjectID tap, AudioObjectID device) {
+        EXPECT_TRUE(taps->destroyAggregateDevice(device));
+        EXPECT_TRUE(taps->destroyProcessTap(tap));
+    }
+
+    std::optional<ChildProcess> phone;
+
+  private:
+    FileDescriptor commands_;
+};
+
+TEST_F(TapServer, isAPrivateDeviceAndRefusesWhatItCannotServe) {
+    const auto self = ::getpid();
+    const auto tap = createTap(self, TapMute::unmuted);
+    const auto device = createDevice(tap);
+    ASSERT_NE(device, 0u);
+    EXPECT_EQ(AudioDevices::find("VeltoTap"), (AudioDeviceInfo{device, "VeltoTap", 2, 0}));
+    EXPECT_FALSE(hardware->setDefaultDevice(AudioDirection::input, device));
+    EXPECT_EQ(PulseCatalogue::read(*connection)->size() + 1, AudioDevices::all().size());
+    EXPECT_EQ(createDevice(tap), 0u) << "the identifier is taken";
+    destroy(tap, device);
+    EXPECT_FALSE(taps->destroyAggregateDevice(device));
+    EXPECT_FALSE(taps->destroyProcessTap(tap));
+    EXPECT_EQ(taps->tapUID(tap), std::nullopt);
+    EXPECT_EQ(createDevice(tap), 0u);
+    EXPECT_FALSE(AudioDevices::find("VeltoTap"));
+
+    ProcessTapDescription wrong{"VeltoTap", {static_cast<AudioObjectID>(self)}, false, true, false, true, {}};
+    for (const auto& change : std::vector<std::function<void(ProcessTapDescription&)>>{
+             [](auto& tap) { tap.processes.clear(); }, [](auto& tap) { tap.processes = {0x3fffffff}; },
+             [](auto& tap) { tap.exclusive = true; }, [](auto& tap) { tap.isPrivate = false; },
+             [](auto& tap) { tap.mono = true; }, [](auto& tap) { tap.mixdown = false; }}) {
+        auto description = wrong;
+        change(description);
+        EXPECT_FALSE(taps->createProcessTap(description));
+    }
+    server->kill();
+    ASSERT_TRUE(waitForLine("server lost"));
+    EXPECT_FALSE(taps->createProcessTap(wrong));
+}
+
+TEST_F(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
+    startPhone();
+    const auto tap = createTap(phone->pid(), TapMute::unmuted);
+    const auto device = createDevice(tap);
+    Ear ear("VeltoTap", 16000);
+    Ear second("VeltoTap", 24000);
+    Ear speaker("At the speaker", 16000);
+    ASSERT_TRUE(ear && second && speaker);
+    EXPECT_TRUE(ear.hearsSilence()) << "nothing is played yet";
+
+    play(1000, "a");
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    EXPECT_NEAR(second.loudness(), level, tolerance);
+    EXPECT_NEAR(speaker.loudness(), level, tolerance);
+    const auto before = allocationCount();
+    ear.forget();
+    EXPECT_TRUE(ear.hearsLoud(20));
+    EXPECT_EQ(allocationCount(), before);
+
+    play(700, "b");
+    ear.forget();
+    ASSERT_TRUE(ear.hearsLoud(50));
+    EXPECT_NEAR(ear.loudness(), level * std::numbers::sqrt2, tolerance) << "two at once are summed";
+    end("a");
+    EXPECT_TRUE(ear.hearsLoud(50));
+    ear.forget();
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    end("b");
+    EXPECT_TRUE(ear.hearsSilence());
+    play(1000, "a");
+    EXPECT_NEAR(ear.loudness(), level, tolerance) << "a stream that was started again";
+
+    // Another program is not heard.
+    end("a");
+    EXPECT_TRUE(ear.hearsSilence());
+    const auto stranger = start({"sh", "-c", player(1000)});
+    speaker.forget();
+    EXPECT_TRUE(speaker.hearsLoud(50));
+    EXPECT_TRUE(ear.hearsSilence());
+
+    const auto recording = [&] {
+        return hardware->processIsRunningInput(static_cast<AudioObjectID>(phone->pid()));
+    };
+    EXPECT_EQ(recording(), false);
+    tell("parec >/dev/null & r=$!");
+    const auto until = std::chrono::steady_clock::now() + patience;
+    while (recording() != true && std::chrono::steady_clock::now() < until)
+        std::this_thread::yield();
+    EXPECT_EQ(recording(), true) << "a child of the program records";
+
+    destroy(tap, device);
+    ear.forget();
+    EXPECT_FALSE(ear.hearsAnything(300ms));
+}
+
+TEST_F(TapServer, comesBackWithTheServer) {
+    startPhone();
+    const auto device = createDevice(createTap(phone->pid(), TapMute::unmuted));
+    ASSERT_NE(device, 0u);
+    Ear ear("VeltoTap", 16000);
+    play(1000, "a");
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    server->kill();
+    ASSERT_TRUE(waitForLine("sound: server lost"));
+    EXPECT_FALSE(ear.hearsAnything(300ms) && ear.hearsAnything(300ms));
+    ASSERT_TRUE(server->restart());
+    EXPECT_TRUE(ear.hearsSilence());
+    play(1000, "a");
+    ear.forget();
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+}
+
+/// With a phone that is heard at the speaker.
+class MutedTap : public TapServer {
+  protected:
+    void SetUp() override {
+        TapServer::SetUp();
+        startPhone();
+        play(1000, "a");
+        speaker = std::make_unique<Ear>("At the speaker", 16000);
+        ASSERT_NEAR(speaker->loudness(), level, tolerance);
+    }
+    void TearDown() override {
+        speaker.reset();
+        TapServer::TearDown();
+    }
+    bool speakerIsLoud() {
+        speaker->forget();
+        return std::abs(speaker->loudness() - level) < tolerance;
+    }
+    /// As other clients of the server see them.
+    std::set<std::string> sinks() {
+        std::set<std::string> names;
+        connection->ask([&](pa_context* context) {
+            return std::vector<pa_operation*>{pa_context_get_sink_info_list(
+                context,
+                [](pa_context*, const pa_sink_info* sink, int end, void* data) {
+                    if (end == 0)
+                        static_cast<std::set<std::string>*>(data)->insert(sink->name);
+                },
+                &names)};
+        });
+        return names;
+    }
+
+    std::unique_ptr<Ear> speaker;
+};
+
+TEST_F(MutedTap, silencesTheProgramWhileCapturedAndGivesItBack) {
+    load("module-null-sink", "sink_name=headset norewinds=1");
+    load("module-remap-source",
+         "source_name=headset_ear master=headset.monitor source_properties='device.description=\"At the "
+         "headset\"'");
+    Ear headset("At the headset", 16000);
+    tell("PULSE_SINK=headset " + player(700) + " & b=$!");
+    EXPECT_NEAR(headset.loudness(), level, tolerance);
+
+    const auto tap = createTap(phone->pid(), TapMute::mutedWhenTapped);
+    const auto device = createDevice(tap);
+    ASSERT_NE(device, 0u);
+    EXPECT_TRUE(speakerIsLoud()) << "nobody captures yet";
+    EXPECT_EQ(createTap(phone->pid(), TapMute::mutedWhenTapped), 0u) << "one at a time";
+    EXPECT_EQ(hardware->devices()->size(), 6u + 1 + 3) << "the sink of the tap is no device";
+    {
+        Ear ear("VeltoTap", 16000);
+        EXPECT_TRUE(speaker->hearsSilence());
+        EXPECT_TRUE(headset.hearsSilence());
+        ear.forget();
+        EXPECT_NEAR(ear.loudness(), level * std::numbers::sqrt2, tolerance);
+        end("a");
+        play(1000, "a"); // a new stream is muted as well
+        EXPECT_TRUE(speaker->hearsSilence());
+        ear.forget();
+        EXPECT_NEAR(ear.loudness(), level * std::numbers::sqrt2, tolerance);
+    }
+    EXPECT_TRUE(speakerIsLoud()) << "nobody captures any more";
+    { const Ear brief("VeltoTap", 16000); }
+    Ear again("VeltoTap", 16000);
+    EXPECT_TRUE(speaker->hearsSilence());
+    destroy(tap, device);
+    EXPECT_TRUE(speakerIsLoud());
+    headset.forget();
+    EXPECT_NEAR(headset.loudness(), level, tolerance) << "back where it was";
+    EXPECT_FALSE(sinks().contains("velto_tap"));
+    EXPECT_FALSE(taps->sweep());
+}
+
+TEST_F(MutedTap, hearsAStreamThatRefusesToBeMuted) {
+    end("a"); // the phone is a child of ours, and would be heard too
+    // Our own streams do.
+    auto playback = AudioPlayback::open("Speaker", 24000, 2);
+    playback->write(tone(24000, 30));
+    playback->start();
+    const auto device = createDevice(createTap(::getpid(), TapMute::mutedWhenTapped));
+    ASSERT_NE(device, 0u);
+    Ear ear("VeltoTap", 16000);
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    EXPECT_TRUE(waitForLine("sound: tap: a stream of the tapped program cannot be muted"));
+}
+
+TEST_F(MutedTap, isMadeAgainWhenTheServerReturns) {
+    const auto tap = createTap(phone->pid(), TapMute::mutedWhenTapped);
+    const auto device = createDevice(tap);
+    Ear ear("VeltoTap", 16000);
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    ASSERT_TRUE(server->restart());
+    ASSERT_TRUE(waitForLine("sound: server back"));
+    listenToSpeaker();
+    ASSERT_TRUE(ear.hearsAnything());
+    play(1000, "a");
+    ear.forget();
+    EXPECT_NEAR(ear.loudness(), level, tolerance);
+    EXPECT_TRUE(speaker->hearsSilence());
+    destroy(tap, device);
+    EXPECT_TRUE(speakerIsLoud());
+    EXPECT_FALSE(sinks().contains("velto_tap"));
+}
+
+TEST_F(MutedTap, whatAKilledRunHasMutedIsSwept) {
+    EXPECT_FALSE(taps->sweep());
+    auto holder = start({VELTO_TAP_HOLDER, std::to_string(phone->pid())});
+    ASSERT_TRUE(holder);
+    EXPECT_TRUE(speaker->hearsSilence());
+    EXPECT_FALSE(taps->sweep()) << "its owner lives";
+    EXPECT_EQ(createTap(phone->pid(), TapMute::mutedWhenTapped), 0u);
+    EXPECT_TRUE(waitForLine("sound: tap: the tapped program cannot be muted"));
+
+    holder->kill();
+    EXPECT_TRUE(speaker->hearsSilence()) << "nobody has given it back";
+    EXPECT_TRUE(taps->sweep());
+    EXPECT_TRUE(speakerIsLoud());
+    EXPECT_FALSE(sinks().contains("velto_tap"));
+    EXPECT_FALSE(taps->sweep());
+}
+
+} // namespace
+} // namespace velto::test

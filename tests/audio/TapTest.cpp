@@ -1,0 +1,136 @@
+#include "VeltoShared/audio/AudioCapture.h"
+#include "VeltoShared/audio/AudioDevices.h"
+#include "VeltoShared/audio/AudioProcess.h"
+#include "VeltoShared/audio/ProcessTap.h"
+#include "tests/support/TestComputer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* phone = "com.apple.mobilephone";
+
+class Tap : public ::testing::Test, protected TestComputer {
+  protected:
+    Tap() {
+        audio.addUsualDevices();
+        desktop.launch("org.other", 40);
+        desktop.launch(phone, 41);
+        desktop.launch(phone, 42);
+        audio.setProcess(40, 60, false);
+        audio.setProcess(41, 61, false);
+        audio.setProcess(42, 62, false);
+    }
+    void play(AudioObjectID process, std::int16_t level) {
+        audio.play(process, std::vector<std::int16_t>(480, level));
+    }
+    /// The level that a device has played.
+    int heard(const std::string& output) {
+        const auto samples = audio.takeHeard(output);
+        return samples.empty() ? 0 : samples.back();
+    }
+    bool nothingIsThere() { return audio.taps.taps().empty() && audio.taps.aggregates().empty(); }
+};
+
+TEST_F(Tap, isBuiltAsDescribedAndTakenDownInOrder) {
+    std::set<std::string> uids;
+    for (const bool mute : {true, false}) {
+        const auto tap = ProcessTap::create(phone, "VeltoTap", mute);
+        ASSERT_TRUE(tap);
+        EXPECT_EQ(tap->deviceName(), "VeltoTap");
+        EXPECT_EQ(AudioDevices::find("VeltoTap"), (AudioDeviceInfo{tap->deviceID(), "VeltoTap", 2, 0}));
+
+        const auto [id, description] = *audio.taps.taps().begin();
+        EXPECT_EQ(description, (ProcessTapDescription{"VeltoTap",
+                                                      {61},
+                                                      false,
+                                                      true,
+                                                      false,
+                                                      true,
+                                                      mute ? TapMute::mutedWhenTapped : TapMute::unmuted}));
+        const auto aggregate = audio.taps.aggregates().at(tap->deviceID());
+        EXPECT_EQ(aggregate, (AggregateDeviceDescription{
+                                 "VeltoTap", aggregate.uid, true, false, {audio.taps.tapUID(id).value()}}));
+        EXPECT_TRUE(aggregate.uid.starts_with("velto.tap."));
+        EXPECT_EQ(aggregate.uid.size(), 10u + 36u);
+        uids.insert(aggregate.uid);
+
+        const auto before = audio.taps.destroyed().size();
+        tap->destroy();
+        tap->destroy();
+        const auto destroyed = audio.taps.destroyed();
+        EXPECT_EQ(std::vector(destroyed.begin() + static_cast<std::ptrdiff_t>(before), destroyed.end()),
+                  (std::vector<std::string>{"aggregate " + std::to_string(tap->deviceID()),
+                                            "tap " + std::to_string(id)}));
+    }
+    EXPECT_EQ(uids.size(), 2u);
+    ProcessTap::create(phone, "VeltoTap", false);
+    EXPECT_TRUE(nothingIsThere()) << "destruction destroys";
+    EXPECT_EQ(audio.taps.destroyed().size(), 6u);
+}
+
+TEST_F(Tap, everyFailureLeavesNothingBehind) {
+    EXPECT_FALSE(ProcessTap::create("com.apple.mobilephon", "VeltoTap", true));
+    const std::vector<std::function<void()>> faults{
+        [&] { audio.taps.faults.noPermission = true; },    [&] { audio.taps.faults.tapIsNone = true; },
+        [&] { audio.taps.faults.uidFails = true; },        [&] { audio.taps.faults.aggregateFails = true; },
+        [&] { audio.taps.faults.aggregateIsNone = true; }, [&] { audio.faults.processReadFails = true; },
+        [&] { audio.setProcess(41, 0, false); }, // the second of that name is not asked
+    };
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        audio.taps.faults = {};
+        faults[i]();
+        EXPECT_FALSE(ProcessTap::create(phone, "VeltoTap", true)) << i;
+        EXPECT_TRUE(nothingIsThere()) << i;
+    }
+    audio.faults = {};
+    audio.taps.faults = {};
+    audio.setProcess(41, 61, false);
+    const auto tap = ProcessTap::create(phone, "VeltoTap", true);
+    ASSERT_TRUE(tap);
+    audio.taps.faults.destroyingFails = true; // ignored
+    tap->destroy();
+    audio.taps.faults = {};
+    tap->destroy();
+    EXPECT_EQ(audio.taps.destroyed().size(), 3u) << "one try, after the three of failed creations";
+}
+
+TEST_F(Tap, carriesWhatTheProcessPlaysAndMutesItWhileCaptured) {
+    for (const bool mute : {false, true}) {
+        const auto tap = ProcessTap::create(phone, "VeltoTap", mute);
+        std::vector<std::int16_t> captured;
+        auto capture = AudioCapture::open("VeltoTap", 16000, 2, [&](auto samples) {
+            captured.insert(captured.end(), samples.begin(), samples.end());
+        });
+        ASSERT_TRUE(capture);
+        play(61, 1000);
+        audio.advance(10ms);
+        EXPECT_EQ(heard("Speaker"), 1000) << "nobody captures yet";
+
+        capture->start();
+        for (const AudioObjectID process : {60u, 61u, 62u})
+            play(process, static_cast<std::int16_t>(process * 100));
+        audio.advance(20ms);
+        ASSERT_EQ(captured.size(), 320u);
+        EXPECT_EQ(captured.front(), 6100);
+        EXPECT_EQ(captured.back(), 0);
+        const auto speaker = audio.takeHeard("Speaker");
+        EXPECT_EQ(speaker.front(), mute ? 6000 + 6200 : 6000 + 6100 + 6200);
+
+        tap->destroy();
+        play(61, 1000);
+        audio.advance(10ms);
+        EXPECT_EQ(captured.size(), 320u) << "the device is gone";
+        EXPECT_EQ(heard("Speaker"), 1000);
+    }
+}
+
+} // namespace
+} // namespace velto::test
