@@ -3,6 +3,7 @@
 
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
+#include "VeltoPlatform/linux/LinuxWorkspace.h"
 #include "VeltoPlatform/linux/SecretServiceStore.h"
 #include "VeltoShared/core/KeychainStore.h"
 #include "rehearsal/director/Inquiry.h"
@@ -54,6 +55,7 @@ class Rehearsal {
             options.keys.contains(options.provider) ? options.provider : *options.keys.begin();
         evidence_.storedKeys = options.keys;
         evidence_.isRecorded = options.record;
+        evidence_.tapWanted = options.tap;
     }
 
     int run() {
@@ -81,6 +83,8 @@ class Rehearsal {
     bool startPrograms();
     ChildProgram program(const char* title, const char* name, std::vector<std::string> arguments) const;
     std::optional<json::object> ask(json::object request);
+    /// As somebody would who has it open all day.
+    bool openPhone();
     bool placeCall();
     bool follow();
     void makeTroubleWhenDue();
@@ -180,7 +184,8 @@ bool Rehearsal::startPrograms() {
     stage_.add(server, [this](const json::object& event) { evidence_.fromServer(event); });
     if (!stage_.waitUntil([&] { return evidence_.serverPort != 0; }, kToStart))
         return fail("the voice server did not start");
-    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort, options_.record))
+    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort, options_.record,
+                                        options_.tap))
         return fail("the application's preferences could not be written");
     application_ =
         stage_.add(program(kApplicationTitle, "velto", {"--headless"}), [](const json::object&) {});
@@ -188,10 +193,25 @@ bool Rehearsal::startPrograms() {
     const auto deadline = std::chrono::steady_clock::now() + kToStart;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
         if (ask({{"cmd", "ping"}}))
-            return true;
+            return !options_.tap || openPhone();
         stage_.waitUntil([] { return false; }, 20ms);
     }
     return fail("the application did not open its control socket");
+}
+
+bool Rehearsal::openPhone() {
+    auto phone = program(kPhoneTitle, "velto-phone", {});
+    phone.environment.merge(Environment(session_->phoneEnvironment()));
+    stage_.add(phone, [](const json::object&) {});
+    // Whoever asks for the running applications must find it, or there is nothing to tap.
+    AtspiAccessibility accessibility([](const std::string&) {});
+    LinuxWorkspace workspace(accessibility);
+    const auto isListed = [&] {
+        return evidence_.phone != 0 &&
+               std::ranges::any_of(workspace.runningApplications(),
+                                   [&](const RunningApplication& one) { return one.pid == evidence_.phone; });
+    };
+    return stage_.waitUntil(isListed, kToStart) || fail("the phone app did not open");
 }
 
 std::optional<json::object> Rehearsal::ask(json::object request) {
@@ -344,16 +364,17 @@ void Rehearsal::takeRecord() {
 
 void Rehearsal::finish(bool played) {
     // A line that is still open is a fault of its own, which the end of the phone app would hide.
-    if (evidence_.phone > 0 && evidence_.ended)
+    if (evidence_.phone > 0 && evidence_.ended && !options_.tap)
         if (auto sentence = stage_.endOther(kPhoneTitle, evidence_.phone))
             evidence_.wrongEnds.push_back(std::move(*sentence));
     // The application before the inquiry, for a request that it does not answer to end.
     for (auto& sentence : stage_.end())
         evidence_.wrongEnds.push_back(std::move(sentence));
     inquiry_.reset();
+    const auto log = readFile(surroundings_.applicationLog()).value_or("");
+    evidence_.tapUsed = log.find("downlink: process tap on Phone.app") != std::string::npos;
     if (options_.record)
         evidence_.recording = hearRecording(surroundings_.recordings());
-    const auto log = readFile(surroundings_.applicationLog()).value_or("");
     measurements_.applicationStats = lastStats(log);
     keySearch_.lookAtFolder(surroundings_.folder());
     if (!options_.wire.empty())

@@ -26,6 +26,7 @@ struct DirectorOptions {
     std::set<VoiceProvider> keys;                   ///< whose key is in the keyring; not empty
     std::filesystem::path wire; ///< gets what the application sent; empty: nobody asks for it
     bool record = false;        ///< the application is to record the call
+    bool tap = false;           ///< the application is to capture from the phone app itself
     Cut cut = Cut::nothing;
     bool json = false; ///< one JSON object at the end instead of text
     bool keepFolder = false;

@@ -99,6 +99,8 @@ class Evidence {
     /// The longest that the application took to answer while the phone app stood still, s.
     std::optional<double> longestHold;
     std::set<VoiceProvider> storedKeys;
+    bool tapWanted = false;  ///< the application was told to capture from the phone app itself
+    bool tapUsed = false;    ///< by its own log
     bool isRecorded = false; ///< the application was told to record the call
     std::optional<Recording> recording;
     std::set<int> troubledBefore;       ///< marks of the lines before which their trouble was made

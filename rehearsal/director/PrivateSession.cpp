@@ -58,11 +58,10 @@ Result<> PrivateSession::startDesktop(const PrivateSessionPlan& plan) {
     environment_.merge(sound_->clientEnvironment());
     Surroundings::enter(environment_);
     hardware_ = std::make_unique<PulseHardware>(std::make_shared<PulseServer>([](const std::string&) {}));
-    const PhoneRegistration phone{plan.phone,
-                                  {{"DISPLAY", desktop_->display()},
-                                   {"VELTO_PHONE_LINE", "rehearsal:" + plan.scenario.string()},
-                                   {"VELTO_REHEARSAL_REPORTS", plan.reports}}};
-    return registerPhone(phone, plan.folders);
+    phoneEnvironment_ = {{"DISPLAY", desktop_->display()},
+                         {"VELTO_PHONE_LINE", "rehearsal:" + plan.scenario.string()},
+                         {"VELTO_REHEARSAL_REPORTS", plan.reports}};
+    return registerPhone({plan.phone, phoneEnvironment_}, plan.folders);
 }
 
 DefaultDevices PrivateSession::defaultDevices() {

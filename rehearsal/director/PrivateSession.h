@@ -33,6 +33,8 @@ class PrivateSession {
 
     /// Of every program in the session. The display is not in it: only the phone app gets that.
     const Environment& environment() const { return environment_; }
+    /// What the phone app finds beside that.
+    const Environment& phoneEnvironment() const { return phoneEnvironment_; }
     /// What leads a shell to the session's sound server.
     Environment soundEnvironment() const { return sound_->clientEnvironment(); }
     DefaultDevices defaultDevices();
@@ -55,6 +57,7 @@ class PrivateSession {
     Stage& stage_;
     std::set<pid_t> watched_;
     Environment environment_;
+    Environment phoneEnvironment_;
     std::unique_ptr<PrivateSoundServer> sound_;
     std::unique_ptr<PrivateDesktop> desktop_;
     std::unique_ptr<PulseHardware> hardware_;

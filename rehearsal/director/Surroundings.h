@@ -19,8 +19,8 @@ class Surroundings {
     /// when that fails.
     bool prepare();
     /// Which provider the application is to use, that it finds both at the voice server, and whether it is to
-    /// record the call; false when that fails.
-    bool writePreferences(VoiceProvider provider, std::uint16_t serverPort, bool record) const;
+    /// record the call and to tap the phone app; false when that fails.
+    bool writePreferences(VoiceProvider provider, std::uint16_t serverPort, bool record, bool tap) const;
     /// Of every program: private folders, the authority that is trusted; the desktop adds its bus.
     const Environment& environment() const { return environment_; }
     /// Those of the variables that somebody needs to talk to the application, as shell words.

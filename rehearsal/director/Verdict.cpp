@@ -269,6 +269,9 @@ std::vector<std::string> faults(const Scenario& scenario, const Evidence& eviden
     checkEnd(scenario, evidence, found);
     checkRecord(scenario, evidence, found);
     checkRecording(scenario, evidence, found);
+    if (evidence.tapUsed != evidence.tapWanted)
+        found.emplace_back(evidence.tapWanted ? "the application did not tap the phone app"
+                                              : "the application tapped the phone app unasked");
     checkKeys(evidence, found);
     if (evidence.longestHold && *evidence.longestHold > kLongestHold)
         found.push_back("the application took " +

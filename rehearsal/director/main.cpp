@@ -55,6 +55,8 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     arguments.add_option("--wire", wire, "File for what the application sends, without keys and audio");
     arguments.add_flag("--record", options.record, "Have the application record the call, and hear the file");
+    arguments.add_flag("--tap", options.tap,
+                       "Have the application capture from the phone app itself, which is open before");
     arguments.add_option("--cut", cut, "Cut a wire: uplink (the feed device muted) or loop (no loop device)")
         ->check(CLI::IsMember({"uplink", "loop"}));
     arguments.add_flag("--keep", options.keepFolder, "Keep the private folder with logs and sockets");

@@ -192,6 +192,7 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.placesWithKey = {"the file log"}; }, "an API key can be read in the file log"},
         {[](Evidence& e) { e.searchedForKeys.erase(kPhoneTitle); },
          "nobody could look for the API keys in the command line of the phone app"},
+        {[](Evidence& e) { e.tapWanted = true; }, "the application did not tap the phone app"},
         {[](Evidence& e) { e.recording.reset(); }, "the call was not recorded"},
         {[](Evidence& e) { e.recording->heard.pop_back(); }, "the recording lacks a part of line 3"},
         {[](Evidence& e) {
