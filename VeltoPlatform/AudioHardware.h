@@ -30,7 +30,7 @@ class AudioHardware {
 
     /// 0 is a legal answer: there is no default device.
     virtual std::optional<AudioObjectID> defaultDevice(AudioDirection direction) = 0;
-    /// False when the system refuses.
+    /// Returns once the device is the default one; false when the system refuses.
     virtual bool setDefaultDevice(AudioDirection direction, AudioObjectID device) = 0;
 
     /// The audio object of a process; 0 is a legal answer: the process has none.

@@ -22,8 +22,28 @@ ensure_packages() {
   echo "Installing: ${missing[*]}" >&2
   local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}")
   # The package lists may be missing or old on a fresh machine: refresh them when the first try fails.
-  "${install[@]}" >/dev/null 2>&1 && return 0
-  "${as_root[@]}" apt-get update -q >&2 && "${install[@]}" >&2
+  if ! "${install[@]}" >/dev/null 2>&1; then
+    "${as_root[@]}" apt-get update -q >&2
+    "${install[@]}" >&2
+  fi
+  keep_sound_server "${missing[@]}"
+}
+
+# keep_sound_server PACKAGE …: of those that were just installed, a second sound server does not start with the
+# next log-in in place of the user's. What we need of it we start ourselves.
+keep_sound_server() {
+  local units=() package
+  for package in "$@"; do
+    case $package in
+      pipewire | pipewire-pulse) units+=("$package.socket" "$package.service") ;;
+      wireplumber) units+=(wireplumber.service) ;;
+      pulseaudio)
+        dpkg-query -W -f='${Status}' pipewire-pulse 2>/dev/null | grep -q 'install ok installed' &&
+          [[ " $* " != *" pipewire-pulse "* ]] && units+=(pulseaudio.socket pulseaudio.service) ;;
+    esac
+  done
+  [ ${#units[@]} -eq 0 ] || ! command -v systemctl >/dev/null ||
+    "${as_root[@]}" systemctl --global disable "${units[@]}" >/dev/null 2>&1 || true
 }
 
 # build PRESET [TARGET …]: configures and builds; sets build_folder.

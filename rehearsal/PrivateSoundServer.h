@@ -1,24 +1,24 @@
-// A sound server of our own: one PulseAudio process in one folder, with the virtual devices and no hardware.
+// A sound server of our own: PulseAudio or PipeWire in one folder, with the virtual devices and no hardware.
 #pragma once
 
 #include "VeltoShared/core/Result.h"
+#include "rehearsal/SoundPrograms.h"
 #include "rehearsal/process/ChildProcess.h"
 
 #include <chrono>
 #include <filesystem>
+#include <list>
 #include <map>
 #include <memory>
-#include <optional>
-#include <set>
 #include <string>
 
 namespace velto::rehearsal {
 
+enum class SoundServerKind { pulseAudio, pipeWire };
+
 struct PrivateSoundServerOptions {
-    /// Display names of devices to leave out. "VeltoVoice 2ch Mic" without its feed is a silent source.
-    std::set<std::string> without;
-    /// Display names of devices that exist but pass silence only.
-    std::set<std::string> muted;
+    SoundServerKind kind = SoundServerKind::pulseAudio;
+    SoundDevices devices{};
     std::chrono::milliseconds readyWithin{5000};
 };
 
@@ -42,28 +42,28 @@ class PrivateSoundServer {
     std::string address() const;
     /// What a client process should find in its environment: PULSE_SERVER, PULSE_COOKIE.
     std::map<std::string, std::string> clientEnvironment() const;
-    /// 0 while it does not run.
-    pid_t pid() const { return process_ ? process_->pid() : 0; }
+    /// Its processes, clients speak to the last one; empty while it does not run.
+    std::list<ChildProcess>& processes() { return processes_; }
 
-    /// SIGKILL, and waits until the process is gone.
+    /// SIGKILL, and waits until the processes are gone.
     void kill();
     /// Ends it if it runs, and starts it again at the same address.
     Result<> restart();
     /// Restart with other devices.
-    Result<> restart(PrivateSoundServerOptions options);
+    Result<> restart(SoundDevices devices);
     /// Asks it to end, kills it after a second.
     void stop();
 
   private:
-    PrivateSoundServer(std::filesystem::path folder, PrivateSoundServerOptions options);
+    PrivateSoundServer(SoundFolder folder, PrivateSoundServerOptions options);
 
     Result<> launch();
-    Result<> waitUntilReady();
-    std::filesystem::path socketPath() const { return folder_ / "pulse" / "native"; }
+    Result<> launch(const SoundProgram& program, std::chrono::steady_clock::time_point until);
+    Result<> waitForDefaults(std::chrono::steady_clock::time_point until);
 
-    std::filesystem::path folder_;
+    SoundFolder folder_;
     PrivateSoundServerOptions options_;
-    std::optional<ChildProcess> process_;
+    std::list<ChildProcess> processes_;
 };
 
 } // namespace velto::rehearsal

@@ -10,13 +10,22 @@
 
 #include <algorithm>
 #include <string>
+#include <thread>
 
 namespace velto {
 namespace {
 
+/// PipeWire's session manager chooses a few ms after the server has accepted the wish.
+constexpr std::chrono::milliseconds defaultLimit{100};
+constexpr std::chrono::milliseconds defaultLook{1};
+
 struct Defaults {
     std::string sink;
     std::string source;
+
+    const std::string& of(AudioDirection direction) const {
+        return direction == AudioDirection::input ? source : sink;
+    }
 };
 
 /// Clients of the server and their recording streams, reduced to one process.
@@ -37,6 +46,23 @@ bool belongsTo(pid_t pid, pa_proplist* properties) {
 
 std::string text(const char* characters) {
     return characters == nullptr ? std::string() : std::string(characters);
+}
+
+std::optional<Defaults> readDefaults(PulseServer& server) {
+    Defaults defaults;
+    const bool answered = server.ask([&](pa_context* context) {
+        return std::vector<pa_operation*>{pa_context_get_server_info(
+            context,
+            [](pa_context*, const pa_server_info* info, void* data) {
+                if (info != nullptr)
+                    *static_cast<Defaults*>(data) = {text(info->default_sink_name),
+                                                     text(info->default_source_name)};
+            },
+            &defaults)};
+    });
+    if (!answered)
+        return std::nullopt;
+    return defaults;
 }
 
 std::optional<ProcessUse> use(PulseServer& server, pid_t pid) {
@@ -131,23 +157,13 @@ std::optional<std::vector<std::uint32_t>> PulseHardware::streamConfiguration(Aud
 }
 
 std::optional<AudioObjectID> PulseHardware::defaultDevice(AudioDirection direction) {
-    Defaults defaults;
-    const bool answered = server_->ask([&](pa_context* context) {
-        return std::vector<pa_operation*>{pa_context_get_server_info(
-            context,
-            [](pa_context*, const pa_server_info* info, void* data) {
-                if (info != nullptr)
-                    *static_cast<Defaults*>(data) = {text(info->default_sink_name),
-                                                     text(info->default_source_name)};
-            },
-            &defaults)};
-    });
-    const auto devices = answered ? read() : nullptr;
+    const auto defaults = readDefaults(*server_);
+    const auto devices = defaults ? read() : nullptr;
     if (!devices)
         return std::nullopt;
-    const auto& name = direction == AudioDirection::input ? defaults.source : defaults.sink;
     const auto found = std::ranges::find_if(*devices, [&](const PulseDevice& device) {
-        return device.side(direction).channels > 0 && device.side(direction).serverName == name;
+        return device.side(direction).channels > 0 &&
+               device.side(direction).serverName == defaults->of(direction);
     });
     return found == devices->end() ? 0 : found->id;
 }
@@ -167,7 +183,16 @@ bool PulseHardware::setDefaultDevice(AudioDirection direction, AudioObjectID id)
                 ? pa_context_set_default_source(context, name.c_str(), answer, &accepted)
                 : pa_context_set_default_sink(context, name.c_str(), answer, &accepted)};
     });
-    return answered && accepted;
+    if (!answered || !accepted)
+        return false;
+    const auto until = std::chrono::steady_clock::now() + defaultLimit;
+    for (;;) {
+        const auto defaults = readDefaults(*server_);
+        const bool inForce = defaults && defaults->of(direction) == name;
+        if (inForce || !defaults || std::chrono::steady_clock::now() > until)
+            return inForce;
+        std::this_thread::sleep_for(defaultLook);
+    }
 }
 
 std::optional<AudioObjectID> PulseHardware::processObject(pid_t pid) {

@@ -6,26 +6,20 @@
 #include <pulse/rtclock.h>
 #include <pulse/timeval.h>
 
-#include <algorithm>
-
 namespace velto {
 namespace {
 
 constexpr pa_usec_t fragment = 10 * PA_USEC_PER_MSEC;
-constexpr pa_usec_t prefill = 30 * PA_USEC_PER_MSEC;
-constexpr pa_usec_t mostKept = 100 * PA_USEC_PER_MSEC;
-constexpr pa_usec_t capacity = 500 * PA_USEC_PER_MSEC;
 
-std::size_t samplesIn(pa_usec_t duration, const StreamFormat& format) {
-    const auto wanted = PulseStream::serverFormat(format);
-    return pa_usec_to_bytes(duration, &wanted) / sizeof(std::int16_t);
+JitterBuffer::Time clockTime() {
+    return JitterBuffer::Time(pa_rtclock_now());
 }
 
 } // namespace
 
 PulseMonitor::PulseMonitor(pa_context* context, const PulsePlayer& player, const StreamFormat& format)
-    : sink_(player.sink), madeAt_(pa_rtclock_now()), frameSamples_(format.channels),
-      most_(samplesIn(mostKept, format)), ring_(samplesIn(capacity, format)) {
+    : sink_(player.sink), madeAt_(pa_rtclock_now()),
+      buffer_(PulseStream::serverFormat(format).rate, format.channels) {
     const auto wanted = PulseStream::serverFormat(format);
     pa_channel_map map;
     pa_channel_map_init_extend(&map, wanted.channels, PA_CHANNEL_MAP_DEFAULT);
@@ -67,40 +61,13 @@ void PulseMonitor::record() {
     std::size_t size = 0;
     while (pa_stream_readable_size(stream_) > 0 && pa_stream_peek(stream_, &data, &size) >= 0 && size > 0) {
         if (data != nullptr) // none: a hole, where the server has lost sound
-            push({static_cast<const std::int16_t*>(data), size / sizeof(std::int16_t)});
+            buffer_.push({static_cast<const std::int16_t*>(data), size / sizeof(std::int16_t)}, clockTime());
         pa_stream_drop(stream_);
     }
 }
 
-void PulseMonitor::push(std::span<const std::int16_t> samples) {
-    if (samples.size() > ring_.size())
-        samples = samples.last(ring_.size() / frameSamples_ * frameSamples_);
-    if (kept_ == 0 && waiting_)
-        waitingSince_ = pa_rtclock_now();
-    drop(std::max(kept_ + samples.size(), ring_.size()) - ring_.size());
-    const auto at = (first_ + kept_) % ring_.size();
-    const auto straight = std::min(samples.size(), ring_.size() - at);
-    std::ranges::copy(samples.first(straight), ring_.begin() + static_cast<std::ptrdiff_t>(at));
-    std::ranges::copy(samples.subspan(straight), ring_.begin());
-    kept_ += samples.size();
-}
-
-void PulseMonitor::drop(std::size_t samples) {
-    const auto dropped = std::min(samples, kept_);
-    first_ = (first_ + dropped) % ring_.size();
-    kept_ -= dropped;
-}
-
 void PulseMonitor::addTo(std::span<std::int32_t> sum) {
-    if (waiting_ && (kept_ == 0 || pa_rtclock_now() - waitingSince_ < prefill))
-        return;
-    const auto count = std::min(sum.size(), kept_);
-    for (std::size_t i = 0; i < count; ++i)
-        sum[i] += ring_[(first_ + i) % ring_.size()];
-    drop(count);
-    waiting_ = count < sum.size();
-    if (kept_ > most_)
-        drop((kept_ - most_) / frameSamples_ * frameSamples_);
+    buffer_.addTo(sum, clockTime());
 }
 
 } // namespace velto

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoPlatform/OutputUnits.h"
+#include "VeltoPlatform/linux/JitterBuffer.h"
 #include "VeltoPlatform/linux/PulsePlayers.h"
 
 #include <pulse/context.h>
@@ -9,13 +10,10 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 namespace velto {
 
-/// Everything happens on the sound thread or under its lock. The data path allocates nothing. Sound waits for
-/// 30 ms before it is taken, again after each gap, because the server hands it over unevenly; what has piled
-/// up beyond 100 ms is thrown away.
+/// Everything happens on the sound thread or under its lock. The data path allocates nothing.
 class PulseMonitor {
   public:
     enum class State { running, lost, refused };
@@ -36,18 +34,10 @@ class PulseMonitor {
 
   private:
     void record();
-    void push(std::span<const std::int16_t> samples);
-    void drop(std::size_t samples);
 
     std::uint32_t sink_;
     pa_usec_t madeAt_;
-    std::size_t frameSamples_;
-    std::size_t most_; ///< samples that may be kept after taking
-    std::vector<std::int16_t> ring_;
-    std::size_t first_ = 0;
-    std::size_t kept_ = 0;
-    bool waiting_ = true; ///< until the first of what is kept is old enough
-    pa_usec_t waitingSince_ = 0;
+    JitterBuffer buffer_;
     pa_stream* stream_ = nullptr;
 };
 

@@ -13,12 +13,7 @@ namespace {
 constexpr std::size_t kLines = 5;
 constexpr int kCannotBeExecuted = 127;
 
-} // namespace
-
-std::string whyNotStarted(std::optional<ChildProcess>& process, const std::filesystem::path& log) {
-    if (const auto status = process ? process->exitStatus() : std::nullopt;
-        status && WIFEXITED(*status) && WEXITSTATUS(*status) == kCannotBeExecuted)
-        return "; is it installed?";
+std::string lastLines(const std::filesystem::path& log) {
     std::deque<std::string> last;
     std::istringstream text(readFile(log).value_or(""));
     for (std::string line; std::getline(text, line);) {
@@ -32,6 +27,19 @@ std::string whyNotStarted(std::optional<ChildProcess>& process, const std::files
     for (const auto& line : last)
         answer += "\n  " + line;
     return answer;
+}
+
+} // namespace
+
+std::string whyNotStarted(ChildProcess& process, const std::filesystem::path& log) {
+    if (const auto status = process.exitStatus();
+        status && WIFEXITED(*status) && WEXITSTATUS(*status) == kCannotBeExecuted)
+        return "; is it installed?";
+    return lastLines(log);
+}
+
+std::string whyNotStarted(std::optional<ChildProcess>& process, const std::filesystem::path& log) {
+    return process ? whyNotStarted(*process, log) : lastLines(log);
 }
 
 } // namespace velto::rehearsal

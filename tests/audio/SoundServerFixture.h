@@ -128,8 +128,9 @@ class Ear {
 
 class SoundServer : public ::testing::Test {
   protected:
+    virtual rehearsal::SoundServerKind kind() const { return rehearsal::SoundServerKind::pulseAudio; }
     void SetUp() override {
-        auto started = rehearsal::PrivateSoundServer::start(folder_.path());
+        auto started = rehearsal::PrivateSoundServer::start(folder_.path(), {.kind = kind()});
         ASSERT_TRUE(started) << started.error().description;
         server = std::move(*started);
         for (const auto& [name, value] : server->clientEnvironment())
@@ -184,5 +185,18 @@ class SoundServer : public ::testing::Test {
     std::unique_ptr<PulseHardware> hardware;
     std::unique_ptr<PulseUnits> units;
 };
+
+/// Once with each kind of server.
+class EachSoundServer : public SoundServer, public ::testing::WithParamInterface<rehearsal::SoundServerKind> {
+  protected:
+    rehearsal::SoundServerKind kind() const override { return GetParam(); }
+};
+
+inline const auto bothKinds =
+    ::testing::Values(rehearsal::SoundServerKind::pulseAudio, rehearsal::SoundServerKind::pipeWire);
+
+inline std::string nameOfKind(const ::testing::TestParamInfo<rehearsal::SoundServerKind>& info) {
+    return info.param == rehearsal::SoundServerKind::pulseAudio ? "PulseAudio" : "PipeWire";
+}
 
 } // namespace velto::test

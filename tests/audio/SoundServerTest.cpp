@@ -50,7 +50,7 @@ TEST(PulseCatalogue, pairsSidesByDescriptionAndKeepsIdentifiersApart) {
     EXPECT_GT(values.front(), 0u);
 }
 
-TEST_F(SoundServer, showsDevicesDefaultsAndProcesses) {
+TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
     std::map<std::string, std::pair<int, int>> channels;
     for (const auto& device : AudioDevices::all())
         channels[device.name] = {device.inputChannels, device.outputChannels};
@@ -93,7 +93,7 @@ TEST_F(SoundServer, showsDevicesDefaultsAndProcesses) {
     EXPECT_EQ(AudioDevices::find("VeltoVoice 2ch Mic"), mic);
 }
 
-TEST_F(SoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
+TEST_P(EachSoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
     struct Case {
         const char* output;
         const char* input;
@@ -123,7 +123,7 @@ TEST_F(SoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
     }
 }
 
-TEST_F(SoundServer, killedAndStartedAgainTheSoundComesBack) {
+TEST_P(EachSoundServer, killedAndStartedAgainTheSoundComesBack) {
     Monitor told;
     int returns = 0;
     hardware->observeReturn([&] { told.change([&] { ++returns; }); });
@@ -156,12 +156,12 @@ TEST_F(SoundServer, killedAndStartedAgainTheSoundComesBack) {
     ASSERT_TRUE(server->restart({.without = {"VeltoLoop 2ch"}, .muted = {}}));
     EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is gone"));
     EXPECT_TRUE(ear.hearsAnything());
-    ASSERT_TRUE(server->restart({}));
+    ASSERT_TRUE(server->restart(rehearsal::SoundDevices{}));
     EXPECT_TRUE(loop.hearsAnything());
     EXPECT_EQ(returns, 1);
 }
 
-TEST_F(SoundServer, aServerThatStartsLateIsFound) {
+TEST_P(EachSoundServer, aServerThatStartsLateIsFound) {
     // One connection at a time: libpulse recycles memory between them in ways a thread sanitizer cannot see.
     units.reset();
     hardware.reset();
@@ -184,7 +184,7 @@ TEST_F(SoundServer, aServerThatStartsLateIsFound) {
     EXPECT_EQ(PulseCatalogue::read(*early).value().size(), 6u);
 }
 
-TEST_F(SoundServer, aDeviceThatComesBackIsFoundByItsName) {
+TEST_P(EachSoundServer, aDeviceThatComesBackIsFoundByItsName) {
     const auto module =
         load("module-null-sink", "sink_name=extra sink_properties='device.description=Extra'");
     auto playback = AudioPlayback::open("Extra", 24000, 2);
@@ -207,10 +207,10 @@ TEST_F(SoundServer, aDeviceThatComesBackIsFoundByItsName) {
     EXPECT_TRUE(moves());
 }
 
-TEST_F(SoundServer, aServerThatHangsHoldsNobodyUp) {
+TEST_P(EachSoundServer, aServerThatHangsHoldsNobodyUp) {
     Ear ear("VeltoLoop 2ch", 16000);
     ASSERT_TRUE(ear.hearsAnything());
-    ::kill(server->pid(), SIGSTOP);
+    ::kill(server->processes().back().pid(), SIGSTOP);
     const auto asked = SteadyClock::now();
     EXPECT_TRUE(AudioDevices::all().empty());
     for (int i = 0; i < 20; ++i) {
@@ -223,14 +223,14 @@ TEST_F(SoundServer, aServerThatHangsHoldsNobodyUp) {
     }
     EXPECT_LT(SteadyClock::now() - asked, 2s); // one limit, and not one for each question
     EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch stands still"));
-    ::kill(server->pid(), SIGCONT);
+    ::kill(server->processes().back().pid(), SIGCONT);
     EXPECT_TRUE(waitForLine("sound: server answers again"));
     EXPECT_TRUE(ear.hearsAnything());
     EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is back"));
     EXPECT_EQ(AudioRouting::defaultInputName(), "Microphone");
 }
 
-TEST_F(SoundServer, unitsRefuseWhatTheyCannotDo) {
+TEST_P(EachSoundServer, unitsRefuseWhatTheyCannotDo) {
     auto unit = units->instantiate();
     EXPECT_NE(unit->setCurrentDevice(1), kAudioNoError);
     EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {std::nan(""), 2}), kAudioNoError);
@@ -250,6 +250,29 @@ TEST_F(SoundServer, unitsRefuseWhatTheyCannotDo) {
     server->kill();
     playback.reset();
 }
+
+class PipeWireServer : public SoundServer {
+  protected:
+    rehearsal::SoundServerKind kind() const override { return rehearsal::SoundServerKind::pipeWire; }
+};
+
+TEST_F(PipeWireServer, withoutItsSessionManagerASilentDeviceIsSaidAndComesBack) {
+    Ear early("VeltoLoop 2ch", 16000);
+    ASSERT_TRUE(early.hearsAnything());
+    std::next(server->processes().begin())->kill();
+    Ear late("VeltoVoice 2ch Mic", 16000);
+    ASSERT_TRUE(late);
+    EXPECT_TRUE(waitForLine("sound: device VeltoVoice 2ch Mic stands still"));
+    EXPECT_FALSE(hardware->setDefaultDevice(AudioDirection::input,
+                                            AudioDevices::find("VeltoVoice 2ch Mic").value().id))
+        << "accepted, but nobody acts on it";
+    ASSERT_TRUE(server->restart());
+    EXPECT_TRUE(early.hearsAnything());
+    EXPECT_TRUE(late.hearsAnything());
+    EXPECT_TRUE(waitForLine("sound: device VeltoVoice 2ch Mic is back"));
+}
+
+INSTANTIATE_TEST_SUITE_P(On, EachSoundServer, bothKinds, nameOfKind);
 
 } // namespace
 } // namespace velto::test

@@ -25,10 +25,10 @@ using rehearsal::ChildProgram;
 constexpr double level = amplitude / std::numbers::sqrt2;
 constexpr double tolerance = 0.03 * amplitude;
 
-class TapServer : public SoundServer {
+class TapServer : public EachSoundServer {
   protected:
     void SetUp() override {
-        SoundServer::SetUp();
+        EachSoundServer::SetUp();
         if (HasFatalFailure())
             return;
         for (const int frequency : {700, 1000}) {
@@ -41,7 +41,7 @@ class TapServer : public SoundServer {
     }
     void TearDown() override {
         phone.reset();
-        SoundServer::TearDown();
+        EachSoundServer::TearDown();
     }
 
     std::filesystem::path root() const { return folder_.path(); }
@@ -103,7 +103,7 @@ class TapServer : public SoundServer {
     FileDescriptor commands_;
 };
 
-TEST_F(TapServer, isAPrivateDeviceAndRefusesWhatItCannotServe) {
+TEST_P(TapServer, isAPrivateDeviceAndRefusesWhatItCannotServe) {
     const auto self = ::getpid();
     const auto tap = createTap(self, TapMute::unmuted);
     const auto device = createDevice(tap);
@@ -133,7 +133,7 @@ TEST_F(TapServer, isAPrivateDeviceAndRefusesWhatItCannotServe) {
     EXPECT_FALSE(taps->createProcessTap(wrong));
 }
 
-TEST_F(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
+TEST_P(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
     startPhone();
     const auto tap = createTap(phone->pid(), TapMute::unmuted);
     const auto device = createDevice(tap);
@@ -188,7 +188,7 @@ TEST_F(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
     EXPECT_FALSE(ear.hearsAnything(300ms));
 }
 
-TEST_F(TapServer, comesBackWithTheServer) {
+TEST_P(TapServer, comesBackWithTheServer) {
     startPhone();
     const auto device = createDevice(createTap(phone->pid(), TapMute::unmuted));
     ASSERT_NE(device, 0u);
@@ -241,7 +241,7 @@ class MutedTap : public TapServer {
     std::unique_ptr<Ear> speaker;
 };
 
-TEST_F(MutedTap, silencesTheProgramWhileCapturedAndGivesItBack) {
+TEST_P(MutedTap, silencesTheProgramWhileCapturedAndGivesItBack) {
     load("module-null-sink", "sink_name=headset norewinds=1");
     load("module-remap-source",
          "source_name=headset_ear master=headset.monitor source_properties='device.description=\"At the "
@@ -280,7 +280,7 @@ TEST_F(MutedTap, silencesTheProgramWhileCapturedAndGivesItBack) {
     EXPECT_FALSE(taps->sweep());
 }
 
-TEST_F(MutedTap, hearsAStreamThatRefusesToBeMuted) {
+TEST_P(MutedTap, hearsAStreamThatRefusesToBeMuted) {
     end("a"); // the phone is a child of ours, and would be heard too
     // Our own streams do.
     auto playback = AudioPlayback::open("Speaker", 24000, 2);
@@ -293,7 +293,7 @@ TEST_F(MutedTap, hearsAStreamThatRefusesToBeMuted) {
     EXPECT_TRUE(waitForLine("sound: tap: a stream of the tapped program cannot be muted"));
 }
 
-TEST_F(MutedTap, isMadeAgainWhenTheServerReturns) {
+TEST_P(MutedTap, isMadeAgainWhenTheServerReturns) {
     const auto tap = createTap(phone->pid(), TapMute::mutedWhenTapped);
     const auto device = createDevice(tap);
     Ear ear("VeltoTap", 16000);
@@ -311,7 +311,7 @@ TEST_F(MutedTap, isMadeAgainWhenTheServerReturns) {
     EXPECT_FALSE(sinks().contains("velto_tap"));
 }
 
-TEST_F(MutedTap, whatAKilledRunHasMutedIsSwept) {
+TEST_P(MutedTap, whatAKilledRunHasMutedIsSwept) {
     EXPECT_FALSE(taps->sweep());
     auto holder = start({VELTO_TAP_HOLDER, std::to_string(phone->pid())});
     ASSERT_TRUE(holder);
@@ -327,6 +327,9 @@ TEST_F(MutedTap, whatAKilledRunHasMutedIsSwept) {
     EXPECT_FALSE(sinks().contains("velto_tap"));
     EXPECT_FALSE(taps->sweep());
 }
+
+INSTANTIATE_TEST_SUITE_P(On, TapServer, bothKinds, nameOfKind);
+INSTANTIATE_TEST_SUITE_P(On, MutedTap, bothKinds, nameOfKind);
 
 } // namespace
 } // namespace velto::test
