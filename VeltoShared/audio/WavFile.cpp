@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <bit>
 #include <system_error>
+#include <utility>
 
 namespace velto {
 namespace {
@@ -79,6 +80,13 @@ void WavFile::finish() {
     if (::ftruncate(file_.get(), static_cast<off_t>(WavFormat::headerSize) + off_t{2} * frames_) != 0)
         fail();
     refreshHeader();
+    if (struct stat status {}; ::fstat(file_.get(), &status) == 0 && status.st_nlink == 0) {
+        trouble_ = "the file was deleted";
+        lost_ += std::exchange(frames_, 0);
+    }
+}
+
+void WavFile::sync() {
     ::fsync(file_.get());
     file_.close();
 }

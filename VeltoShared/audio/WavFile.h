@@ -20,8 +20,10 @@ class WavFile {
     void append(std::span<const std::int16_t> samples);
     /// Writes the sizes so far into the header, for a reader that comes before the end, or after a crash.
     void refreshHeader();
-    /// The final header, then the file's contents to storage, then closes it. Safe to call again.
+    /// The final header. A file that was deleted in the meantime is a trouble.
     void finish();
+    /// The file's contents to storage, then closes it. Waits for the disk.
+    void sync();
 
     /// Samples in the file, or counted for one that could not be made; below 2³¹.
     std::uint32_t frames() const { return frames_; }

@@ -6,13 +6,14 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 namespace velto {
 namespace {
 
 constexpr std::uint32_t kChannels = 2;
 constexpr auto kWriteInterval = std::chrono::milliseconds(100);
-constexpr int kWritesPerHeader = 10;
+constexpr int kWritesPerHeader = 5;
 /// More than 16 s at 16 kHz: as long as a disk may stall before sound is lost.
 constexpr std::size_t kWaiting = std::size_t{1} << 18;
 
@@ -87,8 +88,11 @@ void WavRecorder::stop() {
     timer_.reset();
     recording_->write();
     const std::lock_guard guard(recording_->lock);
-    recording_->isOver = true;
+    if (std::exchange(recording_->isOver, true))
+        return;
     recording_->file.finish();
+    // Nobody touches the file any more, and a disk may take its time.
+    Blocking::post([recording = recording_] { recording->file.sync(); });
 }
 
 std::string WavRecorder::trouble() const {

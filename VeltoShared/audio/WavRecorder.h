@@ -12,8 +12,8 @@ namespace velto {
 
 /// Mono, 16-bit. Started and stopped once, on the main thread. The real-time thread only puts samples into a
 /// queue; the file is written on `Blocking` ten times a second, for a disk that stalls must not hold up the
-/// sound of a call, and its header follows about once a second, so that a killed application leaves all but
-/// the last second behind. Without `stop`, what is in the file stays as it is.
+/// sound of a call, and its header follows twice a second, so that a killed application leaves all but the
+/// last second behind. Without `stop`, what is in the file stays as it is.
 class WavRecorder {
   public:
     /// The file is made or emptied, with an empty header. None when the device is missing; the file with its
@@ -25,7 +25,7 @@ class WavRecorder {
     WavRecorder& operator=(const WavRecorder&) = delete;
 
     void start();
-    /// No sample is written after this; the file is whole. Waits for the disk.
+    /// No sample is written after this; the file is whole, and forced to storage on `Blocking`.
     void stop();
 
     const std::filesystem::path& url() const { return url_; }
