@@ -7,6 +7,7 @@
 #include "VeltoShared/audio/AudioDevices.h"
 #include "VeltoShared/audio/AudioPlayback.h"
 #include "VeltoShared/audio/CaptureBox.h"
+#include "bench/SoundPaths.h"
 #include "rehearsal/PrivateSoundServer.h"
 
 #include <unistd.h>
@@ -170,30 +171,48 @@ void comeBack(rehearsal::PrivateSoundServer& server) {
 } // namespace
 } // namespace velto
 
-int main() {
+namespace {
+
+bool measureOn(velto::rehearsal::SoundServerKind kind, const std::filesystem::path& folder) {
     using namespace velto;
-    callbacks();
+    auto server = rehearsal::PrivateSoundServer::start(folder, {.kind = kind});
+    if (!server) {
+        std::fprintf(stderr, "%s\n", server.error().description.c_str());
+        return false;
+    }
+    for (const auto& [name, value] : (*server)->clientEnvironment())
+        ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    auto connection = std::make_shared<PulseServer>();
+    auto taps = std::make_shared<PulseTaps>(connection);
+    PulseHardware hardware(connection, taps);
+    PulseUnits units(connection, taps);
+    Platform all;
+    all.audioHardware = &hardware;
+    all.outputUnits = &units;
+    all.processTaps = taps.get();
+    installPlatform(all);
+    questions();
+    latency();
+    bench::printPaths(*connection, *taps);
+    bench::printProbes();
+    comeBack(**server);
+    installPlatform({});
+    return true;
+}
+
+} // namespace
+
+int main() {
+    using velto::rehearsal::SoundServerKind;
+    velto::callbacks();
     const auto folder =
         std::filesystem::temp_directory_path() / ("sound_bench." + std::to_string(::getpid()));
-    {
-        auto server = rehearsal::PrivateSoundServer::start(folder);
-        if (!server) {
-            std::fprintf(stderr, "%s\n", server.error().description.c_str());
-            return 1;
-        }
-        for (const auto& [name, value] : (*server)->clientEnvironment())
-            ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-        auto connection = std::make_shared<PulseServer>();
-        PulseHardware hardware(connection);
-        PulseUnits units(connection);
-        Platform all;
-        all.audioHardware = &hardware;
-        all.outputUnits = &units;
-        installPlatform(all);
-        questions();
-        latency();
-        comeBack(**server);
-        installPlatform({});
+    bool measured = true;
+    for (const auto& [title, kind] : {std::pair{"PulseAudio", SoundServerKind::pulseAudio},
+                                      std::pair{"PipeWire", SoundServerKind::pipeWire}}) {
+        std::printf("\n%s\n", title);
+        measured = measureOn(kind, folder) && measured;
+        std::filesystem::remove_all(folder);
     }
-    std::filesystem::remove_all(folder);
+    return measured ? 0 : 1;
 }
