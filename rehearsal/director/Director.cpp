@@ -6,6 +6,7 @@
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
 #include "VeltoPlatform/linux/SecretServiceStore.h"
 #include "VeltoShared/core/KeychainStore.h"
+#include "rehearsal/director/Aftermath.h"
 #include "rehearsal/director/Inquiry.h"
 #include "rehearsal/director/KeySearch.h"
 #include "rehearsal/director/PrivateSession.h"
@@ -15,17 +16,16 @@
 #include "rehearsal/director/Summary.h"
 #include "rehearsal/director/Surroundings.h"
 #include "rehearsal/director/TranscriptPrinter.h"
+#include "rehearsal/director/Troublemaker.h"
 #include "rehearsal/director/Verdict.h"
 #include "rehearsal/process/TextFile.h"
 
 #include <boost/json.hpp>
 
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <iostream>
-#include <set>
 
 namespace velto::rehearsal {
 namespace {
@@ -36,9 +36,10 @@ using namespace std::chrono_literals;
 constexpr auto kToStart = 15s;
 constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
-constexpr auto kPhoneStandsStill = 4s;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
+/// How long before a kill a sound must have been heard to be sure to be in the file.
+constexpr auto kBeforeKill = 1200ms;
 
 std::string textIn(const json::object& object, std::string_view key) {
     const auto* value = object.if_contains(key);
@@ -59,7 +60,7 @@ class Rehearsal {
     }
 
     int run() {
-        const bool played = prepare() && placeCall() && follow();
+        const bool played = prepare() && placeCall() && (options_.kill ? killAndStartAgain() : follow());
         finish(played);
         if (stage_.guardianGone()) {
             std::cerr << "velto-rehearse: " << stage_.failure() << std::endl;
@@ -81,15 +82,16 @@ class Rehearsal {
     bool prepare();
     bool startSession();
     bool startPrograms();
+    bool startApplication();
     ChildProgram program(const char* title, const char* name, std::vector<std::string> arguments) const;
     std::optional<json::object> ask(json::object request);
     /// As somebody would who has it open all day.
     bool openPhone();
     bool placeCall();
     bool follow();
-    void makeTroubleWhenDue();
-    bool makeTrouble(Trouble trouble);
-    bool stopPhone();
+    /// Kills the application once something has been said, and starts it again.
+    bool killAndStartAgain();
+    bool untilTheMoment(std::chrono::steady_clock::time_point& recordedSince);
     bool isOver(const json::object& status);
     void watchUsage();
     void lookForKeysWhenDue();
@@ -115,7 +117,8 @@ class Rehearsal {
     ChildProcess* application_ = nullptr;
     std::optional<ProcessUsage> usageAtDial_;
     std::optional<std::size_t> linesAtLastLook_; ///< when the processes were looked at for keys
-    std::set<int> troubleTried_; ///< marks of the lines whose trouble has been made, or could not be
+    Troublemaker troublemaker_{scenario_, evidence_, stage_, printer_, [this] { ask({{"cmd", "status"}}); }};
+    std::optional<Aftermath> aftermath_;
     int exitCode_ = 1;
 };
 
@@ -133,11 +136,12 @@ bool Rehearsal::prepare() {
 bool Rehearsal::startSession() {
     PrivateSessionPlan plan;
     plan.folder = guardian_.folder();
+    plan.sound.kind = options_.sound;
     plan.folders = surroundings_.environment();
     if (options_.cut == Cut::uplink)
-        plan.sound.muted.insert("VeltoVoice 2ch Feed");
+        plan.sound.devices.muted.insert("VeltoVoice 2ch Feed");
     if (options_.cut == Cut::loop)
-        plan.sound.without.insert("VeltoLoop 2ch");
+        plan.sound.devices.without.insert("VeltoLoop 2ch");
     plan.phone = options_.programs / "velto-phone";
     plan.scenario = options_.scenarioFile;
     plan.reports = surroundings_.file("reports");
@@ -184,16 +188,22 @@ bool Rehearsal::startPrograms() {
     stage_.add(server, [this](const json::object& event) { evidence_.fromServer(event); });
     if (!stage_.waitUntil([&] { return evidence_.serverPort != 0; }, kToStart))
         return fail("the voice server did not start");
-    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort, options_.record,
-                                        options_.tap))
+    const boost::json::object preferences{{"recordCalls", options_.record},
+                                          {"useProcessTap", options_.tap},
+                                          {"muteCallLocally", options_.mute}};
+    if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort, preferences))
         return fail("the application's preferences could not be written");
+    inquiry_ = std::make_unique<Inquiry>();
+    return startApplication() && (!options_.tap || openPhone());
+}
+
+bool Rehearsal::startApplication() {
     application_ =
         stage_.add(program(kApplicationTitle, "velto", {"--headless"}), [](const json::object&) {});
-    inquiry_ = std::make_unique<Inquiry>();
     const auto deadline = std::chrono::steady_clock::now() + kToStart;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
         if (ask({{"cmd", "ping"}}))
-            return !options_.tap || openPhone();
+            return true;
         stage_.waitUntil([] { return false; }, 20ms);
     }
     return fail("the application did not open its control socket");
@@ -266,52 +276,6 @@ void Rehearsal::lookForKeysWhenDue() {
     keySearch_.lookAtProcess(kPhoneTitle, evidence_.phone);
 }
 
-void Rehearsal::makeTroubleWhenDue() {
-    for (std::size_t i = 1; i < scenario_.lines.size(); ++i) {
-        const auto& line = scenario_.lines[i];
-        if (line.after && !troubleTried_.contains(line.mark) &&
-            evidence_.calleeHeard(scenario_.lines[i - 1].mark, Mark::Place::end)) {
-            troubleTried_.insert(line.mark);
-            if (makeTrouble(*line.after))
-                evidence_.troubledBefore.insert(line.mark);
-        }
-    }
-}
-
-bool Rehearsal::makeTrouble(Trouble trouble) {
-    switch (trouble) {
-    case Trouble::soundRestart:
-        printer_.note("(the sound server is killed and started again)");
-        if (const auto restarted = session_->restartSound(); !restarted)
-            return fail(restarted.error().description);
-        return true;
-    case Trouble::keyringKilled:
-        printer_.note("(the keyring's daemon is killed)");
-        return session_->killKeyring();
-    case Trouble::phoneStops:
-        return stopPhone();
-    }
-    return false;
-}
-
-bool Rehearsal::stopPhone() {
-    // Anything less would name a group of processes, this one's own among them.
-    if (evidence_.phone <= 0 || ::kill(evidence_.phone, SIGSTOP) != 0)
-        return false;
-    printer_.note("(the phone app stands still for four seconds)");
-    const auto begin = std::chrono::steady_clock::now();
-    evidence_.longestHold = 0;
-    while (stage_.failure().empty() && std::chrono::steady_clock::now() - begin < kPhoneStandsStill) {
-        const auto asked = std::chrono::steady_clock::now();
-        // Answered by the application's main thread.
-        ask({{"cmd", "status"}});
-        const std::chrono::duration<double> hold = std::chrono::steady_clock::now() - asked;
-        evidence_.longestHold = std::max(*evidence_.longestHold, hold.count());
-        stage_.waitUntil([] { return false; }, 5ms);
-    }
-    return ::kill(evidence_.phone, SIGCONT) == 0;
-}
-
 bool Rehearsal::follow() {
     const auto deadline =
         std::chrono::steady_clock::now() + std::chrono::duration<double>(scenario_.deadline);
@@ -331,7 +295,7 @@ bool Rehearsal::follow() {
                 printer_.show(texts);
             }
         if (!over) {
-            makeTroubleWhenDue();
+            troublemaker_.makeWhenDue(*session_);
             stage_.waitUntil([] { return false; }, kBetweenLooks);
         }
     }
@@ -346,6 +310,49 @@ bool Rehearsal::follow() {
     printer_.finish();
     takeRecord();
     evidence_.defaultsAfter = session_->defaultDevices();
+    return stage_.failure().empty() || fail("");
+}
+
+bool Rehearsal::untilTheMoment(std::chrono::steady_clock::time_point& recordedSince) {
+    const auto limit = std::chrono::milliseconds(static_cast<int>(scenario_.deadline * 1000));
+    std::error_code error;
+    const auto isRecording = [&] {
+        return !options_.record || (std::filesystem::is_directory(surroundings_.recordings(), error) &&
+                                    !std::filesystem::is_empty(surroundings_.recordings(), error));
+    };
+    if (!stage_.waitUntil(isRecording, limit))
+        return fail("the call was not recorded");
+    recordedSince = std::chrono::steady_clock::now();
+    const auto hasHeardTwoLines = [&] {
+        return std::ranges::count(evidence_.heardByServer, Mark::Place::end,
+                                  [](const auto& heard) { return heard.mark.place; }) >= 2;
+    };
+    if (!stage_.waitUntil(hasHeardTwoLines, limit))
+        return fail("the agent did not hear two lines");
+    return true;
+}
+
+bool Rehearsal::killAndStartAgain() {
+    std::chrono::steady_clock::time_point recordedSince;
+    if (!untilTheMoment(recordedSince))
+        return false;
+    aftermath_.emplace();
+    aftermath_->wasMuted = options_.tap && options_.mute;
+    for (const auto& heard : evidence_.heardByServer)
+        aftermath_->heardBefore.push_back(heard.mark);
+    stage_.waitUntil([] { return false; }, kBeforeKill);
+    aftermath_->defaultsAtKill = session_->defaultDevices();
+    const std::chrono::duration<double> recorded = std::chrono::steady_clock::now() - recordedSince;
+    aftermath_->recordedFor = recorded.count();
+    out() << "\n(the application is killed and started again)" << std::endl;
+    stage_.kill(*application_);
+    if (options_.record)
+        aftermath_->recording = hearRecording(surroundings_.recordings());
+    const auto before = readFile(surroundings_.applicationLog()).value_or("").size();
+    if (!startApplication())
+        return false;
+    aftermath_->log = readFile(surroundings_.applicationLog()).value_or("").substr(before);
+    aftermath_->defaultsAfterStart = session_->defaultDevices();
     return stage_.failure().empty() || fail("");
 }
 
@@ -373,7 +380,7 @@ void Rehearsal::finish(bool played) {
     inquiry_.reset();
     const auto log = readFile(surroundings_.applicationLog()).value_or("");
     evidence_.tapUsed = log.find("downlink: process tap on Phone.app") != std::string::npos;
-    if (options_.record)
+    if (options_.record && !options_.kill)
         evidence_.recording = hearRecording(surroundings_.recordings());
     measurements_.applicationStats = lastStats(log);
     keySearch_.lookAtFolder(surroundings_.folder());
@@ -381,16 +388,20 @@ void Rehearsal::finish(bool played) {
         keySearch_.lookAtFile(options_.wire);
     auto found = troubles_;
     if (evidence_.dialled && stage_.failure().empty())
-        for (auto& fault : faults(scenario_, evidence_))
+        for (auto& fault :
+             aftermath_ ? aftermathFaults(scenario_, evidence_, *aftermath_) : faults(scenario_, evidence_))
             found.push_back(std::move(fault));
     else if (played && found.empty())
         found.push_back(stage_.failure().empty() ? "the phone was never dialled" : stage_.failure());
     if (options_.json) {
         std::cout << json::serialize(summaryObject(scenario_, evidence_, measurements_, found)) << std::endl;
     } else {
-        if (played)
+        if (aftermath_)
+            printAftermath(std::cout, *aftermath_);
+        else if (played)
             printSummary(std::cout, evidence_, measurements_);
-        printVerdict(std::cout, scenario_, found);
+        printVerdict(std::cout, aftermath_ ? "the next start put everything back" : goodEnd(scenario_),
+                     found);
     }
     if (!found.empty() && stage_.stopCode() == 0 && !log.empty())
         std::cerr << "\nThe last lines of the application's log:\n" << newestLines(log);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoShared/voice/VoiceProvider.h"
+#include "rehearsal/PrivateSoundServer.h"
 #include "rehearsal/director/Guardian.h"
 #include "rehearsal/scenario/Scenario.h"
 
@@ -27,6 +28,10 @@ struct DirectorOptions {
     std::filesystem::path wire; ///< gets what the application sent; empty: nobody asks for it
     bool record = false;        ///< the application is to record the call
     bool tap = false;           ///< the application is to capture from the phone app itself
+    bool mute = false;          ///< and to mute it on this computer
+    /// The application is killed in mid-call and started again; what it left behind is judged.
+    bool kill = false;
+    SoundServerKind sound = SoundServerKind::pulseAudio;
     Cut cut = Cut::nothing;
     bool json = false; ///< one JSON object at the end instead of text
     bool keepFolder = false;

@@ -6,12 +6,6 @@
 #include "rehearsal/director/Surroundings.h"
 
 namespace velto::rehearsal {
-namespace {
-
-constexpr const char* kSoundServer = "the sound server (pulseaudio)";
-
-} // namespace
-
 Result<std::unique_ptr<PrivateSession>> PrivateSession::start(const PrivateSessionPlan& plan, Stage& stage) {
     std::unique_ptr<PrivateSession> session(new PrivateSession(stage));
     if (auto started = session->startSound(plan); !started)
@@ -36,12 +30,17 @@ void PrivateSession::unwatch(pid_t pid) {
     watched_.erase(pid);
 }
 
+void PrivateSession::watchSound() {
+    for (const auto& process : sound_->processes())
+        watch(process.title(), process.pid());
+}
+
 Result<> PrivateSession::startSound(const PrivateSessionPlan& plan) {
     auto started = PrivateSoundServer::start(plan.folder / "sound", plan.sound);
     if (!started)
         return started.error();
     sound_ = std::move(*started);
-    watch(kSoundServer, sound_->pid());
+    watchSound();
     return {};
 }
 
@@ -73,11 +72,12 @@ DefaultDevices PrivateSession::defaultDevices() {
 }
 
 Result<> PrivateSession::restartSound() {
-    unwatch(sound_->pid());
+    for (const auto& process : sound_->processes())
+        unwatch(process.pid());
     sound_->kill();
     auto restarted = sound_->restart();
     if (restarted)
-        watch(kSoundServer, sound_->pid());
+        watchSound();
     return restarted;
 }
 

@@ -52,6 +52,7 @@ class PrivateSession {
     Result<> startDesktop(const PrivateSessionPlan& plan);
 
     void watch(const std::string& title, pid_t pid);
+    void watchSound();
     void unwatch(pid_t pid);
 
     Stage& stage_;

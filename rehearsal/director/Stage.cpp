@@ -105,6 +105,14 @@ void Stage::receiveVisitors() {
     }
 }
 
+void Stage::kill(ChildProcess& process) {
+    for (auto& actor : actors_)
+        if (&actor.process == &process) {
+            actor.over = true;
+            process.kill();
+        }
+}
+
 void Stage::unwatch(pid_t pid) {
     std::erase_if(watched_, [pid](const Watched& watched) {
         if (watched.pid != pid)

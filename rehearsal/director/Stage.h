@@ -32,6 +32,8 @@ class Stage {
     /// A program that somebody else starts, and that reports through a socket at this path. `left`: its end
     /// of the connection is closed. False when the socket cannot be made, which is a failure of the stage.
     bool expect(const std::filesystem::path& socket, Heard heard, std::function<void()> left);
+    /// Kills one of the programs; its end is no failure.
+    void kill(ChildProcess& process);
     /// A process that somebody else has started and will reap.
     void watch(const std::string& title, pid_t pid);
     /// Its end is no failure any more.

@@ -132,14 +132,17 @@ void printSummary(std::ostream& out, const Evidence& evidence, const Measurement
         << " MB resident\n";
 }
 
-void printVerdict(std::ostream& out, const Scenario& scenario, const std::vector<std::string>& faults) {
-    out << '\n';
-    if (faults.empty() && scenario.end == CallEnd::noAnswer)
-        out << "Good: nobody answered, the call ended, and what the agent said was heard by nobody.\n";
-    else if (faults.empty())
-        out << "Good: every line was decoded from sound at the other end.\n";
+std::string goodEnd(const Scenario& scenario) {
+    return scenario.end == CallEnd::noAnswer
+               ? "nobody answered, the call ended, and what the agent said was heard by nobody"
+               : "every line was decoded from sound at the other end";
+}
+
+void printVerdict(std::ostream& out, const std::string& good, const std::vector<std::string>& faults) {
+    if (faults.empty())
+        out << "\nGood: " << good << ".\n";
     else
-        out << "Failed: " << faults.front() << '\n';
+        out << "\nFailed: " << faults.front() << '\n';
     for (std::size_t i = 1; i < faults.size(); ++i)
         out << "        " << faults[i] << '\n';
     out.flush();

@@ -26,7 +26,9 @@ std::string lastStats(const std::string& log);
 std::string newestLines(const std::string& log);
 
 void printSummary(std::ostream& out, const Evidence& evidence, const Measurements& measurements);
-void printVerdict(std::ostream& out, const Scenario& scenario, const std::vector<std::string>& faults);
+/// What can be said of a call without faults.
+std::string goodEnd(const Scenario& scenario);
+void printVerdict(std::ostream& out, const std::string& good, const std::vector<std::string>& faults);
 boost::json::object summaryObject(const Scenario& scenario, const Evidence& evidence,
                                   const Measurements& measurements, const std::vector<std::string>& faults);
 

@@ -25,13 +25,13 @@ bool Surroundings::prepare() {
            writePrivateFile(file("server.key"), issued.keyPEM);
 }
 
-bool Surroundings::writePreferences(VoiceProvider provider, std::uint16_t serverPort, bool record,
-                                    bool tap) const {
+bool Surroundings::writePreferences(VoiceProvider provider, std::uint16_t serverPort,
+                                    boost::json::object others) const {
     const auto folder = file("config") / AppPaths::bundleID;
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    boost::json::object preferences{
-        {"provider", rawValue(provider)}, {"recordCalls", record}, {"useProcessTap", tap}};
+    auto preferences = std::move(others);
+    preferences["provider"] = rawValue(provider);
     for (const auto each : kAllVoiceProviders)
         preferences[ProviderHosts::preferenceKey(each)] = "localhost:" + std::to_string(serverPort);
     return !error && writePrivateFile(folder / "preferences.json", boost::json::serialize(preferences));

@@ -4,6 +4,8 @@
 #include "VeltoShared/voice/VoiceProvider.h"
 #include "rehearsal/process/PrivateFolders.h"
 
+#include <boost/json/object.hpp>
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -18,9 +20,9 @@ class Surroundings {
     /// Makes the folders and the certificate authority with a server's certificate for "localhost"; false
     /// when that fails.
     bool prepare();
-    /// Which provider the application is to use, that it finds both at the voice server, and whether it is to
-    /// record the call and to tap the phone app; false when that fails.
-    bool writePreferences(VoiceProvider provider, std::uint16_t serverPort, bool record, bool tap) const;
+    /// Which provider the application is to use, that it finds both at the voice server, and other
+    /// preferences by their keys; false when that fails.
+    bool writePreferences(VoiceProvider provider, std::uint16_t serverPort, boost::json::object others) const;
     /// Of every program: private folders, the authority that is trusted; the desktop adds its bus.
     const Environment& environment() const { return environment_; }
     /// Those of the variables that somebody needs to talk to the application, as shell words.

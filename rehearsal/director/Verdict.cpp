@@ -231,8 +231,6 @@ void checkKeys(const Evidence& evidence, Faults& found) {
                             title);
 }
 
-/// The recording begins when the callee has answered, so that the line with which the phone was answered may
-/// be missing or cut.
 void checkRecording(const Scenario& scenario, const Evidence& evidence, Faults& found) {
     if (!evidence.isRecorded)
         return;
@@ -241,9 +239,7 @@ void checkRecording(const Scenario& scenario, const Evidence& evidence, Faults& 
         return;
     }
     const auto heardByServer = marks(evidence.heardByServer);
-    for (const auto& mark : heardByServer)
-        if (mark.number != scenario.lines.front().mark && !contains(evidence.recording->heard, mark))
-            found.push_back("the recording lacks a part of line " + std::to_string(mark.number));
+    checkRecordedMarks(scenario, heardByServer, evidence.recording->heard, found);
     for (const auto& mark : evidence.recording->heard)
         if (!contains(heardByServer, mark))
             found.push_back("the recording holds line " + std::to_string(mark.number) +
@@ -251,6 +247,13 @@ void checkRecording(const Scenario& scenario, const Evidence& evidence, Faults& 
 }
 
 } // namespace
+
+void checkRecordedMarks(const Scenario& scenario, const std::vector<Mark>& heardByAgent,
+                        const std::vector<Mark>& recorded, std::vector<std::string>& found) {
+    for (const auto& mark : heardByAgent)
+        if (mark.number != scenario.lines.front().mark && !contains(recorded, mark))
+            found.push_back("the recording lacks a part of line " + std::to_string(mark.number));
+}
 
 std::vector<std::string> faults(const Scenario& scenario, const Evidence& evidence) {
     Faults found;

@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
     std::string provider(rawValue(VoiceProvider::gemini));
     std::string keys = "both";
     std::string wire;
+    std::string sound = "pulseaudio";
     bool listed = false;
     DirectorOptions options;
     CLI::App arguments("Rehearses one call: no phone, key, screen or network needed", "velto-rehearse");
@@ -55,8 +56,15 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     arguments.add_option("--wire", wire, "File for what the application sends, without keys and audio");
     arguments.add_flag("--record", options.record, "Have the application record the call, and hear the file");
-    arguments.add_flag("--tap", options.tap,
-                       "Have the application capture from the phone app itself, which is open before");
+    auto* const tap = arguments.add_flag(
+        "--tap", options.tap, "Have the application capture from the phone app itself, which is open before");
+    arguments.add_flag("--mute", options.mute, "Have the application mute the phone app on this computer")
+        ->needs(tap);
+    arguments.add_flag("--kill", options.kill,
+                       "Kill the application in mid-call, start it again, and look at what it left behind");
+    arguments.add_option("--sound", sound, "Which sound server to play on: pulseaudio or pipewire")
+        ->check(CLI::IsMember({"pulseaudio", "pipewire"}))
+        ->capture_default_str();
     arguments.add_option("--cut", cut, "Cut a wire: uplink (the feed device muted) or loop (no loop device)")
         ->check(CLI::IsMember({"uplink", "loop"}));
     arguments.add_flag("--keep", options.keepFolder, "Keep the private folder with logs and sockets");
@@ -88,6 +96,7 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
+    options.sound = sound == "pipewire" ? SoundServerKind::pipeWire : SoundServerKind::pulseAudio;
     options.cut = cut == "uplink" ? Cut::uplink : cut == "loop" ? Cut::loop : Cut::nothing;
     std::error_code error;
     options.programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
