@@ -6,6 +6,7 @@
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/LocalTimestamp.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace velto {
@@ -33,6 +34,10 @@ asio::awaitable<void> feed(std::weak_ptr<AudioPlayback> weak, std::vector<std::i
         next += kBlockTime;
         co_await Clock::shared().sleep(next - Clock::shared().steadyNow());
     }
+}
+
+asio::awaitable<void> feedAndStop(std::weak_ptr<AudioPlayback> weak, std::vector<std::int16_t> samples) {
+    co_await feed(weak, std::move(samples));
     co_await Clock::shared().sleep(kTail);
     MainThread::post([weak] {
         if (const auto playback = weak.lock())
@@ -57,7 +62,7 @@ asio::awaitable<void> RecordingState::list(std::weak_ptr<RecordingState> weak, s
         self->files.set(std::move(found));
 }
 
-void RecordingState::start(std::optional<std::string> device) {
+void RecordingState::start(const std::optional<std::string>& device) {
     if (recording())
         return;
     const auto name = device.value_or(std::string(AudioState::agentMic));
@@ -112,7 +117,7 @@ asio::awaitable<void> RecordingState::begin(std::weak_ptr<RecordingState> weak, 
     }
     self->playback_->start();
     self->status.set("Playing " + name);
-    Background::spawn(feed(self->playback_, std::move(*prepared.samples)));
+    Background::spawn(feedAndStop(self->playback_, std::move(*prepared.samples)));
 }
 
 void RecordingState::endPlayback() {

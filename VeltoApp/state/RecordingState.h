@@ -38,7 +38,7 @@ class RecordingState : public ObservableObject, public std::enable_shared_from_t
     void refresh();
     /// Records a device, `AudioState::agentMic` when none is given, into a file named after the second in
     /// which it began, for `maxSeconds` at most. Nothing while one runs.
-    void start(std::optional<std::string> device = {});
+    void start(const std::optional<std::string>& device = {});
     /// Waits for the disk. What could not be written is told in the log.
     void stop();
     /// Ends what is played and plays the recording of this name, soon after, on a device; on the default
