@@ -73,6 +73,8 @@ class Accessibility {
     virtual ~Accessibility() = default;
 
     virtual bool trusted() = 0;
+    /// For the log: why `trusted` answered false when it was last asked; empty when it answered true.
+    virtual std::string whyNotTrusted() = 0;
     /// Asks the platform to let the user grant access; returns at once.
     virtual void promptForTrust() = 0;
 

@@ -6,6 +6,7 @@ namespace velto {
 class Accessibility;
 class AudioHardware;
 class Folders;
+class MicrophoneAccess;
 class OutputUnits;
 class Preferences;
 class ProcessTaps;
@@ -18,6 +19,7 @@ struct Platform {
     AudioHardware* audioHardware = nullptr;
     OutputUnits* outputUnits = nullptr;
     ProcessTaps* processTaps = nullptr;
+    MicrophoneAccess* microphoneAccess = nullptr;
     Accessibility* accessibility = nullptr;
     Workspace* workspace = nullptr;
     SecretStore* secretStore = nullptr;

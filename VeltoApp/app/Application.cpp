@@ -1,9 +1,9 @@
 #include "VeltoApp/app/Application.h"
 
 #include "VeltoApp/app/Helper.h"
+#include "VeltoApp/app/VeltoApp.h"
 #include "VeltoApp/control/ControlServer.h"
 #include "VeltoApp/control/LiveTargets.h"
-#include "VeltoApp/state/ReadinessState.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/ProcessTaps.h"
 #include "VeltoShared/audio/AudioBridge.h"
@@ -16,6 +16,8 @@
 #include <boost/asio/io_context.hpp>
 
 #include <unistd.h>
+
+#include <optional>
 
 namespace velto {
 
@@ -38,9 +40,13 @@ int runHeadless(const std::function<void()>& prepare) {
     const auto guard = asio::make_work_guard(main);
     MainThread::install(main.get_executor());
     const BackgroundThreads background;
+    std::optional<VeltoApp> application;
     if (prepare)
         MainThread::post(prepare);
-    MainThread::post(applicationDidFinishLaunching);
+    MainThread::post([&application] {
+        application.emplace();
+        applicationDidFinishLaunching();
+    });
     main.run();
     return 0;
 }

@@ -30,11 +30,19 @@ std::optional<std::string> text(const json::object& request, std::string_view ke
     return std::string(value->get_string());
 }
 
+/// Nothing tells the application that accessibility was switched on or a driver installed: who asks makes it
+/// look.
+void look(const ControlTargets& targets) {
+    if (targets.setup)
+        targets.setup->refresh();
+}
+
 bool ready(const ControlTargets& targets) {
     return targets.setup && targets.agent && targets.setup->ready() && targets.agent->anyKeyValid();
 }
 
 json::object status(const ControlTargets& targets) {
+    look(targets);
     const auto& session = targets.session;
     const auto provider = targets.agent ? targets.agent->activeProvider() : std::nullopt;
     return {{"ok", true},
@@ -47,6 +55,7 @@ json::object status(const ControlTargets& targets) {
 }
 
 json::object readiness(const ControlTargets& targets) {
+    look(targets);
     const auto& setup = targets.setup;
     const auto& agent = targets.agent;
     return {{"ok", true},

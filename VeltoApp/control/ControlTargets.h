@@ -42,11 +42,13 @@ class ControlledAgent {
     virtual bool hasOpenAIKey() const = 0;
 };
 
-/// Whether the application can place calls. Main thread.
+/// Whether the application can place calls, as of the last look. Main thread.
 class ControlledReadiness {
   public:
     virtual ~ControlledReadiness() = default;
 
+    /// Looks again.
+    virtual void refresh() = 0;
     virtual bool axReady() const = 0;
     virtual bool micReady() const = 0;
     virtual bool driverReady() const = 0;

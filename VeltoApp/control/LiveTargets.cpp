@@ -39,6 +39,7 @@ class AgentTarget : public ControlledAgent {
 
 class ReadinessTarget : public ControlledReadiness {
   public:
+    void refresh() override { setup_->refresh(); }
     bool axReady() const override { return setup_->axReady(); }
     bool micReady() const override { return setup_->micReady(); }
     bool driverReady() const override { return setup_->driverReady(); }

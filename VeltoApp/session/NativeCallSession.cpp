@@ -5,13 +5,13 @@
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/core/KeychainStore.h"
+#include "VeltoShared/core/LocalTimestamp.h"
 #include "VeltoShared/core/TextTrim.h"
 #include "VeltoShared/telephony/AX.h"
 
 #include <boost/algorithm/string/join.hpp>
 
 #include <array>
-#include <ctime>
 
 namespace velto {
 namespace {
@@ -21,15 +21,6 @@ using namespace std::chrono_literals;
 constexpr std::size_t kLogLines = 400;
 constexpr auto kTickInterval = 500ms;
 constexpr double kRecordingRate = 16000;
-
-std::string recordingName(Clock::WallTime time) {
-    const auto seconds = std::chrono::system_clock::to_time_t(time);
-    std::tm local{};
-    ::localtime_r(&seconds, &local);
-    std::array<char, 64> name{};
-    std::strftime(name.data(), name.size(), "call-%Y%m%d-%H%M%S.wav", &local);
-    return name.data();
-}
 
 } // namespace
 
@@ -433,7 +424,7 @@ void NativeCallSession::saveHistory() {
 void NativeCallSession::startRecordingIfEnabled() {
     if (!settings_.recordCalls() || recorder_)
         return;
-    const auto file = AppPaths::recordings() / recordingName(Clock::shared().now());
+    const auto file = AppPaths::recordings() / ("call-" + localTimestamp(Clock::shared().now()) + ".wav");
     recorder_ = collaborators_.audio->makeRecorder(downlinkDevice_, kRecordingRate, file);
     if (!recorder_)
         return append("recording unavailable (capture device missing)");

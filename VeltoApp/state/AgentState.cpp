@@ -32,12 +32,14 @@ std::string described(bool present, bool valid) {
 
 } // namespace
 
+std::shared_ptr<AgentState> AgentState::make(AppSettings& settings, Validate validate) {
+    std::shared_ptr<AgentState> made(new AgentState(settings, std::move(validate)));
+    made->refreshKey();
+    return made;
+}
+
 const std::shared_ptr<AgentState>& AgentState::shared() {
-    static const auto state = [] {
-        auto made = std::make_shared<AgentState>(AppSettings::shared());
-        made->refreshKey();
-        return made;
-    }();
+    static const auto state = make(AppSettings::shared());
     return state;
 }
 

@@ -19,9 +19,9 @@ class AgentState : public ObservableObject, public std::enable_shared_from_this<
     /// Answers whether the provider accepts the key; awaited on the main thread.
     using Validate = std::function<asio::awaitable<bool>(VoiceProvider, std::string)>;
 
-    explicit AgentState(AppSettings& settings, Validate validate = KeyValidator::validate)
-        : settings_(settings), validate_(std::move(validate)) {}
-    /// The process's state; the first use starts a key refresh.
+    /// Starts a key refresh. `settings` must outlive it.
+    static std::shared_ptr<AgentState> make(AppSettings& settings,
+                                            Validate validate = KeyValidator::validate);
     static const std::shared_ptr<AgentState>& shared();
 
     Published<std::string> goal{*this, AppSettings::sampleGoal};
@@ -30,7 +30,7 @@ class AgentState : public ObservableObject, public std::enable_shared_from_this<
     Published<bool> hasOpenAIKey{*this, false};
     Published<bool> geminiValid{*this, false}; ///< the stored key passed validation
     Published<bool> openaiValid{*this, false};
-    Published<bool> validating{*this, false}; ///< a refresh is running
+    Published<bool> validating{*this, false}; ///< a refresh was begun, and none has ended since
 
     /// The provider that a call would use: the chosen one if its key is stored, else whichever has a key.
     std::optional<VoiceProvider> activeProvider() const;
@@ -42,6 +42,8 @@ class AgentState : public ObservableObject, public std::enable_shared_from_this<
     void refreshKey();
 
   private:
+    AgentState(AppSettings& settings, Validate validate)
+        : settings_(settings), validate_(std::move(validate)) {}
     static asio::awaitable<void> refresh(std::weak_ptr<AgentState> weak, Validate validate);
 
     AppSettings& settings_;

@@ -42,17 +42,32 @@ AtspiAccessibility::AtspiAccessibility(const std::function<void(const std::strin
 bool AtspiAccessibility::trusted() {
     const auto status = launcher_.status();
     if (status.silent)
-        return lastTrusted_;
-    if (status.enabled && !status.busAddress.empty()) {
-        use(status.busAddress);
-        const auto [desktop, lease] = reach();
-        if (desktop && !lease)
-            return lastTrusted_;
-        lastTrusted_ = static_cast<bool>(lease);
-    } else {
-        lastTrusted_ = false;
-    }
-    return lastTrusted_;
+        return stayed(status.trouble);
+    if (!status.trouble.empty())
+        return found(status.trouble);
+    use(status.busAddress);
+    const auto [desktop, lease] = reach();
+    if (desktop && !lease)
+        return stayed("the accessibility bus does not answer");
+    return found(lease ? "" : "the accessibility bus cannot be reached");
+}
+
+bool AtspiAccessibility::found(std::string whyNot) {
+    const std::scoped_lock lock(mutex_);
+    whyNotTrusted_ = std::move(whyNot);
+    return whyNotTrusted_.empty();
+}
+
+bool AtspiAccessibility::stayed(std::string whyNot) {
+    const std::scoped_lock lock(mutex_);
+    if (!whyNotTrusted_.empty())
+        whyNotTrusted_ = std::move(whyNot);
+    return whyNotTrusted_.empty();
+}
+
+std::string AtspiAccessibility::whyNotTrusted() {
+    const std::scoped_lock lock(mutex_);
+    return whyNotTrusted_;
 }
 
 void AtspiAccessibility::promptForTrust() {

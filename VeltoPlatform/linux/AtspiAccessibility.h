@@ -7,7 +7,6 @@
 #include "VeltoPlatform/linux/AtspiMemory.h"
 #include "VeltoPlatform/linux/AtspiPress.h"
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -29,6 +28,7 @@ class AtspiAccessibility : public Accessibility {
 
     /// The accessibility bus can be reached, and accessibility is switched on.
     bool trusted() override;
+    std::string whyNotTrusted() override;
     /// Switches it on. Programs that look only when they start must be restarted; the report says so.
     void promptForTrust() override;
     ElementRef application(pid_t pid) override;
@@ -53,12 +53,16 @@ class AtspiAccessibility : public Accessibility {
     std::pair<DesktopRef, BusPool::Lease> reach();
     DesktopRef connected();
     DesktopRef use(const std::string& busAddress);
+    /// What `trusted` answers, who found this out; empty: it is.
+    bool found(std::string whyNot);
+    /// What it answers while it cannot be found out: what it last was.
+    bool stayed(std::string whyNot);
 
     const std::shared_ptr<BusPatience> patience_ = std::make_shared<BusPatience>();
     const BusPool::Report report_;
     AtspiLauncher launcher_;
-    std::atomic<bool> lastTrusted_{false};
-    std::mutex mutex_;
+    std::mutex mutex_;                                ///< of what follows
+    std::string whyNotTrusted_ = "nobody has looked"; ///< empty: it is trusted
     DesktopRef desktop_;
 };
 

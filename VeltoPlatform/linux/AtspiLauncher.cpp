@@ -12,6 +12,7 @@ constexpr const char* kName = "org.a11y.Bus";
 constexpr const char* kPath = "/org/a11y/bus";
 constexpr const char* kStatus = "org.a11y.Status";
 constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
+constexpr const char* kNoAnswer = "the accessibility launcher does not answer";
 
 } // namespace
 
@@ -49,12 +50,16 @@ AtspiLauncher::Status AtspiLauncher::status() {
     if (!leased) {
         const std::scoped_lock lock(mutex_);
         status.silent = pool_->silent();
+        status.trouble =
+            status.silent ? "the session's message bus does not answer" : "there is no session message bus";
         return status;
     }
     const auto launcher = leased.pool().peer(kName, "the accessibility launcher");
     status.silent = launcher->silent;
-    if (status.silent)
+    if (status.silent) {
+        status.trouble = kNoAnswer;
         return status;
+    }
     BusExchange exchange(leased);
     const auto isEnabled = exchange.bus().method(kName, kPath, kProperties, "Get");
     sd_bus_message_append(isEnabled.get(), "ss", kStatus, "IsEnabled");
@@ -68,6 +73,12 @@ AtspiLauncher::Status AtspiLauncher::status() {
                  [&](const BusReply& reply) { status.busAddress = AtspiCalls::text(reply).value_or(""); });
     exchange.finish();
     status.silent = exchange.gaveUp(*launcher);
+    if (status.silent)
+        status.trouble = kNoAnswer;
+    else if (status.busAddress.empty())
+        status.trouble = "no accessibility bus runs in this session";
+    else if (!status.enabled)
+        status.trouble = "accessibility is switched off";
     return status;
 }
 

@@ -18,6 +18,7 @@ class AtspiLauncher {
         bool silent = false; ///< and nothing else is known
         bool enabled = false;
         std::string busAddress; ///< of the accessibility bus; empty when there is none
+        std::string trouble;    ///< for people: why not all of this is known and there; else empty
     };
     Status status();
     /// Asks for it and returns; reports what came of it when that is known, which may be at a later call of

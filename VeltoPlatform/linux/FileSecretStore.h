@@ -3,7 +3,7 @@
 
 #include "VeltoPlatform/SecretStore.h"
 #include "VeltoPlatform/linux/JsonFile.h"
-#include "VeltoPlatform/linux/TroubleReport.h"
+#include "VeltoPlatform/TroubleReport.h"
 
 #include <boost/json/array.hpp>
 

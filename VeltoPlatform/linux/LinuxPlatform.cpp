@@ -21,9 +21,11 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
     taps_ = std::make_shared<PulseTaps>(server);
     hardware_ = std::make_unique<PulseHardware>(server, taps_);
     units_ = std::make_unique<PulseUnits>(server, taps_);
+    microphone_ = std::make_unique<PulseMicrophone>(server);
     parts.audioHardware = hardware_.get();
     parts.outputUnits = units_.get();
     parts.processTaps = taps_.get();
+    parts.microphoneAccess = microphone_.get();
     installPlatform(parts);
 }
 

@@ -7,6 +7,7 @@
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
 #include "VeltoPlatform/linux/PulseHardware.h"
+#include "VeltoPlatform/linux/PulseMicrophone.h"
 #include "VeltoPlatform/linux/PulseTaps.h"
 #include "VeltoPlatform/linux/PulseUnits.h"
 
@@ -38,6 +39,7 @@ class LinuxPlatform {
     std::shared_ptr<PulseTaps> taps_;
     std::unique_ptr<PulseHardware> hardware_;
     std::unique_ptr<PulseUnits> units_;
+    std::unique_ptr<PulseMicrophone> microphone_;
 };
 
 } // namespace velto

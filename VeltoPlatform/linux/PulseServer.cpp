@@ -124,16 +124,19 @@ void PulseServer::failed(Connection& connection) {
     connection.failed = true;
     connection.ready = false;
     connection.since = pa_rtclock_now();
+    trouble_ = pa_context_errno(connection.context);
+    if (trouble_ == PA_OK) // it accepted the connection, and that was all
+        trouble_ = PA_ERR_TIMEOUT;
     publish(State::lost);
     if (lostAt_ != 0)
         return;
     lostAt_ = connection.since;
-    log(everReady_ ? "sound: server lost"
-                   : std::string("sound: no server: ") + pa_strerror(pa_context_errno(connection.context)));
+    log(everReady_ ? "sound: server lost" : std::string("sound: no server: ") + pa_strerror(trouble_));
 }
 
 void PulseServer::becameReady() {
     everReady_ = true;
+    trouble_ = PA_OK;
     // Before the news: whoever hears it may ask at once.
     publish(State::ready);
     if (lostAt_ != 0) {

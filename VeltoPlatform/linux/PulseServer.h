@@ -67,6 +67,8 @@ class PulseServer {
     // Under the lock:
     /// None while the server is away.
     pa_context* context(AudioDirection direction) const;
+    /// Why it is away, as libpulse's error; PA_OK while it is there, or its first answer is awaited.
+    int trouble() const { return trouble_; }
     pa_mainloop_api& loop() const { return *pa_threaded_mainloop_get_api(loop_); }
     void add(PulseListener& listener);
     void remove(PulseListener& listener);
@@ -101,6 +103,7 @@ class PulseServer {
     pa_time_event* timer_ = nullptr;
     std::vector<PulseListener*> listeners_;
     std::function<void()> returned_;
+    int trouble_ = PA_OK;
     pa_usec_t lostAt_ = 0;   ///< 0 while it is there
     pa_usec_t returnAt_ = 0; ///< 0 when the observer has been told
     bool everReady_ = false;

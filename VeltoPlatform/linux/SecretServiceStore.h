@@ -3,7 +3,7 @@
 
 #include "VeltoPlatform/SecretStore.h"
 #include "VeltoPlatform/linux/SecretConversation.h"
-#include "VeltoPlatform/linux/TroubleReport.h"
+#include "VeltoPlatform/TroubleReport.h"
 
 #include <functional>
 #include <mutex>

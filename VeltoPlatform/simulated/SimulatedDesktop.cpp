@@ -167,9 +167,10 @@ void SimulatedDesktop::quit(std::string_view bundleID) {
     std::erase_if(applications_, [&](const auto& application) { return application.root == root; });
 }
 
-void SimulatedDesktop::setTrusted(bool trusted) {
+void SimulatedDesktop::setTrusted(bool trusted, std::string whyNot) {
     const std::scoped_lock lock(shared_->mutex);
     trusted_ = trusted;
+    whyNotTrusted_ = trusted ? std::string() : std::move(whyNot);
 }
 
 int SimulatedDesktop::promptCount() const {
@@ -215,6 +216,11 @@ std::size_t SimulatedDesktop::largestBatch() const {
 bool SimulatedDesktop::trusted() {
     const std::scoped_lock lock(shared_->mutex);
     return trusted_;
+}
+
+std::string SimulatedDesktop::whyNotTrusted() {
+    const std::scoped_lock lock(shared_->mutex);
+    return whyNotTrusted_;
 }
 
 void SimulatedDesktop::promptForTrust() {

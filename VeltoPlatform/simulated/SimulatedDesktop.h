@@ -88,7 +88,7 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     SimulatedElementRef find(std::string_view bundleID) const;
     void quit(std::string_view bundleID);
 
-    void setTrusted(bool trusted);
+    void setTrusted(bool trusted, std::string whyNot = "it is not granted");
     int promptCount() const;
 
     std::vector<std::string> openedURLs() const;
@@ -106,6 +106,7 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     std::size_t largestBatch() const;
 
     bool trusted() override;
+    std::string whyNotTrusted() override;
     void promptForTrust() override;
     ElementRef application(pid_t pid) override;
     std::vector<ElementAttributes> read(std::span<const Request> requests) override;
@@ -126,6 +127,7 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     std::vector<Application> applications_;
     pid_t nextPid_ = 500;
     bool trusted_ = true;
+    std::string whyNotTrusted_;
     int prompts_ = 0;
     std::vector<std::string> openedURLs_;
     std::vector<std::filesystem::path> revealedFiles_;

@@ -60,12 +60,14 @@ class FakeAgent : public ControlledAgent {
 
 class FakeReadiness : public ControlledReadiness {
   public:
+    void refresh() override { seen = driver; }
     bool axReady() const override { return true; }
     bool micReady() const override { return true; }
-    bool driverReady() const override { return driver; }
-    bool ready() const override { return driver; }
+    bool driverReady() const override { return seen; }
+    bool ready() const override { return seen; }
 
     bool driver = true;
+    bool seen = false; ///< when last looked
 };
 
 /// A connection that gives up after 30 s, so that a broken server fails a test instead of hanging it.

@@ -223,8 +223,10 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
     sd_bus_message_append(off.get(), "ssv", "org.a11y.Status", "IsEnabled", "b", 0);
     ASSERT_TRUE(session->call(off, kDeadline));
     EXPECT_FALSE(AX::trusted());
+    EXPECT_EQ(accessibility().whyNotTrusted(), "accessibility is switched off");
     AX::promptForTrust();
     EXPECT_TRUE(eventually(AX::trusted));
+    EXPECT_EQ(accessibility().whyNotTrusted(), "");
     EXPECT_EQ(reports(),
               std::vector<std::string>{"accessibility: switched on; programs that were open before "
                                        "may have to be restarted"});
@@ -233,6 +235,7 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
     const auto orphan = processOf("dbus-daemon");
     desktop().accessibility()->kill();
     EXPECT_TRUE(eventually([] { return !AX::trusted(); }));
+    EXPECT_EQ(accessibility().whyNotTrusted(), "no accessibility bus runs in this session");
     ASSERT_TRUE(desktop().restart());
     EXPECT_TRUE(eventually(AX::trusted));
     auto again = launchTarget(kEndButton);
@@ -249,8 +252,15 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
     auto third = launchTarget(kEndButton);
     EXPECT_TRUE(eventually(Telephony::callActive));
 
-    desktop().bus()->kill();
+    signal(desktop().bus()->pid(), SIGSTOP);
+    renewBackend();
     EXPECT_FALSE(AX::trusted());
+    EXPECT_EQ(accessibility().whyNotTrusted(), "the session's message bus does not answer");
+    desktop().bus()->kill();
+    EXPECT_TRUE(eventually([&] {
+        AX::trusted();
+        return accessibility().whyNotTrusted() == "there is no session message bus";
+    }));
     AX::promptForTrust();
     EXPECT_EQ(reports().back(), "accessibility: cannot be switched on: there is no session message bus");
 }

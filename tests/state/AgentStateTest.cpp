@@ -1,42 +1,38 @@
 #include "VeltoApp/state/AgentState.h"
 
-#include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/KeychainStore.h"
 #include "VeltoShared/core/SecretKey.h"
-#include "tests/support/ManualClock.h"
-#include "tests/support/TestComputer.h"
-
-#include <gtest/gtest.h>
+#include "tests/state/StateFixture.h"
 
 namespace velto::test {
 namespace {
 
-using namespace std::chrono_literals;
-using Notes = std::vector<std::string>;
-
-struct AgentStateTest : ::testing::Test {
-    /// A provider that takes three seconds, and accepts any key that begins with "good".
+struct AgentStateTest : StateTest {
+    /// A provider that takes three seconds, or for ever, and accepts any key that begins with "good".
     asio::awaitable<bool> ask(VoiceProvider provider, std::string key) {
         asked.push_back(std::string(rawValue(provider)) + " \"" + key + "\"");
-        co_await Clock::shared().sleep(3s);
+        co_await Clock::shared().sleep(key == "silence" ? 24h : 3s);
         co_return key.starts_with("good");
     }
     static void keep(const char* gemini, const char* openai) {
         KeychainStore::set(gemini, SecretKey::geminiAPIKey);
         KeychainStore::set(openai, SecretKey::openAIAPIKey);
     }
-    std::string logged() const { return readFile(AppPaths::logFile()); }
+    void make() {
+        state = AgentState::make(settings, [this](VoiceProvider provider, std::string key) {
+            return ask(provider, std::move(key));
+        });
+    }
 
-    TestComputer computer;
-    Loop loop;
     Notes asked;
     AppSettings settings{computer.preferences};
-    std::shared_ptr<AgentState> state = std::make_shared<AgentState>(
-        settings, [this](VoiceProvider provider, std::string key) { return ask(provider, std::move(key)); });
+    std::shared_ptr<AgentState> state;
 };
 
 TEST_F(AgentStateTest, AsksOneProviderAfterTheOtherAndPublishesInOneStep) {
     keep(" \tgood ", "bad");
+    make();
+    EXPECT_TRUE(state->validating());
     Notes changes;
     const auto note = [&](const char* name) {
         return [&, name](bool value) {
@@ -50,12 +46,11 @@ TEST_F(AgentStateTest, AsksOneProviderAfterTheOtherAndPublishesInOneStep) {
                                      state->geminiValid.observe(note("geminiValid")),
                                      state->openaiValid.observe(note("openaiValid")),
                                      state->apiKeyConfigured.observe(note("apiKeyConfigured"))};
-    state->refreshKey();
     loop.advance(60s);
     EXPECT_EQ(asked, (Notes{"gemini \"good\"", "openai \"bad\""}));
-    EXPECT_EQ(changes, (Notes{"validating true at 0", "hasGeminiKey true at 6", "hasOpenAIKey true at 6",
-                              "geminiValid true at 6", "openaiValid false at 6", "apiKeyConfigured true at 6",
-                              "validating false at 6"}));
+    EXPECT_EQ(changes,
+              (Notes{"hasGeminiKey true at 6", "hasOpenAIKey true at 6", "geminiValid true at 6",
+                     "openaiValid false at 6", "apiKeyConfigured true at 6", "validating false at 6"}));
     EXPECT_TRUE(state->anyKeyValid());
     EXPECT_EQ(logged(), "[2026-11-16T20:23:26Z] keys: gemini=present/true openai=present/false\n"
                         "[2026-11-16T20:23:26Z] keys: kept in simulated keyring\n");
@@ -64,7 +59,7 @@ TEST_F(AgentStateTest, AsksOneProviderAfterTheOtherAndPublishesInOneStep) {
 TEST_F(AgentStateTest, PresenceDecidesWhichProviderACallUses) {
     settings.provider.set("openai");
     keep(" \t", " ");
-    state->refreshKey();
+    make();
     loop.drain();
     EXPECT_EQ(asked, Notes{});
     EXPECT_NE(logged().find("] keys: gemini=none/false openai=none/false\n"), std::string::npos);
@@ -81,7 +76,7 @@ TEST_F(AgentStateTest, PresenceDecidesWhichProviderACallUses) {
 
 TEST_F(AgentStateTest, RefreshesMayOverlapAndOutliveTheState) {
     keep("", "good");
-    state->refreshKey();
+    make();
     loop.advance(1s);
     keep("good too", "bad");
     state->refreshKey();
@@ -99,6 +94,19 @@ TEST_F(AgentStateTest, RefreshesMayOverlapAndOutliveTheState) {
     loop.advance(60s);
     EXPECT_EQ(asked.size(), 1u); // the second key is not sent for nobody
     EXPECT_EQ(logged(), before);
+}
+
+TEST_F(AgentStateTest, AProviderThatNeverAnswersHoldsUpNothingElse) {
+    keep("silence", "good");
+    make();
+    loop.advance(1h);
+    EXPECT_TRUE(state->validating());
+    EXPECT_FALSE(state->hasGeminiKey()) << "nothing is published in part";
+    keep("good", "");
+    state->refreshKey();
+    loop.advance(3s);
+    EXPECT_FALSE(state->validating());
+    EXPECT_TRUE(state->anyKeyValid());
 }
 
 } // namespace

@@ -29,6 +29,7 @@ TestComputer::TestComputer() {
     computer.audioHardware = &audio;
     computer.outputUnits = &audio;
     computer.processTaps = &audio.taps;
+    computer.microphoneAccess = &microphone;
     computer.accessibility = &desktop;
     computer.workspace = &desktop;
     installPlatform(computer);

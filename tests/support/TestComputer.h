@@ -3,6 +3,7 @@
 
 #include "VeltoPlatform/simulated/SimulatedAudio.h"
 #include "VeltoPlatform/simulated/SimulatedDesktop.h"
+#include "VeltoPlatform/simulated/SimulatedMicrophone.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
 
 #include <filesystem>
@@ -38,6 +39,7 @@ class TestComputer {
     SimulatedPreferences preferences;
     SimulatedSecretStore secrets;
     SimulatedAudio audio;
+    SimulatedMicrophone microphone;
     SimulatedDesktop desktop;
 };
 

@@ -1,0 +1,128 @@
+#include "VeltoApp/state/RecordingState.h"
+
+#include "VeltoApp/app/Helper.h"
+#include "VeltoApp/state/AudioState.h"
+#include "VeltoApp/state/RecordingFiles.h"
+#include "VeltoShared/core/AppPaths.h"
+#include "VeltoShared/core/LocalTimestamp.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr double kRate = 16000; // Hz
+constexpr std::uint32_t kChannels = 2;
+constexpr std::size_t kBlock = 1600; // samples
+constexpr auto kBlockTime = 100ms;
+/// For the last block to leave the device.
+constexpr auto kTail = 500ms;
+
+/// Each block's time is counted from the first one's: waits that end late would add up to gaps.
+asio::awaitable<void> feed(std::weak_ptr<AudioPlayback> weak, std::vector<std::int16_t> samples) {
+    auto next = Clock::shared().steadyNow();
+    for (std::size_t at = 0; at < samples.size(); at += kBlock) {
+        {
+            const auto playback = weak.lock();
+            if (!playback)
+                co_return;
+            playback->write(std::span(samples).subspan(at, std::min(kBlock, samples.size() - at)));
+        }
+        next += kBlockTime;
+        co_await Clock::shared().sleep(next - Clock::shared().steadyNow());
+    }
+}
+
+asio::awaitable<void> feedAndStop(std::weak_ptr<AudioPlayback> weak, std::vector<std::int16_t> samples) {
+    co_await feed(weak, std::move(samples));
+    co_await Clock::shared().sleep(kTail);
+    MainThread::post([weak] {
+        if (const auto playback = weak.lock())
+            playback->stop();
+    });
+}
+
+} // namespace
+
+RecordingState::~RecordingState() {
+    endRecording();
+    endPlayback();
+}
+
+void RecordingState::refresh() {
+    MainThread::spawn(list(weak_from_this(), ++lastList_));
+}
+
+asio::awaitable<void> RecordingState::list(std::weak_ptr<RecordingState> weak, std::uint64_t number) {
+    auto found = co_await Blocking::run(RecordingFiles::list());
+    if (const auto self = weak.lock(); self && self->lastList_ == number)
+        self->files.set(std::move(found));
+}
+
+void RecordingState::start(const std::optional<std::string>& device) {
+    if (recording())
+        return;
+    const auto name = device.value_or(std::string(AudioState::agentMic));
+    const auto file = "rec-" + localTimestamp(Clock::shared().now()) + ".wav";
+    auto recorder = WavRecorder::open(name, kRate, AppPaths::recordings() / file);
+    if (!recorder)
+        return status.set("Capture device not found: " + name);
+    recorder->start();
+    recorder_ = std::move(recorder);
+    recording.set(true);
+    status.set("Recording " + file);
+    const auto limit = std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(maxSeconds));
+    autoStop_ = Clock::shared().repeat(limit, [weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->stop();
+    });
+}
+
+void RecordingState::stop() {
+    endRecording();
+    recording.set(false);
+    status.set("Saved");
+    refresh();
+}
+
+void RecordingState::endRecording() {
+    autoStop_ = nullptr;
+    const auto recorder = std::exchange(recorder_, nullptr);
+    if (!recorder)
+        return;
+    recorder->stop();
+    if (const auto trouble = recorder->trouble(); !trouble.empty())
+        Helper::log("recording: " + trouble);
+}
+
+void RecordingState::play(std::string name, std::string device) {
+    endPlayback();
+    MainThread::spawn(begin(weak_from_this(), ++lastPlay_, std::move(name), std::move(device)));
+}
+
+asio::awaitable<void> RecordingState::begin(std::weak_ptr<RecordingState> weak, std::uint64_t number,
+                                            std::string name, std::string device) {
+    auto prepared = co_await Blocking::run(RecordingFiles::prepare(name, std::move(device), kRate));
+    const auto self = weak.lock();
+    if (!self || self->lastPlay_ != number)
+        co_return;
+    if (prepared.samples)
+        self->playback_ = AudioPlayback::open(prepared.device, kRate, kChannels);
+    if (!self->playback_) {
+        self->status.set("Cannot play " + name + " on " + prepared.device);
+        co_return;
+    }
+    self->playback_->start();
+    self->status.set("Playing " + name);
+    Background::spawn(feedAndStop(self->playback_, std::move(*prepared.samples)));
+}
+
+void RecordingState::endPlayback() {
+    if (const auto playback = std::exchange(playback_, nullptr))
+        playback->stop();
+}
+
+} // namespace velto

@@ -1,0 +1,186 @@
+#include "VeltoApp/state/RecordingState.h"
+
+#include "VeltoShared/audio/Wav.h"
+#include "VeltoShared/audio/WavFile.h"
+#include "tests/state/StateFixture.h"
+
+#include <fstream>
+
+namespace velto::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Samples = std::vector<std::int16_t>;
+
+struct RecordingStateTest : StateTest {
+    std::shared_ptr<RecordingState> state = std::make_shared<RecordingState>();
+
+    static fs::path folder() { return AppPaths::recordings(); }
+    static void keep(const std::string& name, const Samples& samples) {
+        WavFile file(folder() / name, 16'000);
+        file.append(samples);
+        file.finish();
+    }
+    static Samples counted(std::size_t count) {
+        Samples samples(count);
+        for (std::size_t i = 0; i < count; ++i)
+            samples[i] = static_cast<std::int16_t>(i % 30'000 + 1);
+        return samples;
+    }
+    void hear(std::size_t frames) { computer.audio.deliver("VeltoLoop 2ch", Samples(frames * 2, 7)); }
+    void play(const std::string& name, const std::string& device) {
+        state->play(name, device);
+        loop.drain();
+    }
+    /// What a device asks for in `frames` frames, of one channel.
+    Samples pull(const std::string& device, std::uint32_t frames) {
+        Samples mono;
+        const auto stereo = computer.audio.pull(device, frames);
+        for (std::size_t i = 0; i < stereo.size(); i += 2)
+            mono.push_back(stereo[i]);
+        return mono;
+    }
+    Notes names() const {
+        Notes names;
+        for (const auto& file : state->files())
+            names.push_back(file.name + ' ' + std::to_string(file.size));
+        return names;
+    }
+};
+
+TEST_F(RecordingStateTest, RecordsUntilStoppedOrForFiveMinutes) {
+    state->start();
+    const auto file = computer.root() / state->status().substr(sizeof "Recording " - 1);
+    EXPECT_TRUE(state->status().starts_with("Recording rec-202611"));
+    EXPECT_TRUE(state->recording());
+    hear(160);
+    const auto running = state->status();
+    loop.advance(1s);
+    state->start("no such device");
+    EXPECT_EQ(state->status(), running) << "one at a time";
+    loop.advance(298s);
+    EXPECT_TRUE(state->recording());
+    loop.advance(1s);
+    EXPECT_FALSE(state->recording());
+    EXPECT_EQ(state->status(), "Saved");
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+    EXPECT_EQ(names(), Notes{file.filename().string() + " 364"});
+    EXPECT_EQ(loop.clock.waiting(), 0u) << "its timer is gone";
+
+    state->start("Speaker II");
+    EXPECT_EQ(state->status(), "Capture device not found: Speaker II");
+    EXPECT_FALSE(state->recording());
+}
+
+TEST_F(RecordingStateTest, WithinOneSecondTheLaterRecordingReplacesTheEarlier) {
+    state->start();
+    hear(1600);
+    loop.advance(200ms);
+    state->stop();
+    state->start();
+    hear(160);
+    loop.advance(200ms);
+    state->stop();
+    loop.drain();
+    ASSERT_EQ(state->files().size(), 1u);
+    const auto name = state->files().front().name;
+    EXPECT_EQ(Wav::readMono16(folder() / name)->samples, Samples(160, 7));
+
+    state->start();
+    hear(320);
+    state.reset();
+    loop.advance(1s);
+    EXPECT_EQ(Wav::readMono16(folder() / name)->samples, Samples(320, 7)) << "whole when its owner goes";
+}
+
+TEST_F(RecordingStateTest, ListsSoundFilesWhateverElseLiesThere) {
+    for (int i = 0; i < 5000; ++i)
+        std::ofstream(folder() / ("call-" + std::to_string(10'000 + i) + ".wav")) << std::string(i % 7, 'x');
+    fs::create_directory(folder() / "a.wav");
+    fs::create_symlink("nowhere", folder() / "b.wav");
+    std::ofstream(folder() / "c.WAV") << 'x';
+    std::ofstream(folder() / "d.wav.part") << 'x';
+    state->refresh();
+    state->refresh();
+    loop.drain();
+    ASSERT_EQ(state->files().size(), 5000u);
+    EXPECT_EQ(state->files().front(), (RecordingState::File{"call-10000.wav", 0}));
+    EXPECT_EQ(state->files().back(), (RecordingState::File{"call-14999.wav", 1}));
+
+    fs::remove_all(folder());
+    std::ofstream(AppPaths::support() / "Recordings") << "no folder";
+    state->refresh();
+    loop.drain();
+    EXPECT_EQ(names(), Notes{});
+    state->start();
+    state->stop();
+    EXPECT_EQ(timesLogged("recording: 0 samples could not be written: Not a directory"), 1);
+}
+
+TEST_F(RecordingStateTest, FeedsADeviceBlockByBlockAndStopsIt) {
+    const auto sound = counted(16'000);
+    keep("a.wav", sound);
+    play("a.wav", " \t");
+    EXPECT_EQ(state->status(), "Playing a.wav");
+    Samples heard;
+    for (int block = 0; block < 10; ++block) {
+        if (block > 0)
+            loop.advance(block == 5 ? 100ms - 1ns : 100ms);
+        if (block == 5) {
+            EXPECT_EQ(pull("Speaker", 10), Samples(10, 0)) << "not before its time";
+            loop.advance(1ns);
+        }
+        const auto part = pull("Speaker", 1600);
+        heard.insert(heard.end(), part.begin(), part.end());
+    }
+    EXPECT_EQ(heard, sound);
+    loop.advance(599ms);
+    EXPECT_EQ(computer.audio.runningUnits(), 1u);
+    loop.advance(1ms);
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+    EXPECT_EQ(state->status(), "Playing a.wav");
+}
+
+TEST_F(RecordingStateTest, TheLastOneThatWasAskedForPlays) {
+    keep("a.wav", Samples(16'000, 1));
+    keep("b.wav", Samples(1600, 2));
+    play("a.wav", "Speaker");
+    loop.advance(150ms);
+    state->play("a.wav", "VeltoLoop 2ch");
+    state->play("b.wav", " VeltoLoop 2ch\t");
+    loop.drain();
+    EXPECT_EQ(computer.audio.runningUnits(), 1u);
+    EXPECT_EQ(state->status(), "Playing b.wav");
+    EXPECT_EQ(pull("VeltoLoop 2ch", 1600), Samples(1600, 2));
+
+    computer.audio.removeDevice("VeltoLoop 2ch");
+    loop.advance(10s);
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+    EXPECT_EQ(loop.clock.waiting(), 0u);
+    play("a.wav", "Speaker");
+    state.reset();
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+    loop.advance(10s);
+}
+
+TEST_F(RecordingStateTest, SaysWhatCannotBePlayed) {
+    keep("a.wav", Samples(1600, 1));
+    fs::copy(folder() / "a.wav", AppPaths::support() / "outside.wav");
+    fs::create_directory(folder() / "d.wav");
+    std::ofstream(folder() / "text.wav") << std::string(100, 'x');
+    for (const auto& name :
+         {std::string("../outside.wav"), (AppPaths::support() / "outside.wav").string(), std::string("d.wav"),
+          std::string("text.wav"), std::string("none.wav"), std::string()}) {
+        play(name, "Speaker");
+        EXPECT_EQ(state->status(), "Cannot play " + name + " on Speaker");
+    }
+    play("a.wav", "speaker ");
+    EXPECT_EQ(state->status(), "Cannot play a.wav on speaker");
+    computer.audio.removeDevice("Speaker");
+    play("a.wav", "");
+    EXPECT_EQ(state->status(), "Cannot play a.wav on ");
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+}
+
+} // namespace
+} // namespace velto::test
