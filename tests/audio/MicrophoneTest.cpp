@@ -30,7 +30,7 @@ struct MicrophoneTest : SoundServer {
         return status.authorization == is ? status.reason : "not so, but: " + status.reason;
     }
     std::string restartedWithout(std::set<std::string> devices, MicrophoneAuthorization is) {
-        rehearsal::PrivateSoundServerOptions options;
+        rehearsal::SoundDevices options;
         options.without = std::move(devices);
         EXPECT_TRUE(server->restart(options));
         return reasonOnce(*microphone, is, is == authorized ? "" : "monitors");
@@ -70,7 +70,7 @@ TEST_F(MicrophoneTest, FollowsWhatTheServerHasToRecordFrom) {
 
 TEST_F(MicrophoneTest, AServerThatHangsIsWaitedForOnce) {
     EXPECT_EQ(reasonOnce(*microphone, authorized), "");
-    ::kill(server->pid(), SIGSTOP);
+    ::kill(server->processes().back().pid(), SIGSTOP);
     const auto begin = std::chrono::steady_clock::now();
     for (int i = 0; i < 50; ++i) {
         const auto status = microphone->status();
@@ -78,12 +78,12 @@ TEST_F(MicrophoneTest, AServerThatHangsIsWaitedForOnce) {
         EXPECT_EQ(status.reason, "the sound server does not answer");
     }
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 20 * PulseMicrophone::patience);
-    ::kill(server->pid(), SIGCONT);
+    ::kill(server->processes().back().pid(), SIGCONT);
     EXPECT_EQ(reasonOnce(*microphone, authorized), "");
-    ::kill(server->pid(), SIGSTOP);
+    ::kill(server->processes().back().pid(), SIGSTOP);
     microphone->status();
     microphone.reset(); // with its question still open
-    ::kill(server->pid(), SIGCONT);
+    ::kill(server->processes().back().pid(), SIGCONT);
 }
 
 TEST_F(MicrophoneTest, AServerThatRefusesUsIsADenial) {
