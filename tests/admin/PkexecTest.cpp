@@ -8,15 +8,18 @@
 #include "VeltoPlatform/linux/PolkitAdmin.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TestComputer.h"
+#include "velto-admin-helper/CommandServer.h"
 
 #include <gtest/gtest.h>
 
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace velto::test {
 namespace {
@@ -59,12 +62,14 @@ struct Pkexec : ::testing::Test {
         text.resize(pipe.read(text));
         return text;
     }
-    /// Waits until it is dead.
+    static bool ends(const FileDescriptor& exit) {
+        pollfd ended{exit.get(), POLLIN, 0};
+        return ::poll(&ended, 1, 10'000) == 1;
+    }
     static void kill(const std::string& process) {
         const auto exit = exitDescriptor(std::stoi(process));
-        ASSERT_EQ(::kill(std::stoi(process), SIGKILL), 0);
-        pollfd ended{exit.get(), POLLIN, 0};
-        ASSERT_EQ(::poll(&ended, 1, 10'000), 1);
+        EXPECT_EQ(::kill(std::stoi(process), SIGKILL), 0);
+        EXPECT_TRUE(ends(exit));
     }
     std::string output(const std::string& command) {
         const auto result = Admin::run(command);
@@ -170,12 +175,31 @@ TEST_F(Pkexec, ACommandEndsWithThoseWhoWantIt) {
     pid_t shell = 0;
     pid_t child = 0;
     std::istringstream(firstText(*pipe)) >> shell >> child;
-    ASSERT_GT(child, 0);
+    const auto shellEnd = exitDescriptor(shell);
+    const auto childEnd = exitDescriptor(child);
+    ASSERT_TRUE(shellEnd && childEnd);
     pipe.reset();
     EXPECT_EQ(::kill(shell, 0), 0) << "still wanted";
-    admin.freeAuthorization(); // waits for the helper, which waits for the shell
-    EXPECT_NE(::kill(shell, 0), 0);
-    EXPECT_FALSE(fs::exists("/proc/" + std::to_string(child) + "/exe"));
+    admin.freeAuthorization();
+    EXPECT_TRUE(ends(shellEnd) && ends(childEnd));
+}
+
+TEST_F(Pkexec, TheHelperTakesNothingButCommands) {
+    const auto tooLong = "R" + std::string(AdminProtocol::kLongestCommand + 1, '#');
+    for (const auto& message : {std::string("Xecho"), tooLong, std::string("Recho\0x", 7), std::string()}) {
+        std::array<int, 2> sockets{};
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, sockets.data()), 0);
+        const FileDescriptor ours(sockets[0]);
+        FileDescriptor theirs(sockets[1]);
+        std::thread helper([&theirs] {
+            serveCommands(theirs.get(), "1234");
+            theirs.close();
+        });
+        ::send(ours.get(), "Q", 1, 0); // of a command that had ended
+        ::send(ours.get(), message.data(), message.size(), 0);
+        EXPECT_EQ(readAll(ours.get()), "Hvelto-admin-helper 1") << message.substr(0, 8);
+        helper.join();
+    }
 }
 
 TEST_F(Pkexec, OnlyASafeHelperIsUsed) {
