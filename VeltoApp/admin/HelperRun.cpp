@@ -42,7 +42,7 @@ std::vector<std::string> overlaid(const std::map<std::string, std::string>& over
             all.emplace_back(pair);
     }
     for (const auto& [name, value] : overlay)
-        all.push_back(name + "=" + value);
+        all.emplace_back(name).append("=").append(value);
     return all;
 }
 
@@ -88,6 +88,7 @@ Result notStarted(const std::string& what, const std::string& why) {
 Result run(const std::string& executable, const std::vector<std::string>& arguments,
            const std::optional<fs::path>& cwd, const std::optional<std::map<std::string, std::string>>& env) {
     std::error_code error;
+    std::error_code ignored;
     SpawnRequest request;
     // From here, not from the folder that the program runs in.
     request.program = executable.empty() ? "" : fs::absolute(executable, error).string();
@@ -95,8 +96,8 @@ Result run(const std::string& executable, const std::vector<std::string>& argume
     request.environment = overlaid(env.value_or(std::map<std::string, std::string>()));
     request.folder = cwd ? cwd->string() : "";
     if (holdsNul({request.program, request.folder}) || holdsNul(arguments) || holdsNul(request.environment))
-        return notStarted(executable.c_str(), "a text holds a NUL");
-    if (cwd && !fs::is_directory(*cwd, error))
+        return notStarted(executable.substr(0, executable.find('\0')), "a text holds a NUL");
+    if (cwd && !fs::is_directory(*cwd, ignored))
         return notStarted(executable, "no such working folder: " + request.folder);
     Pipe output;
     Pipe errors;
