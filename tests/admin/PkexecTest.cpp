@@ -103,7 +103,11 @@ TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
     EXPECT_EQ(::kill(std::stoi(left), SIGKILL), 0);
     EXPECT_EQ(output("echo next"), "next\n");
     // Output that nobody wants, more than fits between us.
-    EXPECT_EQ(velto_run_admin("head -c 10000000 /dev/zero", nullptr), 0);
+    const auto done = folder.path() / "done";
+    EXPECT_EQ(velto_run_admin(("head -c 10000000 /dev/zero; touch " + done.string()).c_str(), nullptr), 0);
+    for (int i = 0; i < 2000 && !fs::exists(done); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_TRUE(fs::exists(done));
     EXPECT_EQ(velto_run_admin("exec >&-; exec 2>&-; exit 1", nullptr), 0);
     EXPECT_EQ(output("echo heard"), "heard\n");
     EXPECT_EQ(asked(), 1);
