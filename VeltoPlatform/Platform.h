@@ -4,6 +4,7 @@
 namespace velto {
 
 class Accessibility;
+class AdminRights;
 class AudioHardware;
 class Folders;
 class MicrophoneAccess;
@@ -25,6 +26,7 @@ struct Platform {
     SecretStore* secretStore = nullptr;
     Preferences* preferences = nullptr;
     Folders* folders = nullptr;
+    AdminRights* adminRights = nullptr;
 };
 
 /// The installed platform. Any thread, after `installPlatform`.

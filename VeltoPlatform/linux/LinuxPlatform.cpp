@@ -3,18 +3,34 @@
 #include "VeltoPlatform/linux/PulseServer.h"
 
 namespace velto {
+namespace {
+
+/// Installed, and otherwise where a bundle or a build has its programs.
+AdminHelperPlaces adminHelperPlaces(LinuxFolders& folders) {
+    constexpr const char* kName = "velto-admin-helper";
+    AdminHelperPlaces places{std::filesystem::path(VELTO_LIBEXEC) / kName, {}};
+    if (const auto resources = folders.bundleResources())
+        places.others.push_back(*resources / kName);
+    std::error_code error;
+    if (const auto program = std::filesystem::read_symlink("/proc/self/exe", error); !error)
+        places.others.push_back(program.parent_path() / kName);
+    return places;
+}
+
+} // namespace
 
 LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, const Report& report)
     : folders_(std::move(executable)),
       preferences_(LinuxFolders::config() / bundleID / "preferences.json", report),
       secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys" / "keys.json", report),
-      accessibility_(report) {
+      accessibility_(report), admin_(adminHelperPlaces(folders_), report) {
     Platform parts;
     parts.folders = &folders_;
     parts.preferences = &preferences_;
     parts.accessibility = &accessibility_;
     parts.workspace = &workspace_;
     parts.secretStore = &secrets_;
+    parts.adminRights = &admin_;
     installPlatform(parts);
 
     const auto server = std::make_shared<PulseServer>(report);

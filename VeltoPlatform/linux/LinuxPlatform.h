@@ -6,6 +6,7 @@
 #include "VeltoPlatform/linux/LinuxPreferences.h"
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
+#include "VeltoPlatform/linux/PolkitAdmin.h"
 #include "VeltoPlatform/linux/PulseHardware.h"
 #include "VeltoPlatform/linux/PulseMicrophone.h"
 #include "VeltoPlatform/linux/PulseTaps.h"
@@ -36,6 +37,7 @@ class LinuxPlatform {
     LinuxSecretStore secrets_;
     AtspiAccessibility accessibility_;
     LinuxWorkspace workspace_{accessibility_};
+    PolkitAdmin admin_;
     std::shared_ptr<PulseTaps> taps_;
     std::unique_ptr<PulseHardware> hardware_;
     std::unique_ptr<PulseUnits> units_;

@@ -32,6 +32,7 @@ TestComputer::TestComputer() {
     computer.microphoneAccess = &microphone;
     computer.accessibility = &desktop;
     computer.workspace = &desktop;
+    computer.adminRights = &admin;
     installPlatform(computer);
 }
 

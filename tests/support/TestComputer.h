@@ -1,6 +1,7 @@
 // A simulated computer in a folder of its own, installed as the platform for the length of a test.
 #pragma once
 
+#include "VeltoPlatform/simulated/SimulatedAdmin.h"
 #include "VeltoPlatform/simulated/SimulatedAudio.h"
 #include "VeltoPlatform/simulated/SimulatedDesktop.h"
 #include "VeltoPlatform/simulated/SimulatedMicrophone.h"
@@ -41,6 +42,7 @@ class TestComputer {
     SimulatedAudio audio;
     SimulatedMicrophone microphone;
     SimulatedDesktop desktop;
+    SimulatedAdmin admin;
 };
 
 /// Empty when it cannot be read.

@@ -14,6 +14,7 @@ forbid VeltoPlatform 'VeltoShared/|VeltoApp/|VeltoPhone/|veltoctl/|rehearsal/|te
 forbid VeltoShared 'VeltoApp/|VeltoPhone/|VeltoPlatform/(linux|simulated)/|veltoctl/|rehearsal/|tests/|Q[A-Z]'
 forbid VeltoApp 'veltoctl/|VeltoPhone/|rehearsal/|tests/|VeltoPlatform/simulated/'
 forbid VeltoPhone 'VeltoApp/|veltoctl/|tests/|VeltoPlatform/(linux|simulated)/'
+forbid velto-admin-helper 'VeltoShared/|VeltoApp/|VeltoPhone/|VeltoPlatform/simulated/|veltoctl/|rehearsal/|tests/|boost/|Q[A-Z]'
 forbid VeltoPhone/line 'Q[A-Z]|VeltoPhone/(app|model|views)/'
 forbid rehearsal 'VeltoPhone/|Q[A-Z]'
 backends=$(grep -rlE '^#include "VeltoPlatform/linux/' VeltoApp --include='*.h' --include='*.cpp' | grep -v '^VeltoApp/main.cpp$')
