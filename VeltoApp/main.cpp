@@ -1,12 +1,11 @@
 // The application: composition root of the program that users start.
 #include "VeltoApp/app/Application.h"
 #include "VeltoApp/app/Helper.h"
+#include "VeltoApp/views/app/Windows.h"
 #include "VeltoPlatform/linux/LinuxPlatform.h"
 #include "VeltoShared/core/AppPaths.h"
 
 #include <CLI/CLI.hpp>
-
-#include <iostream>
 
 int main(int argc, char** argv) {
     CLI::App commandLine("Velto, an AI voice agent for cellular calls", "velto");
@@ -18,11 +17,7 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return commandLine.exit(error) == 0 ? 0 : 2;
     }
-    if (!headless) {
-        std::cerr << "velto: this build has no windows; start it with --headless\n";
-        return 2;
-    }
     const velto::LinuxPlatform platform(*argv, velto::AppPaths::bundleID,
                                         [](const std::string& line) { velto::Helper::log(line); });
-    return velto::runHeadless();
+    return headless ? velto::runHeadless() : velto::runWindowed(argc, argv);
 }

@@ -13,6 +13,9 @@ forbid() {
 forbid VeltoPlatform 'VeltoShared/|VeltoApp/|VeltoPhone/|veltoctl/|rehearsal/|tests/|Q[A-Z]'
 forbid VeltoShared 'VeltoApp/|VeltoPhone/|VeltoPlatform/(linux|simulated)/|veltoctl/|rehearsal/|tests/|Q[A-Z]'
 forbid VeltoApp 'veltoctl/|VeltoPhone/|rehearsal/|tests/|VeltoPlatform/simulated/'
+for room in admin app control history session state main.cpp; do
+  forbid "VeltoApp/$room" 'Q[A-Z]'
+done
 forbid VeltoPhone 'VeltoApp/|veltoctl/|tests/|VeltoPlatform/(linux|simulated)/'
 forbid velto-admin-helper 'VeltoShared/|VeltoApp/|VeltoPhone/|VeltoPlatform/simulated/|veltoctl/|rehearsal/|tests/|boost/|Q[A-Z]'
 forbid VeltoPhone/line 'Q[A-Z]|VeltoPhone/(app|model|views)/'
