@@ -7,6 +7,7 @@ class Accessibility;
 class AdminRights;
 class AudioHardware;
 class Folders;
+class LoginItem;
 class MicrophoneAccess;
 class OutputUnits;
 class Preferences;
@@ -26,6 +27,7 @@ struct Platform {
     SecretStore* secretStore = nullptr;
     Preferences* preferences = nullptr;
     Folders* folders = nullptr;
+    LoginItem* loginItem = nullptr;
     AdminRights* adminRights = nullptr;
 };
 

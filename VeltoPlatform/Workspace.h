@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,12 @@ namespace velto {
 struct RunningApplication {
     std::string bundleID; ///< empty when it has none
     pid_t pid = 0;
+};
+
+/// A program, by its path, and what it is given.
+struct Command {
+    std::string program;
+    std::vector<std::string> arguments;
 };
 
 /// All operations: any thread, synchronous.
@@ -25,6 +32,9 @@ class Workspace {
     virtual bool openURL(const std::string& url) = 0;
     /// Shows the file or folder in the file manager, at least its folder; false when nothing can.
     virtual bool revealFile(const std::filesystem::path& path) = 0;
+    /// What shows the desktop's page of accessibility settings, and ends when that is on its way; none where
+    /// the desktop has no such page.
+    virtual std::optional<Command> accessibilitySettings() = 0;
 };
 
 } // namespace velto

@@ -5,14 +5,19 @@
 namespace velto {
 namespace {
 
+/// Empty when it cannot be told.
+std::filesystem::path runningProgram() {
+    std::error_code ignored;
+    return std::filesystem::read_symlink("/proc/self/exe", ignored);
+}
+
 /// Installed, and otherwise where a bundle or a build has its programs.
 AdminHelperPlaces adminHelperPlaces(LinuxFolders& folders) {
     constexpr const char* kName = "velto-admin-helper";
     AdminHelperPlaces places{std::filesystem::path(VELTO_LIBEXEC) / kName, {}};
     if (const auto resources = folders.bundleResources())
         places.others.push_back(*resources / kName);
-    std::error_code error;
-    if (const auto program = std::filesystem::read_symlink("/proc/self/exe", error); !error)
+    if (const auto program = runningProgram(); !program.empty())
         places.others.push_back(program.parent_path() / kName);
     return places;
 }
@@ -23,7 +28,8 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
     : folders_(std::move(executable)),
       preferences_(LinuxFolders::config() / bundleID / "preferences.json", report),
       secrets_(preferences_, folders_.applicationSupport() / bundleID / "keys" / "keys.json", report),
-      accessibility_(report), admin_(adminHelperPlaces(folders_), report) {
+      accessibility_(report), admin_(adminHelperPlaces(folders_), report),
+      loginItem_(LinuxFolders::config(), bundleID, runningProgram()) {
     Platform parts;
     parts.folders = &folders_;
     parts.preferences = &preferences_;
@@ -31,6 +37,7 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
     parts.workspace = &workspace_;
     parts.secretStore = &secrets_;
     parts.adminRights = &admin_;
+    parts.loginItem = &loginItem_;
     installPlatform(parts);
 
     const auto server = std::make_shared<PulseServer>(report);

@@ -3,6 +3,7 @@
 
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
+#include "VeltoPlatform/linux/LinuxLoginItem.h"
 #include "VeltoPlatform/linux/LinuxPreferences.h"
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
@@ -38,6 +39,7 @@ class LinuxPlatform {
     AtspiAccessibility accessibility_;
     LinuxWorkspace workspace_{accessibility_};
     PolkitAdmin admin_;
+    LinuxLoginItem loginItem_;
     std::shared_ptr<PulseTaps> taps_;
     std::unique_ptr<PulseHardware> hardware_;
     std::unique_ptr<PulseUnits> units_;

@@ -1,13 +1,23 @@
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
 
+#include "VeltoPlatform/linux/AccessibilitySettings.h"
 #include "VeltoPlatform/linux/OpenURL.h"
 #include "VeltoPlatform/linux/ProcessFiles.h"
 #include "VeltoPlatform/linux/RevealFile.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace velto {
+namespace {
+
+std::string variable(const char* name) {
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+    return value ? value : "";
+}
+
+} // namespace
 
 std::vector<KnownApplication> LinuxWorkspace::defaultTable() {
     return {{"velto-phone", {"com.apple.mobilephone", "com.apple.notificationcenterui"}}};
@@ -37,6 +47,10 @@ bool LinuxWorkspace::openURL(const std::string& url) {
 
 bool LinuxWorkspace::revealFile(const std::filesystem::path& path) {
     return velto::revealFile(path);
+}
+
+std::optional<Command> LinuxWorkspace::accessibilitySettings() {
+    return velto::accessibilitySettings(variable("XDG_CURRENT_DESKTOP"), variable("PATH"));
 }
 
 const KnownApplication* LinuxWorkspace::known(const std::string& executable) const {

@@ -28,6 +28,7 @@ class LinuxWorkspace : public Workspace {
     std::vector<RunningApplication> runningApplications() override;
     bool openURL(const std::string& url) override;
     bool revealFile(const std::filesystem::path& path) override;
+    std::optional<Command> accessibilitySettings() override;
 
   private:
     const KnownApplication* known(const std::string& executable) const;

@@ -116,6 +116,10 @@ class SimulatedDesktop : public Accessibility, public Workspace {
     bool openURL(const std::string& url) override;
     /// Recorded; true.
     bool revealFile(const std::filesystem::path& path) override;
+    std::optional<Command> accessibilitySettings() override { return settingsPage; }
+
+    /// What its users would see of their accessibility settings.
+    std::optional<Command> settingsPage;
 
   private:
     struct Application {

@@ -33,6 +33,7 @@ TestComputer::TestComputer() {
     computer.accessibility = &desktop;
     computer.workspace = &desktop;
     computer.adminRights = &admin;
+    computer.loginItem = &loginItem;
     installPlatform(computer);
 }
 

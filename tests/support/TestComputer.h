@@ -4,6 +4,7 @@
 #include "VeltoPlatform/simulated/SimulatedAdmin.h"
 #include "VeltoPlatform/simulated/SimulatedAudio.h"
 #include "VeltoPlatform/simulated/SimulatedDesktop.h"
+#include "VeltoPlatform/simulated/SimulatedLoginItem.h"
 #include "VeltoPlatform/simulated/SimulatedMicrophone.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
 
@@ -43,6 +44,7 @@ class TestComputer {
     SimulatedMicrophone microphone;
     SimulatedDesktop desktop;
     SimulatedAdmin admin;
+    SimulatedLoginItem loginItem;
 };
 
 /// Empty when it cannot be read.
