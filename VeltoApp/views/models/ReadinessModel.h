@@ -1,0 +1,50 @@
+// The readiness checks as the windows show them, and what mends them.
+#pragma once
+
+#include "VeltoApp/state/ReadinessState.h"
+#include "VeltoApp/views/models/Mirror.h"
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+#include <memory>
+
+namespace velto {
+
+/// Main thread.
+class ReadinessModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("given by the application")
+    Q_PROPERTY(bool ready READ ready NOTIFY readyChanged)
+    Q_PROPERTY(bool axReady READ axReady NOTIFY axReadyChanged)
+    Q_PROPERTY(bool micReady READ micReady NOTIFY micReadyChanged)
+    Q_PROPERTY(bool driverReady READ driverReady NOTIFY driverReadyChanged)
+
+  public:
+    explicit ReadinessModel(std::shared_ptr<ReadinessState> readiness, QObject* parent = nullptr);
+
+    bool ready() const { return axReady() && micReady() && driverReady(); }
+    bool axReady() const { return axReady_(); }
+    bool micReady() const { return micReady_(); }
+    bool driverReady() const { return driverReady_(); }
+
+    Q_INVOKABLE void refresh();
+    Q_INVOKABLE void requestMic();
+    /// Asks for access, once in a run, and shows the desktop's page of accessibility settings.
+    Q_INVOKABLE void enableAccessibility();
+
+  Q_SIGNALS:
+    void readyChanged();
+    void axReadyChanged();
+    void micReadyChanged();
+    void driverReadyChanged();
+
+  private:
+    std::shared_ptr<ReadinessState> readiness_;
+    Mirror<bool> axReady_;
+    Mirror<bool> micReady_;
+    Mirror<bool> driverReady_;
+};
+
+} // namespace velto
