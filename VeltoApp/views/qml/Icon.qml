@@ -1,0 +1,12 @@
+import QtQuick
+import Velto
+
+// A symbol by its name; an ornament, so whatever it tells must stand beside it in words.
+SymbolItem {
+    property int size: 16
+
+    implicitWidth: size
+    implicitHeight: size
+    color: Theme.text
+    Accessible.ignored: true
+}

@@ -1,0 +1,9 @@
+import QtQuick
+import Velto
+
+// What a view is for; one in a view.
+ActionButton {
+    ink: Theme.onAccent
+    ground: enabled ? Theme.accent : Theme.sunken
+    rim: enabled ? "transparent" : Theme.outline
+}

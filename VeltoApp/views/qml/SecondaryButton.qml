@@ -1,0 +1,7 @@
+import QtQuick
+import Velto
+
+ActionButton {
+    ground: Theme.surface
+    rim: Theme.outline
+}

@@ -1,0 +1,46 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Velto
+
+// Text of several lines, which scrolls within what it is given. Tab goes on to the next control.
+ScrollView {
+    id: view
+
+    required property string label
+    property alias text: area.text
+    property alias placeholderText: area.placeholderText
+    property alias editor: area
+
+    signal edited
+
+    implicitHeight: Theme.controlHeight * 2.5
+    background: FieldFrame {
+        focused: area.activeFocus
+    }
+    ScrollBar.horizontal.policy: ScrollBar.AlwaysOff
+
+    TextArea {
+        id: area
+        leftPadding: Theme.space3
+        rightPadding: Theme.space3
+        topPadding: Theme.space2
+        bottomPadding: Theme.space2
+        wrapMode: TextEdit.Wrap
+        textFormat: TextEdit.PlainText
+        selectByMouse: true
+        font.pixelSize: Theme.textBody
+        color: enabled ? Theme.text : Theme.muted
+        placeholderTextColor: Theme.muted
+        selectionColor: Theme.accent
+        selectedTextColor: Theme.onAccent
+        background: null
+
+        Accessible.name: view.label
+        Accessible.ignored: !visible
+        KeyNavigation.priority: KeyNavigation.BeforeItem
+        KeyNavigation.tab: nextItemInFocusChain(true)
+        KeyNavigation.backtab: nextItemInFocusChain(false)
+
+        onTextChanged: if (activeFocus) view.edited()
+    }
+}
