@@ -1,7 +1,7 @@
 // What the windows show of the audio drivers, and the installer behind it.
 #pragma once
 
-#include "VeltoApp/app/Helper.h"
+#include "VeltoApp/admin/Admin.h"
 #include "VeltoShared/core/Clock.h"
 #include "VeltoShared/core/Published.h"
 
@@ -22,7 +22,7 @@ class DriverState : public ObservableObject, public std::enable_shared_from_this
     /// block.
     using RunAsAdministrator = std::function<Helper::Result(const std::string& line)>;
 
-    explicit DriverState(RunAsAdministrator run) : run_(std::move(run)) {}
+    explicit DriverState(RunAsAdministrator run = Admin::run) : run_(std::move(run)) {}
 
     Published<std::string> log{*this};
     Published<bool> busy{*this, false};

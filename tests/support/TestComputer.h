@@ -4,8 +4,8 @@
 #include "VeltoPlatform/simulated/SimulatedAdmin.h"
 #include "VeltoPlatform/simulated/SimulatedAudio.h"
 #include "VeltoPlatform/simulated/SimulatedDesktop.h"
-#include "VeltoPlatform/simulated/SimulatedMicrophone.h"
 #include "VeltoPlatform/simulated/SimulatedDriverPlace.h"
+#include "VeltoPlatform/simulated/SimulatedMicrophone.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
 
 #include <filesystem>
