@@ -6,6 +6,7 @@ namespace velto {
 class Accessibility;
 class AdminRights;
 class AudioHardware;
+class DriverPlace;
 class Folders;
 class LoginItem;
 class MicrophoneAccess;
@@ -29,6 +30,7 @@ struct Platform {
     Folders* folders = nullptr;
     LoginItem* loginItem = nullptr;
     AdminRights* adminRights = nullptr;
+    DriverPlace* driverPlace = nullptr;
 };
 
 /// The installed platform. Any thread, after `installPlatform`.

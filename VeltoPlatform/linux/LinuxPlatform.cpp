@@ -32,6 +32,7 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
       loginItem_(LinuxFolders::config(), bundleID, runningProgram()) {
     Platform parts;
     parts.folders = &folders_;
+    parts.driverPlace = &driverPlace_;
     parts.preferences = &preferences_;
     parts.accessibility = &accessibility_;
     parts.workspace = &workspace_;
