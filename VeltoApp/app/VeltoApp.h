@@ -1,6 +1,7 @@
 // The application object: what its windows and its control socket share.
 #pragma once
 
+#include "VeltoApp/history/CallHistoryStore.h"
 #include "VeltoApp/session/NativeCallSession.h"
 #include "VeltoApp/state/AgentState.h"
 #include "VeltoApp/state/AudioState.h"
@@ -20,6 +21,7 @@ struct VeltoApp {
     std::shared_ptr<RecordingState> rec = std::make_shared<RecordingState>();
     std::shared_ptr<NativeCallSession> nativeSession = NativeCallSession::shared();
     std::shared_ptr<ReadinessState> setup = ReadinessState::shared();
+    CallHistoryStore& history = CallHistoryStore::shared();
     AppSettings& settings = AppSettings::shared();
 };
 
