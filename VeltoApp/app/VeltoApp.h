@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoApp/drivers/DriverState.h"
+#include "VeltoApp/history/CallHistoryStore.h"
 #include "VeltoApp/session/NativeCallSession.h"
 #include "VeltoApp/state/AgentState.h"
 #include "VeltoApp/state/AudioState.h"
@@ -22,6 +23,7 @@ struct VeltoApp {
     std::shared_ptr<RecordingState> rec = std::make_shared<RecordingState>();
     std::shared_ptr<NativeCallSession> nativeSession = NativeCallSession::shared();
     std::shared_ptr<ReadinessState> setup = ReadinessState::shared();
+    CallHistoryStore& history = CallHistoryStore::shared();
     AppSettings& settings = AppSettings::shared();
 };
 
