@@ -15,8 +15,11 @@ constexpr const char* kReadiness = "readiness";
 } // namespace
 
 AppModel::AppModel(const VeltoApp& app)
-    : agent_(app.agent), audio_(app.audio), history_(app.history), readiness_(app.setup),
-      recents_(app.history, kRecents), session_(app.nativeSession), settings_(app.settings),
+    : agent_(app.agent), audio_(app.audio), drivers_(app.drivers),
+      geminiKey_(app.agent, VoiceProvider::gemini), history_(app.history),
+      openaiKey_(app.agent, VoiceProvider::openai), readiness_(app.setup), recents_(app.history, kRecents),
+      recordings_(app.rec), session_(app.nativeSession), sessionLog_(app.nativeSession),
+      settings_(app.settings), stored_(app.settings),
       settingsTab_(shown(platform().preferences->text(kSettingsTab).value_or(kReadiness))) {}
 
 void AppModel::setSettingsTab(const QString& tab) {
@@ -32,9 +35,9 @@ void AppModel::mainWindowShown() {
         AudioBridge::restoreIfNeeded();
     audio_.refresh();
     readiness_.refresh();
-    if (readiness_.ready() || settings_.hasCompletedSetup())
+    if (readiness_.ready() || stored_.hasCompletedSetup())
         return;
-    settings_.hasCompletedSetup.set(true);
+    stored_.hasCompletedSetup.set(true);
     setSettingsTab(QString::fromLatin1(kReadiness));
     Q_EMIT setupWanted();
 }

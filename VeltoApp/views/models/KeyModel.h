@@ -3,6 +3,7 @@
 
 #include "VeltoApp/state/AgentState.h"
 #include "VeltoApp/views/models/Mirror.h"
+#include "VeltoShared/core/Executors.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,13 +1,27 @@
 #include "VeltoApp/views/models/ReadinessModel.h"
 
+#include "VeltoApp/admin/HelperRun.h"
+#include "VeltoPlatform/Accessibility.h"
+#include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/Workspace.h"
 #include "VeltoShared/telephony/AX.h"
 
 namespace velto {
+namespace {
+
+/// Whether the desktop has a page of settings to show.
+asio::awaitable<bool> openSettings() {
+    const auto page = platform().workspace->accessibilitySettings();
+    co_return page&& Helper::run(page->program, page->arguments).status == 0;
+}
+
+} // namespace
 
 ReadinessModel::ReadinessModel(std::shared_ptr<ReadinessState> readiness, QObject* parent)
     : QObject(parent), readiness_(std::move(readiness)), axReady_(readiness_->axReady,
                                                                   [this] {
                                                                       axReadyChanged();
+                                                                      axTroubleChanged();
                                                                       readyChanged();
                                                                   }),
       micReady_(readiness_->micReady,
@@ -33,7 +47,16 @@ void ReadinessModel::enableAccessibility() {
         readiness_->didPromptAX = true;
         AX::promptForTrust();
     }
-    refresh();
+    MainThread::spawn(showSettings(this));
+}
+
+asio::awaitable<void> ReadinessModel::showSettings(QPointer<ReadinessModel> self) {
+    const bool isShown = co_await Blocking::run(openSettings());
+    if (!self)
+        co_return;
+    self->refresh();
+    self->axTrouble_ = isShown ? QString() : shown(platform().accessibility->whyNotTrusted());
+    self->axTroubleChanged();
 }
 
 } // namespace velto

@@ -5,6 +5,7 @@
 #include "VeltoApp/views/models/Mirror.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
 #include <memory>
@@ -20,6 +21,8 @@ class ReadinessModel : public QObject {
     Q_PROPERTY(bool axReady READ axReady NOTIFY axReadyChanged)
     Q_PROPERTY(bool micReady READ micReady NOTIFY micReadyChanged)
     Q_PROPERTY(bool driverReady READ driverReady NOTIFY driverReadyChanged)
+    /// Why pressing "Enable" has not helped; empty when it has, or when the desktop shows its settings.
+    Q_PROPERTY(QString axTrouble READ axTrouble NOTIFY axTroubleChanged)
 
   public:
     explicit ReadinessModel(std::shared_ptr<ReadinessState> readiness, QObject* parent = nullptr);
@@ -28,10 +31,11 @@ class ReadinessModel : public QObject {
     bool axReady() const { return axReady_(); }
     bool micReady() const { return micReady_(); }
     bool driverReady() const { return driverReady_(); }
+    QString axTrouble() const { return axReady() ? QString() : axTrouble_; }
 
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void requestMic();
-    /// Asks for access, once in a run, and shows the desktop's page of accessibility settings.
+    /// Asks for access, once in a run, shows the desktop's page of accessibility settings, and looks again.
     Q_INVOKABLE void enableAccessibility();
 
   Q_SIGNALS:
@@ -39,12 +43,16 @@ class ReadinessModel : public QObject {
     void axReadyChanged();
     void micReadyChanged();
     void driverReadyChanged();
+    void axTroubleChanged();
 
   private:
+    static asio::awaitable<void> showSettings(QPointer<ReadinessModel> self);
+
     std::shared_ptr<ReadinessState> readiness_;
     Mirror<bool> axReady_;
     Mirror<bool> micReady_;
     Mirror<bool> driverReady_;
+    QString axTrouble_;
 };
 
 } // namespace velto

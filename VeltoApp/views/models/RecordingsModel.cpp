@@ -49,8 +49,8 @@ void RecordingsModel::play(const QString& name, const QString& device) {
     recordings_->play(name.toStdString(), device.toStdString());
 }
 
-void RecordingsModel::reveal(const QString& name) {
-    velto::reveal(AppPaths::recordings() / name.toStdString());
+void RecordingsModel::reveal(const QString& file) {
+    velto::reveal(AppPaths::recordings() / file.toStdString());
 }
 
 /// A list that is as before keeps its rows, and with them the keyboard's place.

@@ -38,7 +38,8 @@ class RecordingsModel : public QAbstractListModel {
     Q_INVOKABLE void stop();
     /// On a device of this name; on the default output when that is blank.
     Q_INVOKABLE void play(const QString& name, const QString& device);
-    Q_INVOKABLE void reveal(const QString& name);
+    /// A file's name in the folder, or its absolute path.
+    Q_INVOKABLE void reveal(const QString& file);
 
   Q_SIGNALS:
     void countChanged();

@@ -7,8 +7,6 @@
 namespace velto {
 namespace {
 
-constexpr const char* kTabKey = "velto.settingsTab";
-
 QStringList voiceNames(VoiceProvider provider) {
     QStringList names;
     for (const auto voice : voices(provider))
@@ -34,8 +32,7 @@ SettingsModel::SettingsModel(AppSettings& settings, QObject* parent)
       geminiVoice_(settings.geminiVoice, [this] { geminiVoiceChanged(); }),
       openaiVoice_(settings.openaiVoice, [this] { openaiVoiceChanged(); }),
       monitorAgent_(settings.monitorAgent, [this] { monitorAgentChanged(); }),
-      monitorDevice_(settings.monitorDevice, [this] { monitorDeviceChanged(); }),
-      settingsTab_(shown(platform().preferences->text(kTabKey).value_or("readiness"))) {}
+      monitorDevice_(settings.monitorDevice, [this] { monitorDeviceChanged(); }) {}
 
 void SettingsModel::changeLaunchAtLogin(bool launch) {
     MainThread::spawn(applyLaunchAtLogin(this, launch));
@@ -57,14 +54,6 @@ QStringList SettingsModel::geminiVoices() {
 
 QStringList SettingsModel::openaiVoices() {
     return voiceNames(VoiceProvider::openai);
-}
-
-void SettingsModel::setSettingsTab(const QString& tab) {
-    if (tab == settingsTab_)
-        return;
-    settingsTab_ = tab;
-    platform().preferences->set(kTabKey, tab.toStdString());
-    settingsTabChanged();
 }
 
 } // namespace velto

@@ -31,8 +31,6 @@ class SettingsModel : public QObject {
     Q_PROPERTY(QStringList openaiVoices READ openaiVoices CONSTANT)
     Q_PROPERTY(bool monitorAgent READ monitorAgent WRITE setMonitorAgent NOTIFY monitorAgentChanged)
     Q_PROPERTY(QString monitorDevice READ monitorDevice WRITE setMonitorDevice NOTIFY monitorDeviceChanged)
-    /// Of the settings window: "readiness", "general" or "debug".
-    Q_PROPERTY(QString settingsTab READ settingsTab WRITE setSettingsTab NOTIFY settingsTabChanged)
 
   public:
     explicit SettingsModel(AppSettings& settings, QObject* parent = nullptr);
@@ -59,8 +57,6 @@ class SettingsModel : public QObject {
     void setMonitorAgent(bool monitor) { settings_.monitorAgent.set(monitor); }
     QString monitorDevice() const { return shown(monitorDevice_()); }
     void setMonitorDevice(const QString& device) { settings_.monitorDevice.set(device.toStdString()); }
-    QString settingsTab() const { return settingsTab_; }
-    void setSettingsTab(const QString& tab);
 
   Q_SIGNALS:
     void defaultGoalChanged();
@@ -73,7 +69,6 @@ class SettingsModel : public QObject {
     void openaiVoiceChanged();
     void monitorAgentChanged();
     void monitorDeviceChanged();
-    void settingsTabChanged();
 
   private:
     static asio::awaitable<void> applyLaunchAtLogin(QPointer<SettingsModel> self, bool launch);
@@ -89,7 +84,6 @@ class SettingsModel : public QObject {
     Mirror<bool> monitorAgent_;
     Mirror<std::string> monitorDevice_;
     QString loginItemError_;
-    QString settingsTab_;
 };
 
 } // namespace velto

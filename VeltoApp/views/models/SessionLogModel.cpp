@@ -1,0 +1,27 @@
+#include "VeltoApp/views/models/SessionLogModel.h"
+
+#include <utility>
+
+namespace velto {
+
+SessionLogModel::SessionLogModel(std::shared_ptr<NativeCallSession> session, QObject* parent)
+    : QObject(parent), session_(std::move(session)),
+      subscription_(session_->log.observe([this](const auto&) { schedule(); })) {}
+
+QString SessionLogModel::text() const {
+    return shown(session_->log()).join(QLatin1Char('\n'));
+}
+
+void SessionLogModel::schedule() {
+    if (std::exchange(scheduled_, true))
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            scheduled_ = false;
+            textChanged();
+        },
+        Qt::QueuedConnection);
+}
+
+} // namespace velto

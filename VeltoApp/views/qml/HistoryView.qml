@@ -1,0 +1,54 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Velto
+
+// Every finished call; one opens as a sheet over the list.
+ColumnLayout {
+    id: pane
+
+    required property AppModel app
+
+    spacing: Theme.space3
+
+    RowLayout {
+        Layout.margins: Theme.space5
+        Layout.bottomMargin: 0
+
+        BodyText {
+            text: "Call history"
+            font.pixelSize: Theme.textTitle
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+            Layout.fillWidth: true
+        }
+        SecondaryButton {
+            text: "Clear"
+            symbol: "trash"
+            enabled: pane.app.history.count > 0
+            onClicked: pane.app.history.clear()
+        }
+    }
+    RowList {
+        label: "Call history"
+        emptyText: "(no calls yet)"
+        model: pane.app.history
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        Layout.margins: Theme.space5
+        Layout.topMargin: 0
+
+        delegate: HistoryRow {
+            id: row
+            onOpenRequested: sheet.show(row)
+            onRevealRequested: pane.app.recordings.reveal(recordingPath)
+            onRemoveRequested: pane.app.history.remove(callId)
+        }
+    }
+
+    CallTranscriptView {
+        id: sheet
+        parent: pane.Window.contentItem
+        onRevealRequested: path => pane.app.recordings.reveal(path)
+    }
+}

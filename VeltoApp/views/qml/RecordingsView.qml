@@ -1,0 +1,77 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Velto
+
+// The recordings on disk, and one made by hand.
+ColumnLayout {
+    id: pane
+
+    required property AppModel app
+
+    spacing: Theme.space3
+
+    Component.onCompleted: app.recordings.refresh()
+
+    ColumnLayout {
+        spacing: Theme.space3
+        Layout.margins: Theme.space5
+        Layout.bottomMargin: 0
+
+        RowLayout {
+            spacing: Theme.space2
+
+            PrimaryButton {
+                visible: !pane.app.recordings.recording
+                text: "Record downlink (5 min)"
+                onClicked: pane.app.recordings.record()
+            }
+            SecondaryButton {
+                visible: pane.app.recordings.recording
+                text: "Stop recording"
+                symbol: "stop.fill"
+                onClicked: pane.app.recordings.stop()
+            }
+            SecondaryButton {
+                text: "Refresh"
+                symbol: "arrow.clockwise"
+                onClicked: pane.app.recordings.refresh()
+            }
+            BodyText {
+                text: pane.app.recordings.status
+                color: Theme.muted
+                elide: Text.ElideMiddle
+                horizontalAlignment: Text.AlignRight
+                Layout.fillWidth: true
+            }
+        }
+        FormRow {
+            label: "Play device"
+
+            TextInputField {
+                id: device
+                label: "Play device"
+                Layout.fillWidth: true
+            }
+        }
+    }
+    RowList {
+        label: "Recordings"
+        emptyText: "(none)"
+        model: pane.app.recordings
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        Layout.leftMargin: Theme.space5
+        Layout.rightMargin: Theme.space5
+
+        delegate: RecordingRow {
+            onPlayRequested: pane.app.recordings.play(name, device.text)
+            onRevealRequested: pane.app.recordings.reveal(name)
+        }
+    }
+    FootnoteText {
+        text: "Recordings are 16-bit mono WAV in Application Support. Fixed 5-minute windows."
+        Layout.margins: Theme.space5
+        Layout.topMargin: 0
+    }
+}
