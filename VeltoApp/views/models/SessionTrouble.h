@@ -6,7 +6,8 @@
 
 namespace velto {
 
-/// A sentence for the last line of the latest session in `log` that tells of a failure; empty when none does.
+/// A sentence for the first failure of the latest session in `log`, or for why it was not started; empty when
+/// all went well.
 std::string sessionTrouble(const std::vector<std::string>& log);
 
 } // namespace velto

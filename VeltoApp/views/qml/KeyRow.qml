@@ -11,12 +11,6 @@ ColumnLayout {
     spacing: Theme.space2
     Layout.fillWidth: true
 
-    function save() {
-        const typed = field.text;
-        field.clear();
-        key.save(typed);
-    }
-
     RowLayout {
         spacing: Theme.space3
 
@@ -40,19 +34,17 @@ ColumnLayout {
                 font.pixelSize: Theme.textSmall
             }
         }
-        TextInputField {
+        SecretField {
             id: field
             label: row.key.name
-            echoMode: TextInput.Password
-            inputMethodHints: Qt.ImhSensitiveData | Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase
-            onAccepted: row.save()
+            onAccepted: row.key.save(take())
             Layout.fillWidth: true
         }
         SecondaryButton {
             text: "Save"
             enabled: !row.key.busy
             Accessible.description: row.key.name
-            onClicked: row.save()
+            onClicked: row.key.save(field.take())
         }
         SecondaryButton {
             visible: row.key.present

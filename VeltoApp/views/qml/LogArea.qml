@@ -31,7 +31,7 @@ ScrollView {
         font.pixelSize: Theme.textSmall
         color: Theme.text
         selectionColor: Theme.accent
-        selectedTextColor: Theme.onAccent
+        selectedTextColor: Theme.accentInk
         background: null
 
         Accessible.name: view.label

@@ -3,33 +3,125 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Velto
 
+// The main window: a call is placed, followed and found again. Closing it ends the program, after a question
+// while a call runs.
 ApplicationWindow {
     id: window
 
     required property AppModel app
+    property SettingsView settingsWindow: null
+    property bool leaving: false
+    readonly property bool roomy: height >= 600
+    readonly property int gap: roomy ? Theme.space4 : Theme.space3
+
+    function openSettings() {
+        if (!settingsWindow)
+            settingsWindow = settingsComponent.createObject(window, {
+                app: window.app
+            });
+        settingsWindow.show();
+        settingsWindow.raise();
+        settingsWindow.requestActivate();
+    }
+    function openReadiness() {
+        app.settingsTab = "readiness";
+        openSettings();
+    }
+    function leave() {
+        leaving = true;
+        if (app.session.running)
+            app.session.stop();
+        Qt.quit();
+    }
 
     title: "Velto"
+    visible: true
+    width: 920
+    height: 640
     minimumWidth: 720
     minimumHeight: 520
     color: Theme.window
 
+    Component.onCompleted: app.mainWindowShown()
+    onActiveChanged: if (active) app.mainWindowActivated()
+    onClosing: close => {
+        if (leaving)
+            return;
+        close.accepted = false;
+        if (app.session.running)
+            leaveDialog.open();
+        else
+            leave();
+    }
+
+    Connections {
+        target: window.app
+        function onSetupWanted() {
+            window.openSettings();
+        }
+    }
+    Component {
+        id: settingsComponent
+
+        SettingsView {}
+    }
+    Shortcut {
+        sequences: ["Ctrl+,"]
+        onActivated: window.openSettings()
+    }
+    Shortcut {
+        sequences: ["Ctrl+Q", "Ctrl+W"]
+        onActivated: window.close()
+    }
+
     ColumnLayout {
         anchors.fill: parent
-        anchors.margins: Theme.space5
-        spacing: Theme.space3
+        anchors.margins: window.roomy ? Theme.space5 : Theme.space4
+        spacing: window.gap
 
-        Label {
-            text: "Velto"
-            color: Theme.text
-            font.pixelSize: Theme.textLarge
+        MainHeader {
+            ready: window.app.readiness.ready
+            onReadinessWanted: window.openReadiness()
+            onSettingsWanted: window.openSettings()
+            Layout.fillWidth: true
         }
-        Label {
-            text: window.app.session.state
-            color: Theme.muted
-            font.pixelSize: Theme.textBody
-        }
-        Item {
+        RowLayout {
+            spacing: window.gap
+            Layout.fillWidth: true
             Layout.fillHeight: true
+
+            ColumnLayout {
+                spacing: window.gap
+                Layout.fillHeight: true
+                Layout.fillWidth: true
+                Layout.preferredWidth: 5
+
+                NewCallSection {
+                    app: window.app
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    Layout.maximumHeight: implicitHeight + Theme.textBody * 4
+                    Layout.preferredHeight: 1
+                }
+                RecentCallsSection {
+                    app: window.app
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    Layout.preferredHeight: 1
+                    Layout.minimumHeight: Theme.controlHeight * 3.6
+                }
+            }
+            StatusSection {
+                app: window.app
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.preferredWidth: 6
+            }
         }
+    }
+    LeaveDialog {
+        id: leaveDialog
+
+        onAccepted: window.leave()
     }
 }

@@ -18,6 +18,7 @@ ComboBox {
     opacity: enabled ? 1 : 0.6
 
     Accessible.name: label
+    Accessible.description: displayText
     Accessible.ignored: !visible
     Accessible.onPressAction: if (enabled) popup.visible ? popup.close() : popup.open()
 

@@ -3,7 +3,7 @@ import Velto
 
 // What a view is for; one in a view.
 ActionButton {
-    ink: Theme.onAccent
+    ink: Theme.accentInk
     ground: enabled ? Theme.accent : Theme.sunken
     rim: enabled ? "transparent" : Theme.outline
 }

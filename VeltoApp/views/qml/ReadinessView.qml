@@ -16,6 +16,13 @@ SettingsPane {
     Component.onCompleted: recheck()
 
     Connections {
+        target: pane.app.drivers
+        function onBusyChanged() {
+            if (!pane.app.drivers.busy)
+                pane.app.readiness.refresh();
+        }
+    }
+    Connections {
         // What was missing may have been granted elsewhere.
         target: pane.Window.window
         function onActiveChanged() {

@@ -3,7 +3,7 @@ import QtQuick.Controls.Basic
 import Velto
 
 // A tab: its symbol above its name.
-AbstractButton {
+TabButton {
     id: tab
 
     required property string tag
@@ -15,12 +15,12 @@ AbstractButton {
     implicitWidth: Math.max(Math.round(88 * Theme.textScale), implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     padding: Theme.space2
+    checkable: false
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     font.pixelSize: Theme.textSmall
     font.weight: Font.Medium
 
-    Accessible.role: Accessible.PageTab
     Accessible.name: text
     Accessible.selectable: true
     Accessible.selected: selected

@@ -13,7 +13,7 @@ ApplicationWindow {
     readonly property string tab: stored === "general" || (stored === "debug" && app.settings.showDebug)
         ? stored : "readiness"
 
-    title: "Settings"
+    title: "Velto Settings"
     width: 720
     height: 600
     minimumWidth: 720

@@ -32,7 +32,7 @@ ScrollView {
         color: enabled ? Theme.text : Theme.muted
         placeholderTextColor: Theme.muted
         selectionColor: Theme.accent
-        selectedTextColor: Theme.onAccent
+        selectedTextColor: Theme.accentInk
         background: null
 
         Accessible.name: view.label

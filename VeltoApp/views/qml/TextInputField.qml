@@ -18,7 +18,7 @@ TextField {
     color: enabled ? Theme.text : Theme.muted
     placeholderTextColor: Theme.muted
     selectionColor: Theme.accent
-    selectedTextColor: Theme.onAccent
+    selectedTextColor: Theme.accentInk
     opacity: enabled ? 1 : 0.6
 
     Accessible.name: label
@@ -27,5 +27,6 @@ TextField {
 
     background: FieldFrame {
         focused: field.activeFocus
+        fixed: field.readOnly
     }
 }

@@ -1,12 +1,13 @@
 pragma Singleton
 import QtQuick
+import Velto
 
 // One palette for light and dark, one scale of spaces, one of types. Texts have a contrast of 4.5 to 1 or more
 // on every ground that they stand on.
 QtObject {
     id: theme
 
-    property bool dark: false
+    readonly property bool dark: Appearance.dark
 
     readonly property color window: dark ? "#15171b" : "#f4f5f8"
     readonly property color surface: dark ? "#1f2228" : "#ffffff"
@@ -18,7 +19,7 @@ QtObject {
     readonly property color text: dark ? "#f1f3f5" : "#1a1d22"
     readonly property color muted: dark ? "#a9b1bd" : "#58606d"
     readonly property color accent: dark ? "#7aaeff" : "#1d5bd0"
-    readonly property color onAccent: dark ? "#0b1424" : "#ffffff"
+    readonly property color accentInk: dark ? "#0b1424" : "#ffffff"
     readonly property color accentSoft: dark ? "#22324c" : "#e6eefc"
     readonly property color good: dark ? "#5bd08a" : "#17734a"
     readonly property color goodSoft: dark ? "#1b3527" : "#e4f4ea"
@@ -26,7 +27,7 @@ QtObject {
     readonly property color warningSoft: dark ? "#3a2f18" : "#fdf1d9"
     readonly property color bad: dark ? "#ff8a80" : "#b3261e"
     readonly property color badSoft: dark ? "#402321" : "#fce8e6"
-    readonly property color onBad: dark ? "#2a0805" : "#ffffff"
+    readonly property color badInk: dark ? "#2a0805" : "#ffffff"
     readonly property color focus: accent
     // Laid over a control that is hovered or pressed.
     readonly property color hover: dark ? "#14ffffff" : "#0d000000"

@@ -53,7 +53,7 @@ Switch {
             width: 16
             height: 16
             radius: 8
-            color: control.checked ? Theme.onAccent : Theme.edge
+            color: control.checked ? Theme.accentInk : Theme.edge
         }
         FocusRing {
             visible: control.visualFocus

@@ -2,28 +2,107 @@ import QtQuick
 import QtQuick.Controls.Basic
 import Velto
 
-// The lines of a conversation, the newest in sight.
+// A conversation as bubbles on two sides. Shows the newest line when it comes, unless the reader has scrolled up.
 ListView {
-    id: list
+    id: view
 
     required property TranscriptModel transcript
     property string emptyText
+    property bool following: true
+
+    function toBottom() {
+        following = true;
+        positionViewAtEnd();
+    }
+    function noteReader() {
+        following = atYEnd;
+    }
 
     model: transcript
     clip: true
     spacing: Theme.space2
     boundsBehavior: Flickable.StopAtBounds
-    ScrollBar.vertical: ScrollBar {}
+    reuseItems: true
+    activeFocusOnTab: count > 0
+    keyNavigationEnabled: false
+    Accessible.role: Accessible.List
+    Accessible.name: "Transcript"
 
-    onCountChanged: positionViewAtEnd()
-    Component.onCompleted: positionViewAtEnd()
+    onCountChanged: keepUp.restart()
+    onContentHeightChanged: keepUp.restart()
+    onHeightChanged: keepUp.restart()
+    onMovementEnded: noteReader()
+    onVisibleChanged: if (visible) toBottom()
 
-    delegate: BodyText {
-        required property string speaker
-        required property string words
+    Keys.onUpPressed: scrollBy(-Theme.space6)
+    Keys.onDownPressed: scrollBy(Theme.space6)
+    Keys.onPressed: event => {
+        const page = height - Theme.space6;
+        switch (event.key) {
+        case Qt.Key_PageUp:
+            scrollBy(-page);
+            break;
+        case Qt.Key_PageDown:
+            scrollBy(page);
+            break;
+        case Qt.Key_Home:
+            following = false;
+            positionViewAtBeginning();
+            break;
+        case Qt.Key_End:
+            toBottom();
+            break;
+        default:
+            return;
+        }
+        event.accepted = true;
+    }
+    function scrollBy(distance: real) {
+        const end = Math.max(originY, originY + contentHeight - height);
+        contentY = Math.max(originY, Math.min(end, contentY + distance));
+        noteReader();
+    }
 
-        width: ListView.view ? ListView.view.width : 0
-        text: speaker.length > 0 ? speaker + ": " + words : words
-        wrapMode: Text.Wrap
+    delegate: TranscriptBubble {}
+
+    // Once for all that has changed.
+    Timer {
+        id: keepUp
+
+        interval: 0
+        onTriggered: {
+            if (!view.following)
+                return;
+            view.forceLayout();
+            view.positionViewAtEnd();
+        }
+    }
+
+    ScrollBar.vertical: ScrollBar {
+        onPressedChanged: if (!pressed) view.noteReader()
+    }
+    FocusRing {
+        visible: view.activeFocus
+        anchors.margins: 0
+    }
+    BodyText {
+        anchors.centerIn: parent
+        width: parent.width - 2 * Theme.space5
+        visible: view.count === 0
+        text: view.emptyText
+        color: Theme.muted
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.WordWrap
+    }
+    IconButton {
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        anchors.margins: Theme.space2
+        visible: !view.following && !view.atYEnd
+        text: "Newest line"
+        symbol: "arrow.down"
+        ground: Theme.surface
+        rim: Theme.outline
+        onClicked: view.toBottom()
     }
 }

@@ -1,0 +1,91 @@
+import QtQuick
+import QtQuick.Layouts
+import Velto
+
+// Whom to call, and what about.
+SectionCard {
+    id: section
+
+    required property AppModel app
+    readonly property bool running: app.session.running
+    readonly property bool callable: !running && number.text.trim().length > 0
+
+    function call() {
+        if (callable)
+            app.session.start(app.agent.goal, true);
+    }
+
+    title: "New call"
+
+    // The keyboard stays where the next step is.
+    onRunningChanged: {
+        if (running && (callButton.activeFocus || number.activeFocus))
+            stopButton.forceActiveFocus(Qt.OtherFocusReason);
+        else if (!running && stopButton.activeFocus)
+            callButton.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    ColumnLayout {
+        spacing: Theme.space1
+        Layout.fillWidth: true
+
+        FieldLabel {
+            text: "Number"
+        }
+        TextInputField {
+            id: number
+
+            label: "Number"
+            placeholderText: "e.g. +15551234567"
+            text: section.app.session.number
+            readOnly: section.running
+            inputMethodHints: Qt.ImhDialableCharactersOnly
+            maximumLength: 200
+            Layout.fillWidth: true
+            onTextEdited: section.app.session.number = text
+            onAccepted: section.call()
+        }
+    }
+    ColumnLayout {
+        spacing: Theme.space1
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+
+        FieldLabel {
+            text: "Goal"
+        }
+        TextInputArea {
+            label: "Goal"
+            text: section.app.agent.goal
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.minimumHeight: Theme.textBody * 4
+            Layout.maximumHeight: Theme.textBody * 9
+            onEdited: section.app.agent.goal = text
+        }
+    }
+    RowLayout {
+        spacing: Theme.space2
+        Layout.fillWidth: true
+
+        PrimaryButton {
+            id: callButton
+
+            text: "Call with AI"
+            symbol: "phone.arrow.up.right"
+            enabled: section.callable
+            Layout.fillWidth: true
+            onClicked: section.call()
+        }
+        ActionButton {
+            id: stopButton
+
+            text: "Stop"
+            symbol: "stop.fill"
+            ink: Theme.bad
+            ground: Theme.badSoft
+            visible: section.running
+            onClicked: section.app.session.stop()
+        }
+    }
+}

@@ -1,0 +1,131 @@
+// velto-shots: pictures of the windows in every state, light and dark, for the documentation.
+#include "VeltoApp/views/items/Appearance.h"
+#include "tests/views/WindowBench.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QImage>
+#include <QQmlEngine>
+
+#include <iostream>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* kNumber = "+15550126";
+
+class Photographer {
+  public:
+    Photographer(QString folder, bool dark) : folder_(std::move(folder)), dark_(dark) {}
+
+    bool takeAll() {
+        firstRun();
+        ready();
+        calling();
+        failed();
+        return allSaved_;
+    }
+
+  private:
+    void firstRun() {
+        WindowBench bench;
+        bench.computer.desktop.setTrusted(false);
+        bench.drivers.clear();
+        take(bench.open(), "main-not-ready");
+    }
+
+    void ready() {
+        WindowBench bench;
+        bench.addKey();
+        auto& window = bench.open();
+        take(window, "main-ready");
+    }
+
+    void calling() {
+        WindowBench bench;
+        bench.addKey();
+        addCalls(bench);
+        auto& window = bench.open();
+        bench.app.agent->goal.set(
+            "Book a table for two on Friday at eight, under the name of Ellis. If eight is "
+            "taken, any time from seven to nine will do.");
+        bench.app.nativeSession->number.set(kNumber);
+        bench.settle();
+        take(window, "main-idle");
+        bench.app.nativeSession->start("Book a table", true);
+        bench.advance(700ms);
+        take(window, "main-dialing");
+        bench.line.answered = true;
+        bench.advance(3s);
+        bench.say(
+            {"caller: Good evening, Trattoria Lucia.",
+             "agent: Good evening! I'm calling on behalf of Ellis. "
+             "Do you have a table for two on Friday at eight?",
+             "turn complete",
+             "caller: Friday at eight… I'm afraid we are full then. We could offer seven thirty or nine.",
+             "agent: Seven thirty would be perfect, thank you.", "turn complete",
+             "caller: Lovely. And the name was Ellis?", "agent: Yes, Ellis: E, L, L, I, S."});
+        bench.advance(64s);
+        take(window, "main-live");
+        window.close();
+        bench.settle();
+        take(window, "main-leave");
+    }
+
+    void failed() {
+        WindowBench bench;
+        bench.addKey();
+        addCalls(bench);
+        bench.agents.failure = "the provider refused the key (401)";
+        auto& window = bench.open();
+        bench.goLive(kNumber);
+        bench.line.active = false;
+        bench.advance(3s);
+        window.resize(window.minimumSize());
+        bench.settle();
+        take(window, "main-failed-small");
+    }
+
+    static void addCalls(WindowBench& bench) {
+        bench.addCall("+442079460018", 9 * 24h, 12);
+        bench.addCall("+15550199", 27h, 754);
+        bench.addCall("", 5h, 41);
+        bench.addCall("0043-1-TRATTORIA-LUCIA-VIENNA-0123456789", 49min, 3725);
+        bench.addCall(kNumber, 2min, 83);
+    }
+
+    void take(QQuickWindow& window, const char* name) {
+        Appearance::of(*qmlEngine(&window)).setDark(dark_);
+        QCoreApplication::processEvents();
+        const auto file = folder_ + '/' + QLatin1String(name) + (dark_ ? "-dark.png" : "-light.png");
+        if (!window.grabWindow().save(file)) {
+            std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';
+            allSaved_ = false;
+        }
+    }
+
+    QString folder_;
+    bool dark_;
+    bool allSaved_ = true;
+};
+
+} // namespace
+} // namespace velto::test
+
+int main(int argc, char** argv) {
+    using namespace velto::test;
+    WindowBench::prepareQt();
+    ::qputenv("QT_SCALE_FACTOR", "2");
+    const QGuiApplication application(argc, argv);
+    if (argc != 2) {
+        std::cerr << "usage: velto-shots FOLDER\n";
+        return 2;
+    }
+    const auto folder = QString::fromLocal8Bit(argv[1]);
+    QDir().mkpath(folder);
+    const bool light = Photographer(folder, false).takeAll();
+    const bool dark = Photographer(folder, true).takeAll();
+    return light && dark ? 0 : 1;
+}
