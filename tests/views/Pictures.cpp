@@ -33,6 +33,8 @@ class Photographer {
         WindowBench bench;
         bench.computer.desktop.setTrusted(false);
         bench.drivers.clear();
+        for (const char* device : {"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", "VeltoLoop 2ch"})
+            bench.computer.audio.removeDevice(device);
         take(bench.open(), "main-not-ready");
     }
 
@@ -98,7 +100,11 @@ class Photographer {
 
     void take(QQuickWindow& window, const char* name) {
         Appearance::of(*qmlEngine(&window)).setDark(dark_);
-        QCoreApplication::processEvents();
+        constexpr int kFrames = 3; // each lays out what the one before has made another size
+        for (int i = 0; i < kFrames; ++i) {
+            window.grabWindow();
+            QCoreApplication::processEvents();
+        }
         const auto file = folder_ + '/' + QLatin1String(name) + (dark_ ? "-dark.png" : "-light.png");
         if (!window.grabWindow().save(file)) {
             std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';

@@ -18,7 +18,7 @@ void WindowBench::prepareQt() {
     ::qputenv("QT_QPA_PLATFORM", "offscreen");
     ::qputenv("QT_QUICK_BACKEND", "software");
     // What this platform cannot do to windows does not matter here.
-    ::qputenv("QT_LOGGING_RULES", "default.warning=false");
+    ::qputenv("QT_LOGGING_RULES", "qt.qpa.warning=false");
 }
 
 WindowBench::WindowBench()

@@ -16,7 +16,7 @@ class Appearance : public QObject {
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
 
   public:
-    /// Of all windows of the engine.
+    /// Of all windows of the engine, of which one has been loaded.
     static Appearance& of(QQmlEngine& engine);
 
     bool dark() const { return dark_; }

@@ -168,9 +168,10 @@ QPainterPath folder() {
 
 QPainterPath again() {
     QPainterPath arc;
-    arc.arcMoveTo(QRectF(4, 4.4, 16, 16), 62);
-    arc.arcTo(QRectF(4, 4.4, 16, 16), 62, 300);
-    return stroked(arc).united(stroked(line({{15.9, 1.6}, {15.9, 5.5}, {12, 6.6}})));
+    const QRectF around(4, 4.4, 16, 16);
+    arc.arcMoveTo(around, 42);
+    arc.arcTo(around, 42, 300);
+    return stroked(arc).united(stroked(line({{18.2, 2.2}, {18.2, 7}, {13.4, 7}})));
 }
 
 QHash<QString, QPainterPath> drawings() {

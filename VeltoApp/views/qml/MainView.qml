@@ -98,17 +98,13 @@ ApplicationWindow {
 
                 NewCallSection {
                     app: window.app
+                    goalLines: window.roomy ? 5 : 3
                     Layout.fillWidth: true
-                    Layout.fillHeight: true
-                    Layout.maximumHeight: implicitHeight + Theme.textBody * 4
-                    Layout.preferredHeight: 1
                 }
                 RecentCallsSection {
                     app: window.app
                     Layout.fillWidth: true
                     Layout.fillHeight: true
-                    Layout.preferredHeight: 1
-                    Layout.minimumHeight: Theme.controlHeight * 3.6
                 }
             }
             StatusSection {

@@ -7,6 +7,7 @@ SectionCard {
     id: section
 
     required property AppModel app
+    required property int goalLines
     readonly property bool running: app.session.running
     readonly property bool callable: !running && number.text.trim().length > 0
 
@@ -49,7 +50,6 @@ SectionCard {
     ColumnLayout {
         spacing: Theme.space1
         Layout.fillWidth: true
-        Layout.fillHeight: true
 
         FieldLabel {
             text: "Goal"
@@ -58,9 +58,7 @@ SectionCard {
             label: "Goal"
             text: section.app.agent.goal
             Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.minimumHeight: Theme.textBody * 4
-            Layout.maximumHeight: Theme.textBody * 9
+            Layout.preferredHeight: section.goalLines * Theme.textBody * 1.2 + 2 * Theme.space2
             onEdited: section.app.agent.goal = text
         }
     }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import Velto
 
 // A sentence that wants to be read, on a ground of its own; not there while it is empty.
@@ -12,32 +11,30 @@ Rectangle {
     required property color ground
 
     visible: text.length > 0
-    implicitHeight: row.implicitHeight + 2 * Theme.space2
+    implicitHeight: label.implicitHeight + 2 * Theme.space2
     radius: Theme.radiusSmall
     color: ground
 
-    RowLayout {
-        id: row
+    Icon {
+        id: mark
 
-        anchors.left: parent.left
+        x: Theme.space3
+        y: label.y + Math.max(0, (label.implicitHeight / Math.max(1, label.lineCount) - height) / 2)
+        name: notice.symbol
+        color: notice.ink
+        width: size
+        height: size
+    }
+    BodyText {
+        id: label
+
+        anchors.left: mark.right
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        anchors.margins: Theme.space3
-        spacing: Theme.space2
-
-        Icon {
-            name: notice.symbol
-            color: notice.ink
-            Layout.alignment: Qt.AlignTop
-            Layout.topMargin: 1
-        }
-        BodyText {
-            id: label
-
-            wrapMode: Text.Wrap
-            maximumLineCount: 4
-            elide: Text.ElideRight
-            Layout.fillWidth: true
-        }
+        anchors.leftMargin: Theme.space2
+        anchors.rightMargin: Theme.space3
+        wrapMode: Text.Wrap
+        maximumLineCount: 4
+        elide: Text.ElideRight
     }
 }

@@ -45,7 +45,8 @@ ComboBox {
 
         Rectangle {
             anchors.fill: parent
-            radius: parent.radius
+            anchors.margins: Theme.focusWidth
+            radius: parent.radius - Theme.focusWidth
             color: picker.down ? Theme.press : picker.hovered ? Theme.hover : "transparent"
         }
     }

@@ -1,29 +1,31 @@
 import QtQuick
-import QtQuick.Layouts
 import Velto
 
 // One check: a mark and a sentence.
-RowLayout {
+Item {
     id: line
 
     property bool good: false
     property bool pending: false
     property alias text: label.text
 
-    spacing: Theme.space2
+    implicitHeight: label.implicitHeight
 
     Icon {
+        id: mark
+
+        y: Math.max(0, (label.implicitHeight / Math.max(1, label.lineCount) - height) / 2)
         name: line.pending ? "circle" : line.good ? "checkmark.circle.fill" : "exclamationmark.circle.fill"
         color: line.pending ? Theme.muted : line.good ? Theme.good : Theme.warning
-        Layout.alignment: Qt.AlignTop
-        Layout.topMargin: Math.max(0, (label.lineHeightOf - height) / 2)
+        width: size
+        height: size
     }
     BodyText {
         id: label
 
-        readonly property real lineHeightOf: contentHeight / Math.max(1, lineCount)
-
+        anchors.left: mark.right
+        anchors.right: parent.right
+        anchors.leftMargin: Theme.space2
         wrapMode: Text.WordWrap
-        Layout.fillWidth: true
     }
 }

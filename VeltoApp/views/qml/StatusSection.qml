@@ -20,22 +20,17 @@ SectionCard {
         session: section.app.session
         Layout.fillWidth: true
     }
-    ColumnLayout {
-        spacing: Theme.space2
+    StatusLine {
+        good: section.app.agent.apiKeyConfigured
+        pending: section.checkingKeys
+        text: section.checkingKeys ? "Validating keys…" : good ? "AI key ready" : "AI key missing"
         Layout.fillWidth: true
-
-        StatusLine {
-            good: section.app.agent.apiKeyConfigured
-            pending: section.checkingKeys
-            text: section.checkingKeys ? "Validating keys…" : good ? "AI key ready" : "AI key missing"
-            Layout.fillWidth: true
-        }
-        StatusLine {
-            good: section.app.audio.bridgeInstalled
-            pending: section.app.audio.status.length === 0
-            text: good ? "Audio bridge ready · routed only while a call is active; your devices are restored after." : "Audio bridge: " + section.app.audio.status
-            Layout.fillWidth: true
-        }
+    }
+    StatusLine {
+        good: section.app.audio.bridgeInstalled
+        pending: section.app.audio.status.length === 0
+        text: good ? "Audio bridge ready · routed only while a call is active; your devices are restored after." : "Audio bridge: " + section.app.audio.status
+        Layout.fillWidth: true
     }
     Notice {
         text: section.app.session.trouble

@@ -14,6 +14,10 @@ ListView {
         following = true;
         positionViewAtEnd();
     }
+    function keepUp() {
+        if (following)
+            positionViewAtEnd();
+    }
     function noteReader() {
         following = atYEnd;
     }
@@ -28,9 +32,8 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: "Transcript"
 
-    onCountChanged: keepUp.restart()
-    onContentHeightChanged: keepUp.restart()
-    onHeightChanged: keepUp.restart()
+    onContentHeightChanged: keepUp()
+    onHeightChanged: keepUp()
     onMovementEnded: noteReader()
     onVisibleChanged: if (visible) toBottom()
 
@@ -64,19 +67,6 @@ ListView {
     }
 
     delegate: TranscriptBubble {}
-
-    // Once for all that has changed.
-    Timer {
-        id: keepUp
-
-        interval: 0
-        onTriggered: {
-            if (!view.following)
-                return;
-            view.forceLayout();
-            view.positionViewAtEnd();
-        }
-    }
 
     ScrollBar.vertical: ScrollBar {
         onPressedChanged: if (!pressed) view.noteReader()
