@@ -24,9 +24,9 @@ TEST_F(DebugPanesTest, NativePlacesWatchesAndStopsACall) {
     bench.advance(2s);
     EXPECT_EQ(bench.agents.made.back().goal, "Book a table");
     EXPECT_TRUE(text("Log").contains("dial: opening tel-phoneapp:+15550126"));
-    EXPECT_TRUE(reads("live"));
+    EXPECT_TRUE(reads("Session: live"));
     EXPECT_TRUE(press("Stop"));
-    EXPECT_TRUE(reads("ended"));
+    EXPECT_TRUE(reads("Session: ended"));
     const auto dialled = std::ranges::count(bench.notes, "dial +15550126");
     EXPECT_TRUE(press("Watch"));
     bench.advance(2s);

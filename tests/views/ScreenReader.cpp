@@ -113,6 +113,18 @@ std::vector<std::string> ScreenReader::tabStops() const {
     }
 }
 
+std::vector<std::string> ScreenReader::cutOff() const {
+    std::vector<std::string> names;
+    const auto* const whole = QAccessible::queryAccessibleInterface(&window_);
+    search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {
+        const auto place = element.rect();
+        if (place.left() < whole->rect().left() || place.right() > whole->rect().right())
+            names.push_back(nameOf(element));
+        return false;
+    });
+    return names;
+}
+
 std::vector<std::string> ScreenReader::nameless() const {
     std::vector<std::string> found;
     search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {

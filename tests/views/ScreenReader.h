@@ -37,6 +37,8 @@ class ScreenReader {
     void type(const QString& text) const;
     /// The names of the element that has the keyboard, each time that Tab is pressed, until it comes around.
     std::vector<std::string> tabStops() const;
+    /// The names of elements that stand out of the window to the left or to the right.
+    std::vector<std::string> cutOff() const;
     /// Kinds of elements that can be used and have no name.
     std::vector<std::string> nameless() const;
 

@@ -1,9 +1,7 @@
-#include "VeltoApp/views/items/Appearance.h"
 #include "tests/views/SettingsWindow.h"
 
 #include <QFont>
 #include <QGuiApplication>
-#include <QQmlEngine>
 
 namespace velto::test {
 namespace {
@@ -77,6 +75,33 @@ TEST_F(SettingsViewTest, EveryControlHasANameAndIsReachedByTheKeyboard) {
             EXPECT_GT(std::ranges::count(stops, button), 0) << pane << ": " << button;
         picture(pane);
     }
+}
+
+TEST_F(SettingsViewTest, LettersOfTwiceTheSizeAndLongNamesFit) {
+    const auto usual = QGuiApplication::font();
+    auto large = usual;
+    large.setPixelSize(30);
+    QGuiApplication::setFont(large);
+    const std::string name = "Wonderful Audio Interface 24 In / 16 Out";
+    bench.computer.audio.addDevice(name, 2, 2);
+    bench.settings.monitorDevice.set(name);
+    bench.settings.launchAtLogin.set(true);
+    bench.computer.desktop.setTrusted(false, "no accessibility bus runs in this session");
+    bench.addKey();
+    bench.addCall(std::string(40, '8'), 5min, 83);
+    for (const char* tab : {"readiness", "general"}) {
+        open(tab);
+        press("Enable");
+        EXPECT_EQ(reader->cutOff(), Notes{}) << tab;
+        picture(QString("large-") + tab);
+    }
+    for (const char* pane : kPanes) {
+        openPane(pane);
+        reader->pick("Input", QString::fromStdString(name));
+        EXPECT_EQ(reader->cutOff(), Notes{}) << pane;
+        picture(QString("large-") + pane);
+    }
+    QGuiApplication::setFont(usual);
 }
 
 } // namespace

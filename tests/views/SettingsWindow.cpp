@@ -1,6 +1,9 @@
 #include "tests/views/SettingsWindow.h"
 
+#include "VeltoApp/views/items/Appearance.h"
+
 #include <QGuiApplication>
+#include <QQmlEngine>
 
 namespace velto::test {
 
@@ -39,8 +42,13 @@ void SettingsWindow::fill(const QString& field, const QString& text) const {
 }
 
 void SettingsWindow::picture(const QString& name) const {
-    if (const auto folder = qEnvironmentVariable("VELTO_PICTURES"); !folder.isEmpty())
-        window->grabWindow().save(folder + "/" + name + ".png");
+    const auto folder = qEnvironmentVariable("VELTO_PICTURES");
+    if (folder.isEmpty())
+        return;
+    for (const bool dark : {true, false}) {
+        Appearance::of(*qmlEngine(window)).setDark(dark);
+        window->grabWindow().save(folder + "/" + name + (dark ? "-dark.png" : ".png"));
+    }
 }
 
 } // namespace velto::test

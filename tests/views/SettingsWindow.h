@@ -29,7 +29,7 @@ struct SettingsWindow : QtProgram, ::testing::Test {
     /// The text of a field or a text area.
     QString text(const QString& name) const;
     void fill(const QString& field, const QString& text) const;
-    /// Saves the window where VELTO_PICTURES names a folder.
+    /// Saves the window, light and dark, where VELTO_PICTURES names a folder.
     void picture(const QString& name) const;
 
     WindowBench bench;

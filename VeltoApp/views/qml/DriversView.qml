@@ -39,8 +39,9 @@ ColumnLayout {
         FootnoteText {
             text: "Install copies VeltoHQ/VeltoLoop/VeltoVoice into /Library/Audio/Plug-Ins/HAL and restarts coreaudiod (interrupts audio). Restart CoreAudio clears stale driver state without reinstalling."
         }
-        RowLayout {
+        Flow {
             spacing: Theme.space2
+            Layout.fillWidth: true
             Layout.topMargin: Theme.space2
 
             PrimaryButton {

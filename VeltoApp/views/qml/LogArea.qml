@@ -13,6 +13,7 @@ ScrollView {
 
     background: FieldFrame {
         focused: area.activeFocus
+        border.color: focused ? Theme.focus : Theme.outline
     }
 
     TextArea {

@@ -36,8 +36,9 @@ SettingsPane {
                 Layout.fillWidth: true
             }
         }
-        RowLayout {
+        Flow {
             spacing: Theme.space2
+            Layout.fillWidth: true
 
             PrimaryButton {
                 text: "Call & watch"
@@ -56,13 +57,10 @@ SettingsPane {
                 enabled: pane.app.session.running
                 onClicked: pane.app.session.stop()
             }
-            BodyText {
-                text: pane.app.session.state
-                color: Theme.muted
-                horizontalAlignment: Text.AlignRight
-                elide: Text.ElideRight
-                Layout.fillWidth: true
-            }
+        }
+        SessionStateLine {
+            session: pane.app.session
+            Layout.fillWidth: true
         }
         BodyText {
             visible: text.length > 0

@@ -36,7 +36,7 @@ ComboBox {
         y: (picker.height - height) / 2
         name: "chevron.down"
         color: Theme.muted
-        size: 12
+        size: Math.round(12 * Theme.textScale)
         width: size
         height: size
     }
@@ -54,7 +54,7 @@ ComboBox {
     popup: Popup {
         y: picker.height + Theme.space1
         width: picker.width
-        implicitHeight: Math.min(contentItem.implicitHeight + 2 * padding, 320)
+        implicitHeight: Math.min(contentItem.implicitHeight + 2 * padding, Math.round(320 * Theme.textScale))
         padding: Theme.space1
 
         contentItem: PickerList {

@@ -48,7 +48,9 @@ SettingsPane {
                 text: pane.app.readiness.ready ? "Ready" : "Not ready yet"
                 font.pixelSize: Theme.textLarge
                 font.weight: Font.DemiBold
+                wrapMode: Text.Wrap
                 Accessible.role: Accessible.Heading
+                Layout.fillWidth: true
             }
             FootnoteText {
                 text: pane.app.readiness.ready ? "Velto can place AI calls." : "Fix the items below to get going."

@@ -18,8 +18,9 @@ ColumnLayout {
         Layout.margins: Theme.space5
         Layout.bottomMargin: 0
 
-        RowLayout {
+        Flow {
             spacing: Theme.space2
+            Layout.fillWidth: true
 
             PrimaryButton {
                 visible: !pane.app.recordings.recording
@@ -37,13 +38,6 @@ ColumnLayout {
                 symbol: "arrow.clockwise"
                 onClicked: pane.app.recordings.refresh()
             }
-            BodyText {
-                text: pane.app.recordings.status
-                color: Theme.muted
-                elide: Text.ElideMiddle
-                horizontalAlignment: Text.AlignRight
-                Layout.fillWidth: true
-            }
         }
         FormRow {
             label: "Play device"
@@ -53,6 +47,13 @@ ColumnLayout {
                 label: "Play device"
                 Layout.fillWidth: true
             }
+        }
+        BodyText {
+            visible: text.length > 0
+            text: pane.app.recordings.status
+            color: Theme.muted
+            elide: Text.ElideMiddle
+            Layout.fillWidth: true
         }
     }
     RowList {

@@ -62,8 +62,9 @@ SettingsPane {
         }
     }
 
-    RowLayout {
+    Flow {
         spacing: Theme.space2
+        Layout.fillWidth: true
 
         SecondaryButton {
             text: "Refresh"
