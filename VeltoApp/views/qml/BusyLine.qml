@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Velto
 
@@ -11,13 +10,8 @@ RowLayout {
 
     spacing: Theme.space2
 
-    BusyIndicator {
+    BusyMark {
         running: line.visible
-        padding: 0
-        implicitWidth: Math.round(18 * Theme.textScale)
-        implicitHeight: implicitWidth
-        palette.dark: Theme.accent
-        Accessible.ignored: true
     }
     BodyText {
         text: line.text

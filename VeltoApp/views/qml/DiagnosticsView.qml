@@ -3,18 +3,16 @@ import QtQuick.Layouts
 import Velto
 
 // Checks that a person runs by hand.
-ColumnLayout {
+SettingsPane {
     id: pane
 
     required property AppModel app
 
-    spacing: Theme.space3
+    fills: true
 
     Flow {
         spacing: Theme.space2
         Layout.fillWidth: true
-        Layout.margins: Theme.space5
-        Layout.bottomMargin: 0
 
         PrimaryButton {
             text: "Run checks"
@@ -40,13 +38,16 @@ ColumnLayout {
             symbol: "folder"
             onClicked: pane.app.diagnostics.revealLog()
         }
+        BusyMark {
+            running: pane.app.diagnostics.busy || pane.app.drivers.busy
+            height: Theme.controlHeight
+        }
     }
     LogArea {
         label: "Diagnostics"
         text: pane.app.diagnostics.report
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.margins: Theme.space5
-        Layout.topMargin: 0
+        Layout.minimumHeight: Math.round(160 * Theme.textScale)
     }
 }

@@ -3,12 +3,12 @@ import QtQuick.Layouts
 import Velto
 
 // The audio drivers: what is installed, from where, and what came of it.
-ColumnLayout {
+SettingsPane {
     id: pane
 
     required property AppModel app
 
-    spacing: Theme.space3
+    fills: true
 
     Component.onCompleted: app.drivers.refresh()
 
@@ -18,13 +18,11 @@ ColumnLayout {
         follows: true
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.margins: Theme.space5
-        Layout.bottomMargin: 0
+        Layout.minimumHeight: Math.round(120 * Theme.textScale)
     }
     ColumnLayout {
         spacing: Theme.space2
-        Layout.margins: Theme.space5
-        Layout.topMargin: 0
+        Layout.fillWidth: true
 
         BodyText {
             text: "Installed HAL drivers: " + pane.app.drivers.installed
@@ -58,6 +56,10 @@ ColumnLayout {
                 text: "Restart CoreAudio"
                 enabled: !pane.app.drivers.busy
                 onClicked: pane.app.drivers.restartCoreAudio()
+            }
+            BusyMark {
+                running: pane.app.drivers.busy
+                height: Theme.controlHeight
             }
         }
     }

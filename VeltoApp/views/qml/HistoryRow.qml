@@ -35,9 +35,14 @@ ItemDelegate {
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
     Keys.onMenuPressed: menu.popup(row)
-    Keys.onDeletePressed: row.removeRequested()
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F10 && (event.modifiers & Qt.ShiftModifier))
+            menu.popup(row);
+    }
 
     onClicked: row.openRequested()
+
+    onPressAndHold: menu.popup()
 
     TapHandler {
         acceptedButtons: Qt.RightButton

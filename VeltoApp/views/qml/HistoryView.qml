@@ -4,16 +4,15 @@ import QtQuick.Layouts
 import Velto
 
 // Every finished call; one opens as a sheet over the list.
-ColumnLayout {
+SettingsPane {
     id: pane
 
     required property AppModel app
 
-    spacing: Theme.space3
+    fills: true
 
     RowLayout {
-        Layout.margins: Theme.space5
-        Layout.bottomMargin: 0
+        Layout.fillWidth: true
 
         BodyText {
             text: "Call history"
@@ -35,8 +34,7 @@ ColumnLayout {
         model: pane.app.history
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.margins: Theme.space5
-        Layout.topMargin: 0
+        Layout.minimumHeight: Math.round(160 * Theme.textScale)
 
         delegate: HistoryRow {
             id: row

@@ -4,19 +4,18 @@ import QtQuick.Layouts
 import Velto
 
 // The recordings on disk, and one made by hand.
-ColumnLayout {
+SettingsPane {
     id: pane
 
     required property AppModel app
 
-    spacing: Theme.space3
+    fills: true
 
     Component.onCompleted: app.recordings.refresh()
 
     ColumnLayout {
         spacing: Theme.space3
-        Layout.margins: Theme.space5
-        Layout.bottomMargin: 0
+        Layout.fillWidth: true
 
         Flow {
             spacing: Theme.space2
@@ -62,8 +61,7 @@ ColumnLayout {
         model: pane.app.recordings
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.leftMargin: Theme.space5
-        Layout.rightMargin: Theme.space5
+        Layout.minimumHeight: Math.round(160 * Theme.textScale)
 
         delegate: RecordingRow {
             onPlayRequested: pane.app.recordings.play(name, device.text)
@@ -72,7 +70,5 @@ ColumnLayout {
     }
     FootnoteText {
         text: "Recordings are 16-bit mono WAV in Application Support. Fixed 5-minute windows."
-        Layout.margins: Theme.space5
-        Layout.topMargin: 0
     }
 }

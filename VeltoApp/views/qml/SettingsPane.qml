@@ -8,6 +8,8 @@ ScrollView {
     id: pane
 
     default property alias content: column.data
+    // Whether something in it takes the height that is left over.
+    property bool fills: false
 
     contentWidth: availableWidth
     ScrollBar.horizontal.policy: ScrollBar.AlwaysOff
@@ -42,7 +44,7 @@ ScrollView {
 
     Item {
         width: pane.availableWidth
-        implicitHeight: column.implicitHeight + 2 * Theme.space5
+        implicitHeight: column.height + 2 * Theme.space5
         height: implicitHeight
 
         ColumnLayout {
@@ -50,6 +52,7 @@ ScrollView {
             x: Theme.space5
             y: Theme.space5
             width: parent.width - 2 * Theme.space5
+            height: pane.fills ? Math.max(implicitHeight, pane.availableHeight - 2 * Theme.space5) : implicitHeight
             spacing: Theme.space4
         }
     }
