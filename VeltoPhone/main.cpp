@@ -5,6 +5,7 @@
 #include "VeltoPhone/model/PhoneNumber.h"
 #include "VeltoPhone/views/DesktopColours.h"
 #include "VeltoPhone/views/Look.h"
+#include "VeltoQt/DisplayGuard.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,18 +19,6 @@ namespace {
 
 void complain(const std::string& trouble) {
     std::cerr << "velto-phone: " << trouble << std::endl;
-}
-
-/// Qt ends the process with a core dump where it finds no display; so it is told apart from a crash.
-void endWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
-    static std::string reason; // the warning that comes before the end says more than the end
-    if (type != QtFatalMsg) {
-        if (reason.empty())
-            reason = message.trimmed().toStdString();
-        return;
-    }
-    complain("cannot open a display: " + (reason.empty() ? message.toStdString() : reason));
-    std::_Exit(1);
 }
 
 void prepareEnvironment() {
@@ -57,9 +46,9 @@ std::optional<int> settle(SingleInstance& instance, const Wish& wish, int argc, 
 }
 
 int run(SingleInstance& instance, StopSignals& signals, const Wish& wish, int argc, char** argv) {
-    ::qInstallMessageHandler(endWithoutDisplay);
+    std::optional<DisplayGuard> guard("velto-phone: cannot open a display: ");
     QApplication application(argc, argv);
-    ::qInstallMessageHandler(nullptr);
+    guard.reset();
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setApplicationName(QStringLiteral("velto-phone"));
     QApplication::setDesktopFileName(QStringLiteral("org.velto.VeltoPhone"));

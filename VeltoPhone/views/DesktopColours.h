@@ -1,27 +1,22 @@
 // Light or dark, as the desktop says, where Qt does not know the desktop's own palette.
 #pragma once
 
-#include <QDBusMessage>
-#include <QObject>
+#include "VeltoQt/DesktopScheme.h"
+
 #include <QPalette>
 
 namespace velto::phone {
 
-/// Asks the settings portal and follows its changes; without a session bus or a portal the palette stays. So
-/// it does where the desktop's theme is dark by itself. Qt's main thread; nothing waits for the answer.
-class DesktopColours : public QObject {
-    Q_OBJECT
-
+/// The palette stays where the desktop's theme is dark by itself. Qt's main thread.
+class DesktopColours {
   public:
     DesktopColours();
-
-  private Q_SLOTS:
-    void settingChanged(const QDBusMessage& signal);
+    DesktopColours(const DesktopColours&) = delete;
+    DesktopColours& operator=(const DesktopColours&) = delete;
 
   private:
-    void apply(const QVariant& scheme);
-
     QPalette own_;
+    DesktopScheme scheme_;
 };
 
 } // namespace velto::phone

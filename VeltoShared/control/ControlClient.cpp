@@ -81,6 +81,10 @@ std::optional<json::object> request(const json::object& request) {
     return std::move(reply.get_object());
 }
 
+bool somebodyListens() {
+    return Connection().open(ControlAddress(AppPaths::controlSocketToReach()));
+}
+
 bool appIsRunning() {
     const auto reply = request({{"cmd", "ping"}});
     const auto* ok = reply ? reply->if_contains("ok") : nullptr;

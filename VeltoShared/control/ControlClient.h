@@ -13,6 +13,9 @@ namespace velto::ControlClient {
 /// reached or its answer is no JSON object.
 std::optional<boost::json::object> request(const boost::json::object& request);
 
+/// Whether an application holds the socket, be it too busy to answer. Does not wait.
+bool somebodyListens();
+
 /// Whether the application answers "ping" with "ok": true.
 bool appIsRunning();
 

@@ -16,6 +16,7 @@ forbid VeltoApp 'veltoctl/|VeltoPhone/|rehearsal/|tests/|VeltoPlatform/simulated
 for room in admin app control history session state main.cpp; do
   forbid "VeltoApp/$room" 'Q[A-Z]'
 done
+forbid VeltoQt 'Velto(App|Phone|Platform|Shared)/|veltoctl/|rehearsal/|tests/'
 forbid VeltoPhone 'VeltoApp/|veltoctl/|tests/|VeltoPlatform/(linux|simulated)/'
 forbid velto-admin-helper 'VeltoShared/|VeltoApp/|VeltoPhone/|VeltoPlatform/simulated/|veltoctl/|rehearsal/|tests/|boost/|Q[A-Z]'
 forbid VeltoPhone/line 'Q[A-Z]|VeltoPhone/(app|model|views)/'

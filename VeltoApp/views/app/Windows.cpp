@@ -2,34 +2,107 @@
 
 #include "VeltoApp/app/Application.h"
 #include "VeltoApp/app/VeltoApp.h"
+#include "VeltoApp/views/app/OneVelto.h"
 #include "VeltoApp/views/app/QtExecutor.h"
+#include "VeltoApp/views/items/Appearance.h"
+#include "VeltoApp/views/items/Symbols.h"
 #include "VeltoApp/views/models/AppModel.h"
+#include "VeltoQt/DesktopScheme.h"
+#include "VeltoQt/DisplayGuard.h"
+#include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 
 #include <QGuiApplication>
+#include <QIcon>
+#include <QPalette>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QUrl>
 #include <QVariantMap>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <iostream>
+#include <optional>
+
 Q_IMPORT_QML_PLUGIN(VeltoPlugin)
 
 namespace velto {
+namespace {
+
+int fail(const char* trouble) {
+    std::cerr << "velto: " << trouble << std::endl;
+    return 1;
+}
+
+/// What is left to do: the exit status, or none when this process is to be Velto.
+std::optional<int> settle(OneVelto& one) {
+    switch (one.settle()) {
+    case OneVelto::Role::shown:
+        return 0;
+    case OneVelto::Role::silent:
+        return fail("Velto is running and does not answer");
+    case OneVelto::Role::first:
+    case OneVelto::Role::noBus:
+        break;
+    }
+    if (ControlClient::somebodyListens())
+        return fail("Velto is running already, without windows or on another desktop; veltoctl reaches it");
+    return std::nullopt;
+}
+
+/// A desktop's own theme may be dark where it does not say so.
+bool isDark(const DesktopScheme& scheme) {
+    const auto palette = QGuiApplication::palette();
+    return scheme.prefersDark() ||
+           palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+void bringToFront() {
+    for (auto* const window : QGuiApplication::topLevelWindows()) {
+        if (!window->isVisible() || window->type() == Qt::Popup)
+            continue;
+        window->setWindowStates(window->windowStates() & ~Qt::WindowMinimized);
+        window->raise();
+        window->requestActivate();
+    }
+}
+
+} // namespace
 
 int runWindowed(int argumentCount, char** arguments) {
+    // A screen reader may be started after this program.
+    ::qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+    std::optional<DisplayGuard> guard("velto: cannot open a display (velto --headless needs none): ");
     QGuiApplication qt(argumentCount, arguments);
+    guard.reset();
+    QGuiApplication::setApplicationName(QStringLiteral("velto"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.velto.Velto"));
+    QGuiApplication::setWindowIcon(applicationIcon());
+    QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
+
+    OneVelto one;
+    if (const auto status = settle(one))
+        return *status;
+
     QtLoop loop;
     MainThread::install(QtExecutor(loop));
     const BackgroundThreads background;
     const VeltoApp app;
     AppModel model(app);
     applicationDidFinishLaunching();
+
+    const DesktopScheme scheme;
     QQmlApplicationEngine engine;
     engine.setInitialProperties({{"app", QVariant::fromValue(&model)}});
     engine.load(QUrl(QStringLiteral("qrc:/Velto/MainView.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;
+    auto& appearance = Appearance::of(engine);
+    const auto follow = [&] { appearance.setDark(isDark(scheme)); };
+    QObject::connect(&scheme, &DesktopScheme::changed, &appearance, follow);
+    follow();
+    QObject::connect(&one, &OneVelto::wanted, &qt, bringToFront);
     return QGuiApplication::exec();
 }
 

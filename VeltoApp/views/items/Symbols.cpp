@@ -1,6 +1,8 @@
 #include "VeltoApp/views/items/Symbols.h"
 
 #include <QHash>
+#include <QPainter>
+#include <QPixmap>
 #include <QTransform>
 
 #include <cmath>
@@ -212,6 +214,22 @@ const QPainterPath& symbolPath(const QString& name) {
     static const QPainterPath kNothing;
     const auto found = kDrawings.constFind(name);
     return found == kDrawings.cend() ? kNothing : *found;
+}
+
+QIcon applicationIcon() {
+    constexpr int kSide = 128;
+    constexpr double kMargin = 8;
+    constexpr double kSymbol = 80;
+    QPixmap picture(kSide, kSide);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(box({kMargin, kMargin, kSide - 2 * kMargin, kSide - 2 * kMargin}, 28),
+                     QColor(0x1d, 0x5b, 0xd0));
+    painter.translate((kSide - kSymbol) / 2, (kSide - kSymbol) / 2);
+    painter.scale(kSymbol / kSymbolGrid, kSymbol / kSymbolGrid);
+    painter.fillPath(symbolPath(QStringLiteral("waveform")), Qt::white);
+    return picture;
 }
 
 } // namespace velto

@@ -1,6 +1,7 @@
 // The drawings of the windows' symbols.
 #pragma once
 
+#include <QIcon>
 #include <QPainterPath>
 #include <QString>
 
@@ -11,5 +12,8 @@ inline constexpr double kSymbolGrid = 24;
 
 /// The area to be filled; empty for a name without a drawing.
 const QPainterPath& symbolPath(const QString& name);
+
+/// Of the program's windows.
+QIcon applicationIcon();
 
 } // namespace velto

@@ -60,6 +60,15 @@ ApplicationWindow {
             window.openSettings();
         }
     }
+    Connections {
+        target: window.app.session
+        function onStateChanged() {
+            announcer.say("Session: " + window.app.session.state);
+        }
+        function onTroubleChanged() {
+            announcer.say(window.app.session.trouble);
+        }
+    }
     Component {
         id: settingsComponent
 
@@ -114,6 +123,9 @@ ApplicationWindow {
                 Layout.preferredWidth: 6
             }
         }
+    }
+    Announcer {
+        id: announcer
     }
     LeaveDialog {
         id: leaveDialog
