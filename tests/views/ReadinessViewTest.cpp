@@ -36,13 +36,16 @@ TEST_F(ReadinessViewTest, AccessibilityIsAskedForOnceAndItsSettingsAreShownEachT
 }
 
 TEST_F(ReadinessViewTest, MicrophoneAndDriverAreBroughtByTheirButtons) {
-    bench.computer.microphone.set(MicrophoneAuthorization::notDetermined);
+    bench.computer.microphone.set(MicrophoneAuthorization::notDetermined, "no sound server");
     bench.drivers.clear();
     open();
+    EXPECT_FALSE(reads("no sound server"));
     EXPECT_TRUE(press("Allow"));
+    EXPECT_TRUE(reads("no sound server"));
     bench.computer.microphone.answer(MicrophoneAuthorization::authorized);
     bench.settle();
     EXPECT_FALSE(offers("Allow"));
+    EXPECT_FALSE(reads("no sound server"));
 
     EXPECT_TRUE(press("Install"));
     EXPECT_TRUE(reads("Driver bundles not found in the app. Build with mac/bundle."));

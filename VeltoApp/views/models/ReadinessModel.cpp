@@ -2,6 +2,7 @@
 
 #include "VeltoApp/admin/HelperRun.h"
 #include "VeltoPlatform/Accessibility.h"
+#include "VeltoPlatform/MicrophoneAccess.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/Workspace.h"
 #include "VeltoShared/telephony/AX.h"
@@ -13,6 +14,10 @@ namespace {
 asio::awaitable<bool> openSettings() {
     const auto page = platform().workspace->accessibilitySettings();
     co_return page&& Helper::run(page->program, page->arguments).status == 0;
+}
+
+asio::awaitable<std::string> microphoneReason() {
+    co_return platform().microphoneAccess->status().reason;
 }
 
 } // namespace
@@ -27,6 +32,7 @@ ReadinessModel::ReadinessModel(std::shared_ptr<ReadinessState> readiness, QObjec
       micReady_(readiness_->micReady,
                 [this] {
                     micReadyChanged();
+                    micTroubleChanged();
                     readyChanged();
                 }),
       driverReady_(readiness_->driverReady, [this] {
@@ -40,6 +46,15 @@ void ReadinessModel::refresh() {
 
 void ReadinessModel::requestMic() {
     readiness_->requestMic();
+    MainThread::spawn(explainMicrophone(this));
+}
+
+asio::awaitable<void> ReadinessModel::explainMicrophone(QPointer<ReadinessModel> self) {
+    const auto reason = co_await Blocking::run(microphoneReason());
+    if (!self)
+        co_return;
+    self->micTrouble_ = shown(reason);
+    self->micTroubleChanged();
 }
 
 void ReadinessModel::enableAccessibility() {

@@ -23,6 +23,8 @@ class ReadinessModel : public QObject {
     Q_PROPERTY(bool driverReady READ driverReady NOTIFY driverReadyChanged)
     /// Why pressing "Enable" has not helped; empty when it has, or when the desktop shows its settings.
     Q_PROPERTY(QString axTrouble READ axTrouble NOTIFY axTroubleChanged)
+    /// Why pressing "Allow" has not helped; empty when it has.
+    Q_PROPERTY(QString micTrouble READ micTrouble NOTIFY micTroubleChanged)
 
   public:
     explicit ReadinessModel(std::shared_ptr<ReadinessState> readiness, QObject* parent = nullptr);
@@ -32,6 +34,8 @@ class ReadinessModel : public QObject {
     bool micReady() const { return micReady_(); }
     bool driverReady() const { return driverReady_(); }
     QString axTrouble() const { return axReady() ? QString() : axTrouble_; }
+
+    QString micTrouble() const { return micReady() ? QString() : micTrouble_; }
 
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void requestMic();
@@ -44,15 +48,18 @@ class ReadinessModel : public QObject {
     void micReadyChanged();
     void driverReadyChanged();
     void axTroubleChanged();
+    void micTroubleChanged();
 
   private:
     static asio::awaitable<void> showSettings(QPointer<ReadinessModel> self);
+    static asio::awaitable<void> explainMicrophone(QPointer<ReadinessModel> self);
 
     std::shared_ptr<ReadinessState> readiness_;
     Mirror<bool> axReady_;
     Mirror<bool> micReady_;
     Mirror<bool> driverReady_;
     QString axTrouble_;
+    QString micTrouble_;
 };
 
 } // namespace velto

@@ -87,6 +87,7 @@ SettingsPane {
             detail: "Captures the call audio for the AI agent."
             passed: pane.app.readiness.micReady
             action: "Allow"
+            trouble: pane.app.readiness.micTrouble
             onRequested: pane.app.readiness.requestMic()
         }
         CardLine {}
