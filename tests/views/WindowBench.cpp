@@ -62,6 +62,7 @@ void WindowBench::addCall(std::string number, Clock::Duration ago, double second
 }
 
 QQuickWindow& WindowBench::open() {
+    engine_ = nullptr;
     model = std::make_unique<AppModel>(app);
     engine_ = std::make_unique<QQmlApplicationEngine>();
     engine_->setInitialProperties({{"app", QVariant::fromValue(model.get())}});
