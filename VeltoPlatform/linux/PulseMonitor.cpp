@@ -39,11 +39,8 @@ PulseMonitor::PulseMonitor(pa_context* context, const PulsePlayer& player, const
 }
 
 PulseMonitor::~PulseMonitor() {
-    if (stream_ == nullptr)
-        return;
-    pa_stream_set_read_callback(stream_, nullptr, nullptr);
-    pa_stream_disconnect(stream_);
-    pa_stream_unref(stream_);
+    if (stream_ != nullptr)
+        PulseStream::release(stream_);
 }
 
 PulseMonitor::State PulseMonitor::state() const {
