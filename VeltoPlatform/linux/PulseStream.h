@@ -35,8 +35,6 @@ class PulseStream {
 
     static bool canCarry(const StreamFormat& format);
     static pa_sample_spec serverFormat(const StreamFormat& format);
-    /// Ends a stream of the server's, whose callbacks will not come any more, and lets go of it.
-    static void release(pa_stream* stream);
     /// As `OutputUnit::render`, for a unit in `format` that has `ready` to hand over.
     static AudioStatus handOver(std::span<const std::int16_t> ready, const StreamFormat& format,
                                 std::uint32_t frames, AudioBufferList buffers);
