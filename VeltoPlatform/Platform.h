@@ -6,6 +6,7 @@ namespace velto {
 class Accessibility;
 class AdminRights;
 class AudioHardware;
+class DriverPlace;
 class Folders;
 class MicrophoneAccess;
 class OutputUnits;
@@ -27,6 +28,7 @@ struct Platform {
     Preferences* preferences = nullptr;
     Folders* folders = nullptr;
     AdminRights* adminRights = nullptr;
+    DriverPlace* driverPlace = nullptr;
 };
 
 /// The installed platform. Any thread, after `installPlatform`.

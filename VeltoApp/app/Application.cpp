@@ -4,6 +4,7 @@
 #include "VeltoApp/app/VeltoApp.h"
 #include "VeltoApp/control/ControlServer.h"
 #include "VeltoApp/control/LiveTargets.h"
+#include "VeltoApp/drivers/DriverState.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/ProcessTaps.h"
 #include "VeltoShared/audio/AudioBridge.h"
@@ -31,6 +32,7 @@ void applicationDidFinishLaunching() {
         Helper::log("tap: gave back the sound of an app that a previous session had muted");
     Helper::log(std::string("bridge: devices ") + (AudioBridge::installed() ? "installed" : "MISSING") +
                 " — routing applied per call");
+    Helper::log("driver source: " + DriverState::sourceDir().value_or("none").string());
     ReadinessState::shared()->refresh();
     startControlServer();
 }

@@ -1,6 +1,7 @@
 // The application object: what its windows and its control socket share.
 #pragma once
 
+#include "VeltoApp/drivers/DriverState.h"
 #include "VeltoApp/history/CallHistoryStore.h"
 #include "VeltoApp/session/NativeCallSession.h"
 #include "VeltoApp/state/AgentState.h"
@@ -17,6 +18,7 @@ namespace velto {
 /// window is given the objects that it shows.
 struct VeltoApp {
     std::shared_ptr<AudioState> audio = std::make_shared<AudioState>();
+    std::shared_ptr<DriverState> drivers = std::make_shared<DriverState>();
     std::shared_ptr<AgentState> agent = AgentState::shared();
     std::shared_ptr<RecordingState> rec = std::make_shared<RecordingState>();
     std::shared_ptr<NativeCallSession> nativeSession = NativeCallSession::shared();

@@ -1,6 +1,7 @@
 #include "VeltoApp/state/ReadinessState.h"
 
 #include "VeltoApp/app/Helper.h"
+#include "VeltoApp/drivers/DriverState.h"
 #include "VeltoPlatform/Accessibility.h"
 #include "VeltoPlatform/MicrophoneAccess.h"
 #include "VeltoPlatform/Platform.h"
@@ -25,8 +26,7 @@ asio::awaitable<bool> bridgeInstalled() {
 } // namespace
 
 const std::shared_ptr<ReadinessState>& ReadinessState::shared() {
-    // Nothing installs drivers: there are none.
-    static const auto state = std::make_shared<ReadinessState>([] { return std::vector<std::string>(); });
+    static const auto state = std::make_shared<ReadinessState>(DriverState::installedOnDisk);
     return state;
 }
 

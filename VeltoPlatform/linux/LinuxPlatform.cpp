@@ -26,6 +26,7 @@ LinuxPlatform::LinuxPlatform(std::string executable, std::string_view bundleID, 
       accessibility_(report), admin_(adminHelperPlaces(folders_), report) {
     Platform parts;
     parts.folders = &folders_;
+    parts.driverPlace = &driverPlace_;
     parts.preferences = &preferences_;
     parts.accessibility = &accessibility_;
     parts.workspace = &workspace_;

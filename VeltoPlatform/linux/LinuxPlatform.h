@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/LinuxDriverPlace.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "VeltoPlatform/linux/LinuxPreferences.h"
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
@@ -33,6 +34,7 @@ class LinuxPlatform {
 
   private:
     LinuxFolders folders_;
+    LinuxDriverPlace driverPlace_;
     LinuxPreferences preferences_;
     LinuxSecretStore secrets_;
     AtspiAccessibility accessibility_;

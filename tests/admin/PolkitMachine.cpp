@@ -41,8 +41,11 @@ void coverAll() {
     if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
         ::mount("proc", "/proc", "proc", 0, nullptr) != 0)
         skip("namespaces are of no use here");
-    for (const char* folder : {"/run/dbus", kActions, "/etc/polkit-1", "/opt"})
+    for (const char* folder : {"/run/dbus", kActions, "/etc/polkit-1", "/opt", "/usr/local/share"})
         cover(folder);
+    for (const char* folder : {"/etc/pulse", "/etc/pipewire"})
+        if (fs::is_directory(folder))
+            cover(folder);
     std::ofstream(fs::path(kActions) / "org.freedesktop.policykit.policy") << generic;
     fs::copy_file(VELTO_TEST_POLICY, fs::path(kActions) / "org.velto.Velto.policy");
     fs::create_directory("/etc/polkit-1/rules.d");

@@ -9,7 +9,7 @@
 namespace velto::test {
 
 /// One in a process, which must be in the namespaces (`enter`). Velto's helper is installed there, known to
-/// polkit, and lies a second time in a place that polkit does not know.
+/// polkit, and lies a second time in a place that polkit does not know. The folders for drivers are empty.
 class PolkitMachine {
   public:
     static constexpr const char* busAddress = "unix:path=/run/dbus/system_bus_socket";

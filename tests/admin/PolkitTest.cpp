@@ -1,6 +1,9 @@
 // Administrator rights by the real polkit and pkexec, asked for by a user who is not root.
 #include "VeltoApp/admin/Admin.h"
+#include "VeltoApp/drivers/DriverLines.h"
+#include "VeltoApp/drivers/DriverState.h"
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/LinuxDriverPlace.h"
 #include "VeltoPlatform/linux/PolkitAdmin.h"
 #include "tests/admin/AuthenticationAgent.h"
 #include "tests/admin/PolkitMachine.h"
@@ -12,6 +15,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 
@@ -86,6 +90,36 @@ TEST_F(Polkit, TheUserIsAskedOnceForTheLifeOfTheProcess) {
     EXPECT_EQ(next(), kDone);
     EXPECT_EQ(next(), "0: ");
     EXPECT_EQ(agent.asked(), Texts{"org.velto.Velto.admin"});
+}
+
+std::vector<std::string> listing() {
+    std::vector<std::string> files;
+    for (const char* folder : {"/usr/local/share", "/etc/pulse", "/etc/pipewire"}) {
+        std::error_code error;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error))
+            files.push_back(entry.path());
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+TEST_F(Polkit, DriversAreInstalledAndRemovedWithOneQuestion) {
+    std::filesystem::copy(VELTO_DRIVERS, "/opt/the drivers", std::filesystem::copy_options::recursive);
+    LinuxDriverPlace place;
+    Platform parts;
+    parts.driverPlace = &place;
+    installPlatform(parts);
+    const auto before = listing();
+    start({DriverLines::install("/opt/the drivers"), DriverLines::uninstall()});
+    AuthenticationAgent agent(app->pid(), kUser, {rightPassword});
+    EXPECT_EQ(next(), "0: ");
+    EXPECT_EQ(DriverState::installed(), (Texts{"VeltoHQ.driver", "VeltoLoop.driver", "VeltoVoice.driver"}));
+    EXPECT_EQ(readFile("/etc/pulse/default.pa.d/VeltoLoop.pa"),
+              readFile("/opt/the drivers/VeltoLoop.driver/pulse.pa"));
+    EXPECT_NE(readFile("/etc/pipewire/pipewire.conf.d/VeltoVoice.conf"), "");
+    EXPECT_EQ(next(), "0: ");
+    EXPECT_EQ(listing(), before);
+    EXPECT_EQ(agent.asked().size(), 1u);
 }
 
 TEST_F(Polkit, WhoRefusesIsAskedAgain) {

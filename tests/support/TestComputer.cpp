@@ -24,6 +24,7 @@ TemporaryFolder::~TemporaryFolder() {
 TestComputer::TestComputer() {
     Platform computer;
     computer.folders = &folders;
+    computer.driverPlace = &driverPlace;
     computer.preferences = &preferences;
     computer.secretStore = &secrets;
     computer.audioHardware = &audio;

@@ -4,6 +4,7 @@
 #include "VeltoPlatform/simulated/SimulatedAdmin.h"
 #include "VeltoPlatform/simulated/SimulatedAudio.h"
 #include "VeltoPlatform/simulated/SimulatedDesktop.h"
+#include "VeltoPlatform/simulated/SimulatedDriverPlace.h"
 #include "VeltoPlatform/simulated/SimulatedMicrophone.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
 
@@ -37,6 +38,7 @@ class TestComputer {
 
   public:
     SimulatedFolders folders{folder_.path()};
+    SimulatedDriverPlace driverPlace{folder_.path()};
     SimulatedPreferences preferences;
     SimulatedSecretStore secrets;
     SimulatedAudio audio;

@@ -23,6 +23,10 @@ void WindowBench::prepareQt() {
 
 WindowBench::WindowBench()
     : app{std::make_shared<AudioState>(),
+          std::make_shared<DriverState>([this](const std::string& line) {
+              commands.push_back(line);
+              return Helper::Result{};
+          }),
           AgentState::make(settings,
                            [](VoiceProvider, std::string key) -> asio::awaitable<bool> {
                                co_return key.starts_with("good");
@@ -61,16 +65,19 @@ void WindowBench::addCall(std::string number, Clock::Duration ago, double second
     history.insertFirst(std::move(call));
 }
 
-QQuickWindow& WindowBench::open() {
+QQuickWindow& WindowBench::open(const QString& file) {
     engine_ = nullptr;
     model = std::make_unique<AppModel>(app);
     engine_ = std::make_unique<QQmlApplicationEngine>();
     engine_->setInitialProperties({{"app", QVariant::fromValue(model.get())}});
-    engine_->load(QUrl(QStringLiteral("qrc:/Velto/MainView.qml")));
+    engine_->load(QUrl(QStringLiteral("qrc:/Velto/") + file));
     if (engine_->rootObjects().isEmpty())
-        throw std::runtime_error("the main window cannot be loaded");
+        throw std::runtime_error("the window cannot be loaded");
+    auto& window = *qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+    window.show();
+    window.requestActivate();
     settle();
-    return *qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+    return window;
 }
 
 void WindowBench::settle() {

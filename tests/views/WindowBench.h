@@ -33,8 +33,8 @@ class WindowBench {
     void addKey();
     /// A call that ended so long ago.
     void addCall(std::string number, Clock::Duration ago, double seconds);
-    /// Loads the window, shows it and lets it settle.
-    QQuickWindow& open();
+    /// Loads the window of this file, shows it and lets it settle.
+    QQuickWindow& open(const QString& file = QStringLiteral("MainView.qml"));
     /// Runs all that is ready, in both loops.
     void settle();
     void advance(Clock::Duration duration);
@@ -49,6 +49,8 @@ class WindowBench {
     FakeLine line{notes};
     FakeAudio audio{notes};
     FakeAgents agents{notes};
+    /// Lines that were to be run as the administrator; each succeeds.
+    Notes commands;
     std::vector<std::string> drivers{"VeltoLoop.driver", "VeltoVoice.driver"};
     AppSettings settings{computer.preferences};
     CallHistoryStore history{computer.root() / "history.json"};
