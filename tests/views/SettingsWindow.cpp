@@ -2,19 +2,9 @@
 
 #include "VeltoApp/views/items/Appearance.h"
 
-#include <QGuiApplication>
 #include <QQmlEngine>
 
 namespace velto::test {
-
-QtProgram::QtProgram() {
-    static const bool isPrepared = (WindowBench::prepareQt(), true);
-    static int count = 1;
-    static char name[] = "settings";
-    static char* arguments[] = {name, nullptr};
-    static QGuiApplication application(count, arguments);
-    static_cast<void>(isPrepared);
-}
 
 void SettingsWindow::open(const char* tab) {
     bench.computer.preferences.set("velto.settingsTab", std::string(tab));

@@ -12,12 +12,7 @@ namespace velto::test {
 
 using namespace std::chrono_literals;
 
-/// One application object for all tests of a program.
-struct QtProgram {
-    QtProgram();
-};
-
-struct SettingsWindow : QtProgram, ::testing::Test {
+struct SettingsWindow : ::testing::Test {
     void open(const char* tab = "readiness");
     /// In the debug area.
     void openPane(const char* pane);

@@ -27,6 +27,8 @@ Button {
     opacity: enabled ? 1 : 0.6
 
     Accessible.name: text
+    // The state itself does not reach screen readers.
+    Accessible.description: enabled ? "" : "Unavailable"
     Accessible.ignored: !visible
     Accessible.onPressAction: if (enabled) clicked()
     Keys.onReturnPressed: if (enabled) clicked()

@@ -37,9 +37,8 @@ ScrollView {
 
         Accessible.name: view.label
         Accessible.ignored: !visible
-        KeyNavigation.priority: KeyNavigation.BeforeItem
-        KeyNavigation.tab: nextItemInFocusChain(true)
-        KeyNavigation.backtab: nextItemInFocusChain(false)
+        Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+        Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
 
         onTextChanged: if (activeFocus) view.edited()
     }

@@ -22,6 +22,7 @@ TextField {
     opacity: enabled ? 1 : 0.6
 
     Accessible.name: label
+    Accessible.readOnly: readOnly
     Accessible.description: placeholderText
     Accessible.ignored: !visible
 

@@ -22,6 +22,7 @@ ListView {
         following = atYEnd;
     }
 
+    objectName: "transcript"
     model: transcript
     clip: true
     spacing: Theme.space2

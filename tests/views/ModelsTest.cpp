@@ -1,0 +1,145 @@
+#include "VeltoApp/views/models/HistoryModel.h"
+#include "VeltoApp/views/models/SessionTrouble.h"
+#include "VeltoApp/views/models/TimeTexts.h"
+#include "VeltoApp/views/models/TranscriptModel.h"
+#include "tests/views/WindowBench.h"
+
+#include <QAbstractItemModelTester>
+#include <QDate>
+#include <QLocale>
+
+#include <gtest/gtest.h>
+
+namespace velto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// What a list model has told since it was last asked: "+2..3", "-0..0", "~1..1".
+class Told {
+  public:
+    explicit Told(QAbstractItemModel& model)
+        : tester_(&model, QAbstractItemModelTester::FailureReportingMode::Fatal) {
+        const auto note = [this](const char* what, int first, int last) {
+            notes_.push_back(what + std::to_string(first) + ".." + std::to_string(last));
+        };
+        QObject::connect(&model, &QAbstractItemModel::rowsInserted, &context_,
+                         [note](const QModelIndex&, int first, int last) { note("+", first, last); });
+        QObject::connect(&model, &QAbstractItemModel::rowsRemoved, &context_,
+                         [note](const QModelIndex&, int first, int last) { note("-", first, last); });
+        QObject::connect(&model, &QAbstractItemModel::dataChanged, &context_,
+                         [note](const QModelIndex& from, const QModelIndex& to, const QList<int>& roles) {
+                             if (roles.isEmpty()) // the texts of "how long ago" change all the time
+                                 note("~", from.row(), to.row());
+                         });
+    }
+    Notes since() { return std::exchange(notes_, {}); }
+
+  private:
+    QAbstractItemModelTester tester_;
+    QObject context_;
+    Notes notes_;
+};
+
+std::string at(const QAbstractItemModel& model, int row, int role) {
+    return model.data(model.index(row, 0), role).toString().toStdString();
+}
+
+TEST(TranscriptModelTest, TellsOnlyTheRowsThatAreOtherThanBefore) {
+    TranscriptModel model;
+    Told told(model);
+    model.setLines({"Agent: Hel"});
+    model.setLines({"Agent: Hello"});
+    model.setLines({"Caller: Hi", "Agent: Hello"});
+    EXPECT_EQ(told.since(), (Notes{"+0..0", "~0..0", "~0..0", "+1..1"}));
+    model.setLines({"Caller: Hi", "Agent: Hello"});
+    EXPECT_EQ(told.since(), Notes{});
+    model.setLines({"Caller: Hi", "Agent: Hello", "Caller: A: b\nc"});
+    EXPECT_EQ(at(model, 2, TranscriptModel::Speaker), "Caller");
+    EXPECT_EQ(at(model, 2, TranscriptModel::Words), "A: b\nc");
+    model.setLines({});
+    EXPECT_EQ(told.since(), (Notes{"+2..2", "-0..2"}));
+    model.setText(QStringLiteral("Caller: Hi\n\nsomething else"));
+    EXPECT_EQ(model.count(), 2);
+    EXPECT_EQ(at(model, 1, TranscriptModel::Speaker), "");
+}
+
+struct HistoryModelTest : ::testing::Test {
+    WindowBench bench;
+};
+
+TEST_F(HistoryModelTest, FollowsTheStoreOnceATurn) {
+    HistoryModel all(bench.history);
+    HistoryModel newest(bench.history, 2);
+    Told told(all);
+    Told toldNewest(newest);
+    bench.addCall("1", 3h, 7);
+    bench.addCall("2", 2h, 7);
+    EXPECT_EQ(told.since(), Notes{});
+    bench.settle();
+    EXPECT_EQ(told.since(), (Notes{"+0..1"}));
+    bench.addCall("3", 1h, 7);
+    bench.settle();
+    EXPECT_EQ(told.since(), (Notes{"+0..0"}));
+    EXPECT_EQ(at(all, 0, HistoryModel::Name), "3");
+    EXPECT_EQ(newest.count(), 2);
+
+    all.remove(QString::fromStdString(at(all, 1, HistoryModel::CallId)));
+    // Before the rows are gone, whoever looks finds nothing rather than another call.
+    EXPECT_EQ(at(all, 1, HistoryModel::Name), "");
+    EXPECT_EQ(at(all, 2, HistoryModel::Name), "1");
+    bench.settle();
+    EXPECT_EQ(told.since(), (Notes{"-1..1"}));
+    EXPECT_EQ(at(newest, 1, HistoryModel::Name), "1");
+    all.clear();
+    bench.settle();
+    EXPECT_EQ(all.count() + newest.count(), 0);
+}
+
+TEST_F(HistoryModelTest, SaysWhatACallWas) {
+    bench.addCall("", 5min, 3725);
+    HistoryModel model(bench.history);
+    EXPECT_EQ(at(model, 0, HistoryModel::Name), "Unknown");
+    EXPECT_EQ(at(model, 0, HistoryModel::Number), "");
+    EXPECT_EQ(at(model, 0, HistoryModel::DurationText), "62:05");
+    EXPECT_EQ(at(model, 0, HistoryModel::Ago), "5 minutes ago");
+    EXPECT_EQ(at(model, 0, HistoryModel::HasRecording), "false");
+}
+
+TEST(TimeTextsTest, SayHowLongAgoInWordsThatStayTrueForTheirLifetime) {
+    const std::chrono::system_clock::time_point noon{std::chrono::seconds(1794830400)}; // 12:00 UTC
+    const auto ago = [&](auto age) { return agoText(noon - age, noon).toStdString(); };
+    EXPECT_EQ(ago(59s), "Just now");
+    EXPECT_EQ(ago(60s), "1 minute ago");
+    EXPECT_EQ(ago(59min + 59s), "59 minutes ago");
+    EXPECT_EQ(ago(1h), "1 hour ago");
+    EXPECT_EQ(ago(30h), "Yesterday");
+    EXPECT_EQ(ago(72h), "3 days ago");
+    EXPECT_EQ(ago(24h * 30), QLocale().toString(QDate(2026, 10, 17), QLocale::ShortFormat).toStdString());
+    EXPECT_NE(ago(-1h), "Just now"); // the clock was set back
+    for (const auto age : {0s, 59s, 61s, 3599s, 3600s, 8000s}) {
+        const auto life = agoLifetime(age);
+        EXPECT_EQ(ago(age), ago(age + life - 2ms)) << age.count();
+        EXPECT_NE(ago(age), ago(age + life)) << age.count();
+    }
+    EXPECT_EQ(agoLifetime(24h), 0ms);
+    EXPECT_EQ(runningTimeText(7s), QStringLiteral("0:07"));
+    EXPECT_EQ(runningTimeText(3725s), QStringLiteral("1:02:05"));
+}
+
+TEST(SessionTroubleTest, TellsTheFirstFailureOfTheLatestSession) {
+    std::vector<std::string> log{"session 1 starting", "agent error: no route", "dial failed (no line)",
+                                 "stopping"};
+    EXPECT_EQ(sessionTrouble(log), "The voice agent could not start: no route");
+    log.emplace_back("no API key");
+    EXPECT_EQ(sessionTrouble(log), "The call was not started: no API key is stored.");
+    log.emplace_back("Accessibility not granted");
+    EXPECT_NE(sessionTrouble(log).find("not allowed"), std::string::npos);
+    log.insert(log.end(), {"session 2 starting", "caller: dial failed (no line)", "call ended"});
+    EXPECT_EQ(sessionTrouble(log), "");
+    log.insert(log.end(), {"session 3 starting", "dial: invalid number 'a b'", "dial failed (no line)"});
+    EXPECT_NE(sessionTrouble(log).find("cannot be dialed"), std::string::npos);
+}
+
+} // namespace
+} // namespace velto::test
