@@ -112,7 +112,6 @@ TEST_F(DebugPanesTest, OneOfTenThousandCallsIsRead) {
     EXPECT_TRUE(press("1", QAccessible::ListItem));
     EXPECT_FALSE(offers("Reveal recording"));
     EXPECT_TRUE(reads("Agent: line 2999")) << "the newest is in sight";
-    picture("transcript");
     reader->key(Qt::Key_Escape);
     EXPECT_FALSE(offers("Done"));
 

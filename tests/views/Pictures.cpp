@@ -1,5 +1,6 @@
 // velto-shots: pictures of the windows in every state, light and dark, for the documentation.
 #include "VeltoApp/views/items/Appearance.h"
+#include "tests/views/ScreenReader.h"
 #include "tests/views/WindowBench.h"
 
 #include <QDir>
@@ -8,6 +9,7 @@
 #include <QQmlEngine>
 
 #include <iostream>
+#include <string>
 
 namespace velto::test {
 namespace {
@@ -25,6 +27,7 @@ class Photographer {
         ready();
         calling();
         failed();
+        settings();
         return allSaved_;
     }
 
@@ -90,6 +93,31 @@ class Photographer {
         take(window, "main-failed-small");
     }
 
+    void settings() {
+        WindowBench bench;
+        bench.addKey();
+        addCalls(bench);
+        bench.drivers.clear();
+        bench.settings.monitorDevice.set("Speaker");
+        bench.computer.preferences.set("velto.settingsTab", std::string("debug"));
+        auto& window = bench.open(QStringLiteral("SettingsView.qml"));
+        const ScreenReader reader(window, [&] { bench.settle(); });
+        bench.goLive(kNumber);
+        for (const char* pane : {"Native", "Recordings", "History", "Diagnostics", "Routing", "Drivers"}) {
+            reader.pick("Pane", pane);
+            reader.press("Run checks");
+            take(window, "settings-" + std::string(pane));
+            if (reader.press(kNumber, QAccessible::ListItem)) {
+                take(window, "settings-transcript");
+                reader.press("Done");
+            }
+        }
+        for (const char* tab : {"General", "Readiness"}) {
+            reader.press(tab, QAccessible::PageTab);
+            take(window, "settings-" + std::string(tab));
+        }
+    }
+
     static void addCalls(WindowBench& bench) {
         bench.addCall("+442079460018", 9 * 24h, 12);
         bench.addCall("+15550199", 27h, 754);
@@ -98,14 +126,14 @@ class Photographer {
         bench.addCall(kNumber, 2min, 83);
     }
 
-    void take(QQuickWindow& window, const char* name) {
+    void take(QQuickWindow& window, const std::string& name) {
         Appearance::of(*qmlEngine(&window)).setDark(dark_);
         constexpr int kFrames = 3; // each lays out what the one before has made another size
         for (int i = 0; i < kFrames; ++i) {
             window.grabWindow();
             QCoreApplication::processEvents();
         }
-        const auto file = folder_ + '/' + QLatin1String(name) + (dark_ ? "-dark.png" : "-light.png");
+        const auto file = folder_ + '/' + QString::fromStdString(name) + (dark_ ? "-dark.png" : "-light.png");
         if (!window.grabWindow().save(file)) {
             std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';
             allSaved_ = false;

@@ -65,7 +65,6 @@ TEST_F(SettingsViewTest, EveryControlHasANameAndIsReachedByTheKeyboard) {
     for (const char* tab : {"readiness", "general"}) {
         open(tab);
         EXPECT_EQ(reader->nameless(), Notes{}) << tab;
-        picture(tab);
     }
     for (const char* pane : kPanes) {
         openPane(pane);
@@ -73,7 +72,6 @@ TEST_F(SettingsViewTest, EveryControlHasANameAndIsReachedByTheKeyboard) {
         const auto stops = reader->tabStops();
         for (const auto& button : reader->enabled(QAccessible::Button))
             EXPECT_GT(std::ranges::count(stops, button), 0) << pane << ": " << button;
-        picture(pane);
     }
 }
 
@@ -93,13 +91,11 @@ TEST_F(SettingsViewTest, LettersOfTwiceTheSizeAndLongNamesFit) {
         open(tab);
         press("Enable");
         EXPECT_EQ(reader->cutOff(), Notes{}) << tab;
-        picture(QString("large-") + tab);
     }
     for (const char* pane : kPanes) {
         openPane(pane);
         reader->pick("Input", QString::fromStdString(name));
         EXPECT_EQ(reader->cutOff(), Notes{}) << pane;
-        picture(QString("large-") + pane);
     }
     QGuiApplication::setFont(usual);
 }

@@ -1,9 +1,5 @@
 #include "tests/views/SettingsWindow.h"
 
-#include "VeltoApp/views/items/Appearance.h"
-
-#include <QQmlEngine>
-
 namespace velto::test {
 
 void SettingsWindow::open(const char* tab) {
@@ -29,16 +25,6 @@ void SettingsWindow::fill(const QString& field, const QString& text) const {
     QMetaObject::invokeMethod(item, "selectAll");
     reader->key(Qt::Key_Delete);
     reader->type(text);
-}
-
-void SettingsWindow::picture(const QString& name) const {
-    const auto folder = qEnvironmentVariable("VELTO_PICTURES");
-    if (folder.isEmpty())
-        return;
-    for (const bool dark : {true, false}) {
-        Appearance::of(*qmlEngine(window)).setDark(dark);
-        window->grabWindow().save(folder + "/" + name + (dark ? "-dark.png" : ".png"));
-    }
 }
 
 } // namespace velto::test

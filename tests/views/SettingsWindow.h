@@ -24,9 +24,6 @@ struct SettingsWindow : ::testing::Test {
     /// The text of a field or a text area.
     QString text(const QString& name) const;
     void fill(const QString& field, const QString& text) const;
-    /// Saves the window, light and dark, where VELTO_PICTURES names a folder.
-    void picture(const QString& name) const;
-
     WindowBench bench;
     QQuickWindow* window = nullptr;
     std::optional<ScreenReader> reader;

@@ -16,37 +16,43 @@ ColumnLayout {
         textRole: "title"
         model: [
             {
+                pane: "native",
                 title: "Native",
                 view: "NativeSessionView.qml"
             },
             {
+                pane: "recordings",
                 title: "Recordings",
                 view: "RecordingsView.qml"
             },
             {
+                pane: "history",
                 title: "History",
                 view: "HistoryView.qml"
             },
             {
+                pane: "diagnostics",
                 title: "Diagnostics",
                 view: "DiagnosticsView.qml"
             },
             {
+                pane: "routing",
                 title: "Routing",
                 view: "RoutingView.qml"
             },
             {
+                pane: "drivers",
                 title: "Drivers",
                 view: "DriversView.qml"
             }
         ]
-        valueRole: "view"
+        valueRole: "pane"
         Layout.alignment: Qt.AlignHCenter
         Layout.topMargin: Theme.space4
     }
     PaneLoader {
         app: area.app
-        view: chooser.currentValue
+        view: chooser.model[chooser.currentIndex].view
         Layout.fillWidth: true
         Layout.fillHeight: true
     }
