@@ -30,6 +30,16 @@ TEST_F(SettingsViewTest, TheDebugTabIsThereWhileItsSettingIsOn) {
     EXPECT_TRUE(reader->finds(QAccessible::ComboBox, "Pane"));
 }
 
+TEST_F(SettingsViewTest, EscapeClosesWhatIsOnTopAndThenTheWindow) {
+    openPane("Native");
+    EXPECT_TRUE(press("Output", QAccessible::ComboBox));
+    reader->key(Qt::Key_Escape);
+    EXPECT_FALSE(reader->finds(QAccessible::ListItem, "Speaker"));
+    EXPECT_TRUE(window->isVisible());
+    reader->key(Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
+}
+
 TEST_F(SettingsViewTest, WhatIsChangedIsStored) {
     open("general");
     fill("Default goal", "Ask for the opening hours.");

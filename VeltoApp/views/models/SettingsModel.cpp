@@ -35,13 +35,15 @@ SettingsModel::SettingsModel(AppSettings& settings, QObject* parent)
       monitorDevice_(settings.monitorDevice, [this] { monitorDeviceChanged(); }) {}
 
 void SettingsModel::changeLaunchAtLogin(bool launch) {
-    MainThread::spawn(applyLaunchAtLogin(this, launch));
+    if (!std::exchange(isChangingLoginItem_, true))
+        MainThread::spawn(applyLaunchAtLogin(this, launch));
 }
 
 asio::awaitable<void> SettingsModel::applyLaunchAtLogin(QPointer<SettingsModel> self, bool launch) {
     const auto error = co_await Blocking::run(becomeLoginItem(launch));
     if (!self)
         co_return;
+    self->isChangingLoginItem_ = false;
     self->loginItemError_ = error.empty() ? "" : "Could not update login item: " + shown(error);
     if (error.empty())
         self->settings_.launchAtLogin.set(launch);

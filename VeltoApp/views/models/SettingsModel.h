@@ -40,7 +40,8 @@ class SettingsModel : public QObject {
     bool recordCalls() const { return recordCalls_(); }
     void setRecordCalls(bool record) { settings_.recordCalls.set(record); }
     bool launchAtLogin() const { return launchAtLogin_(); }
-    /// Registers or unregisters the login item; the setting follows when that is done.
+    /// Registers or unregisters the login item; the setting follows when that is done. Nothing while an
+    /// earlier change is under way.
     Q_INVOKABLE void changeLaunchAtLogin(bool launch);
     QString loginItemError() const { return loginItemError_; }
     bool showDebug() const { return showDebug_(); }
@@ -84,6 +85,7 @@ class SettingsModel : public QObject {
     Mirror<bool> monitorAgent_;
     Mirror<std::string> monitorDevice_;
     QString loginItemError_;
+    bool isChangingLoginItem_ = false;
 };
 
 } // namespace velto

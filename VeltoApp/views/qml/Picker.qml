@@ -20,7 +20,18 @@ ComboBox {
     Accessible.name: label
     Accessible.description: displayText
     Accessible.ignored: !visible
-    Accessible.onPressAction: if (enabled) popup.visible ? popup.close() : popup.open()
+    Accessible.onPressAction: {
+        if (!enabled)
+            return;
+        forceActiveFocus();
+        popup.visible ? popup.close() : popup.open();
+    }
+
+    // It would close itself when the key is let go, and whoever is around it when it is pressed.
+    Keys.onEscapePressed: event => {
+        event.accepted = popup.visible;
+        popup.close();
+    }
 
     contentItem: Text {
         text: picker.displayText

@@ -23,18 +23,22 @@ ApplicationWindow {
     color: Theme.window
 
     Shortcut {
-        sequences: ["Escape", "Ctrl+W"]
+        sequences: ["Ctrl+W"]
         onActivated: window.close()
     }
 
     header: SettingsTabBar {
         current: window.tab
         showDebug: window.app.settings.showDebug
+        // No shortcut: what is open above the window is closed by the same key.
+        Keys.onEscapePressed: window.close()
         onChosen: tab => window.app.settingsTab = tab
     }
 
     PaneLoader {
         anchors.fill: parent
+        focus: true
+        Keys.onEscapePressed: window.close()
         app: window.app
         view: !window.visible ? "" : window.tab === "general" ? "GeneralSettingsView.qml"
             : window.tab === "debug" ? "DebugSettingsView.qml" : "ReadinessView.qml"
