@@ -17,12 +17,10 @@ FocusScope {
     Accessible.role: Accessible.ListItem
     Accessible.name: name + ", " + ago + ", " + durationText
 
-    Rectangle {
+    Divider {
         anchors.top: parent.top
         width: parent.width
-        height: 1
         visible: row.index > 0
-        color: Theme.outline
     }
     RowLayout {
         id: layout

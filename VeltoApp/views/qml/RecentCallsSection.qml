@@ -22,11 +22,10 @@ SectionCard {
         Accessible.name: section.title
         onRedial: number => section.app.session.redial(number, section.app.agent.goal)
 
-        BodyText {
-            anchors.centerIn: parent
+        EmptyState {
             visible: list.count === 0
+            symbol: "clock"
             text: "No calls yet"
-            color: Theme.muted
         }
         // Only while somebody can see how long ago is wrong.
         Timer {
