@@ -57,6 +57,7 @@ FocusScope {
             enabled: row.list && row.list.callable && row.number.length > 0
             focus: true
             activeFocusOnTab: false
+            ringed: activeFocus // which also comes by the list's arrow keys
             Accessible.name: "Redial " + row.name
             onClicked: row.list.redial(row.number)
         }
