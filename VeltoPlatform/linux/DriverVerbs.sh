@@ -142,7 +142,8 @@ esac
 case $units in
 *pulseaudio.service*) ;;
 *)
-    # Started by a program or a script: again, in the environment of the one that ends.
+    # Started by a program or a script: again, in the environment of the one that ends; also when Velto, and with it
+    # this line, ends in between.
     if command -v pulseaudio >/dev/null && pulseaudio --check 2>/dev/null; then
         again='pulseaudio --kill
             tries=0
@@ -152,7 +153,8 @@ case $units in
             else
                 pulseaudio --start
             fi'
-        xargs -0 -a "/proc/$(cat "$XDG_RUNTIME_DIR/pulse/pid")/environ" sh -c 'exec env -i "$@" sh -c "$0"' "$again"
+        xargs -0 -a "/proc/$(cat "$XDG_RUNTIME_DIR/pulse/pid")/environ" \
+            sh -c 'exec env -i "$@" setsid sh -c "$0"' "$again"
     fi
     ;;
 esac
