@@ -73,7 +73,7 @@ std::optional<std::vector<PulseDevice>> read(PulseServer& server) {
             pa_context_get_sink_info_list(
                 context,
                 [](pa_context*, const pa_sink_info* sink, int end, void* list) {
-                    if (end == 0 && text(sink->name) != PulseTapSink::serverName)
+                    if (end == 0 && !PulseTapSink::isOne(*sink))
                         static_cast<std::vector<PulseEndpoint>*>(list)->push_back(
                             {text(sink->name), text(sink->description), sink->sample_spec.channels});
                 },

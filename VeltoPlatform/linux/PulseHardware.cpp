@@ -15,8 +15,9 @@
 namespace velto {
 namespace {
 
-/// PipeWire's session manager chooses a few ms after the server has accepted the wish.
-constexpr std::chrono::milliseconds defaultLimit{100};
+/// PipeWire's session manager chooses a few ms after the server has accepted the wish; on a busy machine it
+/// takes more than 100.
+constexpr std::chrono::milliseconds defaultLimit{500};
 constexpr std::chrono::milliseconds defaultLook{1};
 
 struct Defaults {

@@ -15,6 +15,8 @@ namespace {
 constexpr pa_usec_t retryAfter = 250 * PA_USEC_PER_MSEC;
 /// A sound thread that was held up for longer does not make up for it.
 constexpr pa_usec_t mostOverdue = 200 * PA_USEC_PER_MSEC;
+/// Each is a connection, and servers take 64 of all programs together.
+constexpr std::size_t mostMonitors = 16;
 
 } // namespace
 
@@ -49,7 +51,7 @@ void PulseMix::connected(AudioDirection direction) {
     begin();
 }
 
-/// Recording streams live on the input connection, the timer as long as it.
+/// The timer lives as long as the input connection.
 void PulseMix::begin() {
     auto* context = server_.context(AudioDirection::input);
     if (context == nullptr || !device_->tap)
@@ -82,8 +84,7 @@ void PulseMix::tick() {
 }
 
 void PulseMix::playersChanged() {
-    auto* context = server_.context(AudioDirection::input);
-    if (timer_ == nullptr || context == nullptr)
+    if (timer_ == nullptr || server_.context(AudioDirection::input) == nullptr)
         return;
     const auto& players = tap_->players();
     std::erase_if(monitors_, [&](const auto& monitor) {
@@ -91,19 +92,20 @@ void PulseMix::playersChanged() {
     });
     for (const auto& player : players)
         if (mayFollow(player))
-            monitors_[player.index] = std::make_unique<PulseMonitor>(context, player, format_);
+            monitors_[player.index] = std::make_unique<PulseMonitor>(server_, player, format_);
 }
 
 /// Whether a monitor is to be made, for the first time or again.
 bool PulseMix::mayFollow(const PulsePlayer& player) {
     const auto found = monitors_.find(player.index);
-    if (found == monitors_.end())
-        return true;
-    const auto& monitor = *found->second;
-    if (monitor.state() == PulseMonitor::State::running)
-        return false;
-    if (monitor.state() == PulseMonitor::State::refused && refused_.insert(player.index).second)
+    const bool isNew = found == monitors_.end();
+    const auto state = isNew ? PulseMonitor::State::lost : found->second->state();
+    const bool isOneTooMany = isNew && monitors_.size() >= mostMonitors;
+    if ((isOneTooMany || state == PulseMonitor::State::refused) && refused_.insert(player.index).second)
         server_.log("sound: tap: a stream of the tapped program cannot be heard");
+    if (isNew || state == PulseMonitor::State::running)
+        return isNew && !isOneTooMany;
+    const auto& monitor = *found->second;
     return monitor.sink() != player.sink || pa_rtclock_now() - monitor.madeAt() > retryAfter;
 }
 

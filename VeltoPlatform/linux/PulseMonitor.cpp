@@ -17,16 +17,26 @@ JitterBuffer::Time clockTime() {
 
 } // namespace
 
-PulseMonitor::PulseMonitor(pa_context* context, const PulsePlayer& player, const StreamFormat& format)
-    : sink_(player.sink), madeAt_(pa_rtclock_now()),
-      buffer_(PulseStream::serverFormat(format).rate, format.channels) {
-    const auto wanted = PulseStream::serverFormat(format);
+PulseMonitor::PulseMonitor(const PulseServer& server, const PulsePlayer& player, const StreamFormat& format)
+    : player_(player.index), sink_(player.sink), format_(format), madeAt_(pa_rtclock_now()),
+      buffer_(PulseStream::serverFormat(format).rate, format.channels), context_(server.connect()) {
+    pa_context_set_state_callback(
+        context_,
+        [](pa_context* context, void* self) {
+            if (pa_context_get_state(context) == PA_CONTEXT_READY)
+                static_cast<PulseMonitor*>(self)->listen();
+        },
+        this);
+}
+
+void PulseMonitor::listen() {
+    const auto wanted = PulseStream::serverFormat(format_);
     pa_channel_map map;
     pa_channel_map_init_extend(&map, wanted.channels, PA_CHANNEL_MAP_DEFAULT);
-    stream_ = pa_stream_new(context, "Velto tap", &wanted, &map);
+    stream_ = pa_stream_new(context_, "Velto tap", &wanted, &map);
     if (stream_ == nullptr)
         return;
-    pa_stream_set_monitor_stream(stream_, player.index);
+    pa_stream_set_monitor_stream(stream_, player_);
     pa_stream_set_read_callback(
         stream_, [](pa_stream*, std::size_t, void* self) { static_cast<PulseMonitor*>(self)->record(); },
         this);
@@ -39,21 +49,22 @@ PulseMonitor::PulseMonitor(pa_context* context, const PulsePlayer& player, const
 }
 
 PulseMonitor::~PulseMonitor() {
-    if (stream_ == nullptr)
-        return;
-    pa_stream_set_read_callback(stream_, nullptr, nullptr);
-    pa_stream_disconnect(stream_);
-    pa_stream_unref(stream_);
+    if (stream_ != nullptr) {
+        pa_stream_set_read_callback(stream_, nullptr, nullptr);
+        pa_stream_unref(stream_);
+    }
+    pa_context_set_state_callback(context_, nullptr, nullptr);
+    pa_context_disconnect(context_);
+    pa_context_unref(context_);
 }
 
 PulseMonitor::State PulseMonitor::state() const {
-    if (stream_ == nullptr)
-        return State::refused;
-    const auto state = pa_stream_get_state(stream_);
-    if (PA_STREAM_IS_GOOD(state))
+    if (PA_CONTEXT_IS_GOOD(pa_context_get_state(context_)) &&
+        (stream_ == nullptr || PA_STREAM_IS_GOOD(pa_stream_get_state(stream_))))
         return State::running;
-    const auto error = pa_context_errno(pa_stream_get_context(stream_));
-    return error == PA_ERR_NOENTITY || error == PA_ERR_KILLED ? State::lost : State::refused;
+    const auto error = pa_context_errno(context_);
+    const bool isLost = error == PA_ERR_NOENTITY || error == PA_ERR_KILLED || error == PA_ERR_PROTOCOL;
+    return isLost ? State::lost : State::refused;
 }
 
 void PulseMonitor::record() {

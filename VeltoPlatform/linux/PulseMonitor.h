@@ -4,6 +4,7 @@
 #include "VeltoPlatform/OutputUnits.h"
 #include "VeltoPlatform/linux/JitterBuffer.h"
 #include "VeltoPlatform/linux/PulsePlayers.h"
+#include "VeltoPlatform/linux/PulseServer.h"
 
 #include <pulse/context.h>
 #include <pulse/stream.h>
@@ -13,12 +14,14 @@
 
 namespace velto {
 
-/// Everything happens on the sound thread or under its lock. The data path allocates nothing.
+/// Everything happens on the sound thread or under its lock. The data path allocates nothing. It has a
+/// connection of its own: where a player ends while its monitor is being made, pipewire-pulse names no source
+/// in its answer, and libpulse gives up the connection with all that is on it.
 class PulseMonitor {
   public:
     enum class State { running, lost, refused };
 
-    PulseMonitor(pa_context* context, const PulsePlayer& player, const StreamFormat& format);
+    PulseMonitor(const PulseServer& server, const PulsePlayer& player, const StreamFormat& format);
     ~PulseMonitor();
     PulseMonitor(const PulseMonitor&) = delete;
     PulseMonitor& operator=(const PulseMonitor&) = delete;
@@ -33,11 +36,15 @@ class PulseMonitor {
     void addTo(std::span<std::int32_t> sum);
 
   private:
+    void listen();
     void record();
 
+    std::uint32_t player_;
     std::uint32_t sink_;
+    StreamFormat format_;
     pa_usec_t madeAt_;
     JitterBuffer buffer_;
+    pa_context* context_;
     pa_stream* stream_ = nullptr;
 };
 

@@ -78,7 +78,7 @@ PulseServer::~PulseServer() {
 
 void PulseServer::connect(Connection& connection) {
     drop(connection);
-    connection.context = pa_context_new(pa_threaded_mainloop_get_api(loop_), clientName);
+    connection.context = connect();
     connection.failed = false;
     connection.since = pa_rtclock_now();
     pa_context_set_state_callback(
@@ -88,9 +88,15 @@ void PulseServer::connect(Connection& connection) {
             changedOne->server->changed(*changedOne);
         },
         &connection);
-    const char* server = address_.empty() ? nullptr : address_.c_str();
-    if (pa_context_connect(connection.context, server, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
+    if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(connection.context)))
         failed(connection);
+}
+
+pa_context* PulseServer::connect() const {
+    auto* context = pa_context_new(pa_threaded_mainloop_get_api(loop_), clientName);
+    pa_context_connect(context, address_.empty() ? nullptr : address_.c_str(), PA_CONTEXT_NOAUTOSPAWN,
+                       nullptr);
+    return context;
 }
 
 void PulseServer::drop(Connection& connection) {

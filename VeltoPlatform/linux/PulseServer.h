@@ -70,6 +70,8 @@ class PulseServer {
     /// Why it is away, as libpulse's error; PA_OK while it is there, or its first answer is awaited.
     int trouble() const { return trouble_; }
     pa_mainloop_api& loop() const { return *pa_threaded_mainloop_get_api(loop_); }
+    /// Begins a further connection, which is the caller's own; its state callback may be set afterwards.
+    pa_context* connect() const;
     void add(PulseListener& listener);
     void remove(PulseListener& listener);
     void log(const std::string& line) const;

@@ -19,6 +19,26 @@ constexpr auto common = static_cast<pa_stream_flags_t>(
     PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE | PA_STREAM_INTERPOLATE_TIMING |
     PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_START_UNMUTED);
 
+/// Its callbacks will not come any more.
+void release(pa_stream* stream) {
+    pa_stream_set_state_callback(stream, nullptr, nullptr);
+    pa_stream_set_read_callback(stream, nullptr, nullptr);
+    pa_stream_set_write_callback(stream, nullptr, nullptr);
+    // While the server is still making a stream there is no way to end it, and forgotten it would run on.
+    if (pa_stream_get_state(stream) == PA_STREAM_CREATING) {
+        pa_stream_set_state_callback(
+            stream,
+            [](pa_stream* made, void*) {
+                if (pa_stream_get_state(made) != PA_STREAM_CREATING)
+                    release(made);
+            },
+            nullptr);
+        return;
+    }
+    pa_stream_disconnect(stream);
+    pa_stream_unref(stream);
+}
+
 } // namespace
 
 pa_sample_spec PulseStream::serverFormat(const StreamFormat& format) {
@@ -43,12 +63,8 @@ PulseStream::PulseStream(pa_context* context, AudioDirection direction, const st
 }
 
 PulseStream::~PulseStream() {
-    if (stream_ == nullptr)
-        return;
-    pa_stream_set_read_callback(stream_, nullptr, nullptr);
-    pa_stream_set_write_callback(stream_, nullptr, nullptr);
-    pa_stream_disconnect(stream_);
-    pa_stream_unref(stream_);
+    if (stream_ != nullptr)
+        release(stream_);
 }
 
 void PulseStream::open(pa_context* context, AudioDirection direction, const std::string& device) {

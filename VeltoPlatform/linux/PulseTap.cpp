@@ -21,14 +21,20 @@ void PulseTap::end(PulseServer& server) {
         ofProcess_.clear();
         refresh();
     }
-    if (sink_)
-        sink_->unload();
+    if (!sink_)
+        return;
+    sink_->unload();
+    // Units may hold this for longer, and a server that returns would get the sink again.
+    PulseServer::Lock lock(server);
+    sink_.reset();
 }
 
 void PulseTap::update(const PulsePlayers::Players& everyone) {
-    ofProcess_.clear();
+    // A stream stays the process's own when whoever stood between the two ends.
+    const auto known = std::exchange(ofProcess_, {});
     std::ranges::copy_if(everyone, std::back_inserter(ofProcess_), [&](const PulsePlayer& player) {
-        return ProcessFiles::descends(player.pid, process_);
+        return std::ranges::find(known, player.index, &PulsePlayer::index) != known.end() ||
+               ProcessFiles::descends(player.pid, process_);
     });
     refresh();
 }

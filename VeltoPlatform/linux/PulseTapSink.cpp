@@ -30,6 +30,10 @@ void begin(pa_operation* operation) {
 
 } // namespace
 
+bool PulseTapSink::isOne(const pa_sink_info& sink) {
+    return pa_proplist_contains(sink.proplist, ownerProperty) > 0;
+}
+
 std::unique_ptr<PulseTapSink> PulseTapSink::load(PulseServer& server, std::function<void()> changed) {
     std::unique_ptr<PulseTapSink> sink(new PulseTapSink(server, std::move(changed)));
     const bool asked = server.ask(
@@ -83,7 +87,16 @@ pa_operation* PulseTapSink::beginLoading(pa_context* context) {
                            ownerProperty + "=" + std::to_string(::getpid()) + "'";
     return pa_context_load_module(
         context, "module-null-sink", arguments.c_str(),
-        [](pa_context*, std::uint32_t, void* self) { static_cast<PulseTapSink*>(self)->find(); }, this);
+        [](pa_context*, std::uint32_t module, void* self) {
+            static_cast<PulseTapSink*>(self)->loaded(module);
+        },
+        this);
+}
+
+void PulseTapSink::loaded(std::uint32_t module) {
+    begin(std::exchange(loading_, nullptr));
+    module_ = module;
+    find();
 }
 
 /// Whether or not the module could be loaded: after a lost connection the sink may still be there.
@@ -104,12 +117,14 @@ void PulseTapSink::find() {
 void PulseTapSink::found(const pa_sink_info* sink) {
     const char* owner = sink == nullptr ? nullptr : pa_proplist_gets(sink->proplist, ownerProperty);
     state_ = owner != nullptr && std::to_string(::getpid()) == owner ? State::there : State::none;
-    if (state_ == State::there) {
+    if (state_ == State::there)
         index_ = sink->index;
-        module_ = sink->owner_module;
-    } else {
+    else
         server_.log("sound: tap: the tapped program cannot be muted");
-    }
+    // The name was taken: there is one sink more than there should be.
+    const auto wanted = state_ == State::there ? sink->owner_module : PA_INVALID_INDEX;
+    if (const auto module = std::exchange(module_, wanted); module != wanted && module != PA_INVALID_INDEX)
+        begin(pa_context_unload_module(server_.context(AudioDirection::output), module, nullptr, nullptr));
     changed_();
 }
 
@@ -166,6 +181,11 @@ void PulseTapSink::bringHome() {
 }
 
 void PulseTapSink::unload() {
+    // What the server is about to load is known once it has answered.
+    server_.ask([this](pa_context*) {
+        return loading_ == nullptr ? std::vector<pa_operation*>{}
+                                   : std::vector{std::exchange(loading_, nullptr)};
+    });
     std::uint32_t module = PA_INVALID_INDEX;
     {
         PulseServer::Lock lock(server_);

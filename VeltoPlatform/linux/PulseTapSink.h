@@ -18,11 +18,13 @@ namespace velto {
 /// again when the server returns. On the sound thread or under its lock, except where it says otherwise.
 class PulseTapSink final : private PulseListener {
   public:
-    /// The server's name for it, the same for every run, so that the next run recognises what a killed one
-    /// has left. There is one sink at a time.
+    /// The server's name for it, the same for every run: there is one sink at a time.
     static constexpr std::string_view serverName = "velto_tap";
-    /// The sink's property that tells which process it belongs to.
+    /// The sink's property that tells which process it belongs to; by it the next run recognises what a
+    /// killed one has left.
     static constexpr const char* ownerProperty = "velto.tap.owner";
+    /// Whether it is such a sink, of whatever run and name: PulseAudio gives a name that is taken a number.
+    static bool isOne(const pa_sink_info& sink);
 
     /// Waits for the server; without its lock. None when there is no sink to be had. `changed` is told when
     /// `isSettled` may answer otherwise; it may not end this.
@@ -56,6 +58,7 @@ class PulseTapSink final : private PulseListener {
     bool settled() const override { return state_ != State::loading; }
 
     pa_operation* beginLoading(pa_context* context);
+    void loaded(std::uint32_t module);
     void find();
     void found(const pa_sink_info* sink);
     void moved(Parked& parked, bool accepted);
@@ -65,7 +68,7 @@ class PulseTapSink final : private PulseListener {
     std::function<void()> changed_;
     State state_ = State::loading;
     std::uint32_t index_ = PA_INVALID_INDEX;
-    std::uint32_t module_ = PA_INVALID_INDEX;
+    std::uint32_t module_ = PA_INVALID_INDEX; ///< that we have loaded
     pa_operation* loading_ = nullptr;
     pa_operation* finding_ = nullptr;
     std::map<std::uint32_t, Parked> parked_; ///< by player; kept when home, for the list may be late

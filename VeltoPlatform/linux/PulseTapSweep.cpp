@@ -30,7 +30,7 @@ pa_operation* listSinks(pa_context* context, Found& found) {
     return pa_context_get_sink_info_list(
         context,
         [](pa_context*, const pa_sink_info* sink, int end, void* data) {
-            if (end != 0 || PulseTapSink::serverName != sink->name)
+            if (end != 0 || !PulseTapSink::isOne(*sink))
                 return;
             const char* owner = pa_proplist_gets(sink->proplist, PulseTapSink::ownerProperty);
             static_cast<Found*>(data)->sinks[sink->index] = {sink->owner_module,

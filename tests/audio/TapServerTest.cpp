@@ -164,10 +164,22 @@ TEST_P(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
     EXPECT_TRUE(ear.hearsSilence());
     play(1000, "a");
     EXPECT_NEAR(ear.loudness(), level, tolerance) << "a stream that was started again";
-
-    // Another program is not heard.
     end("a");
     EXPECT_TRUE(ear.hearsSilence());
+
+    tell("sh -c \"" + player(1000) + " & echo \\$! >'" + (root() / "orphan").string() + "'; wait\" & w=$!");
+    EXPECT_TRUE(ear.hearsLoud(50));
+    end("w");
+    play(700, "b");
+    EXPECT_TRUE(ear.hearsLoud(100));
+    end("b");
+    ear.forget();
+    EXPECT_NEAR(ear.loudness(), level, tolerance)
+        << "whoever started it has ended, the stream is still the program's";
+    tell("kill $(cat '" + (root() / "orphan").string() + "')");
+    EXPECT_TRUE(ear.hearsSilence());
+
+    // Another program is not heard.
     const auto stranger = start({"sh", "-c", player(1000)});
     speaker.forget();
     EXPECT_TRUE(speaker.hearsLoud(50));
@@ -224,14 +236,14 @@ class MutedTap : public TapServer {
         return std::abs(speaker->loudness() - level) < tolerance;
     }
     /// As other clients of the server see them.
-    std::set<std::string> sinks() {
-        std::set<std::string> names;
+    std::multiset<std::string> sinks() {
+        std::multiset<std::string> names;
         connection->ask([&](pa_context* context) {
             return std::vector<pa_operation*>{pa_context_get_sink_info_list(
                 context,
                 [](pa_context*, const pa_sink_info* sink, int end, void* data) {
                     if (end == 0)
-                        static_cast<std::set<std::string>*>(data)->insert(sink->name);
+                        static_cast<std::multiset<std::string>*>(data)->insert(sink->name);
                 },
                 &names)};
         });
@@ -309,6 +321,15 @@ TEST_P(MutedTap, isMadeAgainWhenTheServerReturns) {
     destroy(tap, device);
     EXPECT_TRUE(speakerIsLoud());
     EXPECT_FALSE(sinks().contains("velto_tap"));
+
+    const auto brief = createTap(phone->pid(), TapMute::mutedWhenTapped);
+    for (const auto* gone : {"while it is being made", "while a unit still holds a tap that was"}) {
+        logged.change([this] { lines.clear(); });
+        ASSERT_TRUE(server->restart());
+        ASSERT_TRUE(waitForLine("sound: server back"));
+        taps->destroyProcessTap(brief);
+        EXPECT_FALSE(sinks().contains("velto_tap")) << gone;
+    }
 }
 
 TEST_P(MutedTap, whatAKilledRunHasMutedIsSwept) {
@@ -317,8 +338,13 @@ TEST_P(MutedTap, whatAKilledRunHasMutedIsSwept) {
     ASSERT_TRUE(holder);
     EXPECT_TRUE(speaker->hearsSilence());
     EXPECT_FALSE(taps->sweep()) << "its owner lives";
+    const auto before = sinks();
     EXPECT_EQ(createTap(phone->pid(), TapMute::mutedWhenTapped), 0u);
     EXPECT_TRUE(waitForLine("sound: tap: the tapped program cannot be muted"));
+    const auto until = std::chrono::steady_clock::now() + patience;
+    while (sinks() != before && std::chrono::steady_clock::now() < until)
+        std::this_thread::yield();
+    EXPECT_EQ(sinks(), before) << "the attempt leaves nothing";
 
     holder->kill();
     EXPECT_TRUE(speaker->hearsSilence()) << "nobody has given it back";
