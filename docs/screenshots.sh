@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Takes the pictures of the phone for the documentation again: docs/phone/*.png, light and dark, at 200 %.
+# Takes the pictures for the documentation again, light and dark, at 200 %: docs/windows/*.png of the application,
+# docs/phone/*.png of the phone.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . packaging/setup.sh
 ensure_packages
-build dev velto-phone-shots
+build dev velto-shots velto-phone-shots
+"$build_folder/bin/velto-shots" docs/windows
 "$build_folder/bin/velto-phone-shots" docs/phone

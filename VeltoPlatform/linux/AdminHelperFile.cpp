@@ -38,7 +38,10 @@ bool isProgram(const fs::path& path) {
 AdminHelperFile findAdminHelper(const AdminHelperPlaces& places) {
     std::error_code error;
     const auto& installed = places.installed;
-    if (fs::exists(fs::symlink_status(installed, error))) {
+    const auto found = fs::symlink_status(installed, error);
+    if (found.type() == fs::file_type::none)
+        return {{}, "cannot look at " + installed.string() + ": " + error.message() + "; install Velto anew"};
+    if (fs::exists(found)) {
         if (!isSafe(installed))
             return {{},
                     "not using " + installed.string() +

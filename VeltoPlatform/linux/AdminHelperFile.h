@@ -18,7 +18,8 @@ struct AdminHelperFile {
 };
 
 /// The first that exists. The installed one must be safe: nobody but root may be able to change it or to put
-/// something else in its place; one that is not is not used, and none in its stead.
+/// something else in its place; one that is not, or that cannot be looked at, is not used, and none in its
+/// stead.
 AdminHelperFile findAdminHelper(const AdminHelperPlaces& places);
 
 } // namespace velto

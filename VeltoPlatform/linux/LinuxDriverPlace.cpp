@@ -11,7 +11,8 @@ DriverVerbs LinuxDriverPlace::verbs() {
     };
     return {assigned("drivers", folder()) + assigned("pulse", root_ / "etc/pulse/default.pa.d") +
                 assigned("pipewire", root_ / "etc/pipewire/pipewire.conf.d") +
-                assigned("runtime", root_ / "run/user") + kDriverVerbs,
+                assigned("runtime", root_ / "run/user") + assigned("lock", root_ / "run/velto-drivers.lock") +
+                kDriverVerbs,
             "velto_make_folder",
             "velto_copy",
             "velto_publish",

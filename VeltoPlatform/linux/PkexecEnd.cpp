@@ -40,6 +40,11 @@ PkexecEnd explainPkexec(std::int32_t exitStatus, const std::string& said) {
                                                line};
     if (says("must be setuid root"))
         return {AdminStatus::notAvailable, "pkexec may not become root here, as in some containers; " + line};
+    if (says("Error accessing /") || says("Error executing /"))
+        return {AdminStatus::noHelper,
+                "the helper is out of reach for root, as on a drive of the user's own; "
+                "install it; pkexec: " +
+                    line};
     return {AdminStatus::denied, "administrator rights were denied; pkexec: " + line};
 }
 

@@ -127,6 +127,8 @@ TEST_F(Pkexec, RefusalsAreToldApart) {
         {"echo 'Error getting authority: no' >&2; exit 127", AdminStatus::notAvailable, "polkitd"},
         {"echo 'pkexec must be setuid root' >&2; exit 127", AdminStatus::notAvailable, "setuid root"},
         {"exit 127", -60005, "denied"},
+        {"echo 'Error accessing /x: Permission denied' >&2; exit 127", AdminStatus::noHelper, "for root"},
+        {"echo 'Error executing /x: Permission denied' >&2; exit 127", AdminStatus::noHelper, "for root"},
         {"kill -9 $$", AdminStatus::failed, "pkexec ended with 137"},
         {"echo hello >&0", AdminStatus::failed, "not this version's helper"},
         {"dd if=/dev/zero bs=70000 count=1 >&0 2>/dev/null", AdminStatus::failed, "pkexec ended with 0"}};
@@ -214,6 +216,10 @@ TEST_F(Pkexec, OnlyASafeHelperIsUsed) {
     EXPECT_NE(unsafe.trouble.find("others than root can change"), std::string::npos) << unsafe.trouble;
     fs::create_symlink("/usr/bin/true", folder.path() / "link");
     EXPECT_TRUE(findAdminHelper({folder.path() / "link", {}}).path.empty());
+    fs::create_symlink("loop", folder.path() / "loop");
+    const auto hidden = findAdminHelper({folder.path() / "loop" / "helper", {kHelper}});
+    EXPECT_TRUE(hidden.path.empty());
+    EXPECT_NE(hidden.trouble.find("cannot look at"), std::string::npos) << hidden.trouble;
     EXPECT_EQ(findAdminHelper({"/usr/bin/true", {kHelper}}).path, "/usr/bin/true");
     EXPECT_EQ(findAdminHelper({folder.path() / "gone", {folder.path(), kHelper}}).path, kHelper);
     EXPECT_TRUE(findAdminHelper({folder.path() / "gone", {folder.path() / "gone"}}).path.empty());

@@ -41,11 +41,12 @@ void coverAll() {
     if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
         ::mount("proc", "/proc", "proc", 0, nullptr) != 0)
         skip("namespaces are of no use here");
-    for (const char* folder : {"/run/dbus", kActions, "/etc/polkit-1", "/opt", "/usr/local/share"})
+    for (const char* folder : {"/run", kActions, "/etc/polkit-1", "/opt", "/usr/local/share"})
         cover(folder);
     for (const char* folder : {"/etc/pulse", "/etc/pipewire"})
         if (fs::is_directory(folder))
             cover(folder);
+    fs::create_directory("/run/dbus");
     std::ofstream(fs::path(kActions) / "org.freedesktop.policykit.policy") << generic;
     fs::copy_file(VELTO_TEST_POLICY, fs::path(kActions) / "org.velto.Velto.policy");
     fs::create_directory("/etc/polkit-1/rules.d");

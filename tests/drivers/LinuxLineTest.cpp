@@ -58,7 +58,7 @@ struct LinuxLineTest : ::testing::Test {
             write(source / DriverLines::bundleName(name) / "pulse.pa", std::string("pulse ") + name);
             write(source / DriverLines::bundleName(name) / "pipewire.conf", std::string("pipewire ") + name);
         }
-        fs::create_directories(root);
+        write(root / "run/velto-drivers.lock", "");
     }
     static std::string run(const std::string& line,
                            const std::string& path = "/usr/sbin:/usr/bin:/sbin:/bin") {
@@ -90,10 +90,17 @@ TEST_F(LinuxLineTest, InstallsAndRemovesWithoutATraceWhateverTheFoldersAreCalled
         const auto mode = fs::status(pulse).permissions();
         EXPECT_EQ(mode & fs::perms::all, fs::perms(0644));
     }
+    // Of an installation that was ended half-way.
+    write(place.folder() / ".next" / "pulse.pa", "half");
+    write(fs::path(pulse) += ".next", "half");
     for (int again = 0; again < 2; ++again) {
         EXPECT_EQ(run(DriverLines::uninstall()), "");
         EXPECT_EQ(listing(computer.root()), before);
     }
+    write(root / "usr/local/share/velto/.made-by-velto", "");
+    write(root / "usr/local/share/.made-by-velto", "");
+    EXPECT_EQ(run(DriverLines::uninstall()), "");
+    EXPECT_FALSE(fs::exists(root / "usr/local/share"));
     EXPECT_FALSE(fs::exists("/pwned"));
 }
 
@@ -124,8 +131,8 @@ TEST_F(LinuxLineTest, LeavesWhatOthersPutThereBeforeAndMeanwhile) {
 
 TEST_F(LinuxLineTest, AFaultInTheMiddleShowsAndLeavesWholeDriversOrNone) {
     const auto before = listing(root);
-    EXPECT_NE(run(DriverLines::install(computer.root() / "missing")).find("missing/VeltoHQ.driver/pulse.pa"),
-              std::string::npos);
+    const auto missing = run(DriverLines::install(computer.root() / "missing \xe4\\c"));
+    EXPECT_NE(missing.find("not to be read: VeltoHQ.driver/pulse.pa\n"), std::string::npos) << missing;
     EXPECT_EQ(listing(root), before);
 
     fs::remove(source / "VeltoLoop.driver" / "pipewire.conf");
@@ -140,6 +147,25 @@ TEST_F(LinuxLineTest, AFaultInTheMiddleShowsAndLeavesWholeDriversOrNone) {
     for (const auto& entry : fs::directory_iterator(place.folder()))
         drivers.insert(entry.path().filename().string());
     EXPECT_EQ(drivers, (std::set<std::string>{".made-by-velto", "VeltoHQ.driver"}));
+}
+
+TEST_F(LinuxLineTest, WhatReadsForTheUserHoldsNothingOfRootsAndIsNotReadWithoutAnEnd) {
+    const auto programs = computer.root() / "bin";
+    write(programs / "head", "#!/bin/sh\nreadlink /proc/$$/fd/1 | cut -d: -f1\necho /proc/$$/fd/[9]\n");
+    fs::permissions(programs / "head", fs::perms::owner_all);
+    EXPECT_EQ(run(DriverLines::install(source), programs.string() + ":/usr/sbin:/usr/bin:/sbin:/bin"), "");
+    const auto held = readFile(pulse);
+    EXPECT_TRUE(held.starts_with("pipe\n") && held.ends_with("/fd/[9]\n")) << held;
+
+    const auto endless = source / "VeltoVoice.driver" / "pulse.pa";
+    fs::remove(endless);
+    fs::create_symlink("/dev/zero", endless);
+    const std::string refused = "empty, or too long for a driver: VeltoVoice.driver/pulse.pa\n";
+    EXPECT_EQ(run(DriverLines::install(source)), refused);
+    EXPECT_EQ(readFile(pulse), held);
+    fs::remove(endless);
+    write(endless, std::string(65'537, '#'));
+    EXPECT_EQ(run(DriverLines::install(source)), refused);
 }
 
 TEST_F(LinuxLineTest, RestartsTheUsersUnitsThatRunAllAtOnce) {

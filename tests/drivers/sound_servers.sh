@@ -151,6 +151,13 @@ default , Speaker"
 shows pipewire "$hardware"
 for module in "${broken[@]}"; do umount "$module"; done
 
+# A removal that is ended while PulseAudio is down: the server comes back all the same.
+server=$(cat "$runtime/pulse/pid")
+setsid /run/tool uninstall >/dev/null &
+removal=$!
+while [ -d "/proc/$server" ]; do sleep 0.002; done
+kill -- "-$removal" || true
+shows pulseaudio "$hardware"
 /run/tool uninstall
 stop_pipewire
 start_pipewire

@@ -97,6 +97,24 @@ TEST_F(MainViewTest, ARunningCallKeepsItsNumberAndRedialWaits) {
     EXPECT_TRUE(bench.app.nativeSession->running());
 }
 
+TEST_F(MainViewTest, TheKeyboardReachesEverythingAndArrowsGoThroughTheCalls) {
+    bench.addKey();
+    for (const char* number : {"5550003", "5550002", "5550001"})
+        bench.addCall(number, 1h, 60);
+    bench.app.nativeSession->number.set("5551234");
+    open();
+    EXPECT_EQ(focused(), "Number");
+    EXPECT_EQ(reader->tabStops(),
+              (Notes{"Goal", "Call with AI", "Redial 5550001", "Ready", "Settings", "Number"}));
+    EXPECT_EQ(reader->nameless(), Notes{});
+    for (int i = 0; i < 6 && focused() != "Redial 5550001"; ++i)
+        reader->key(Qt::Key_Tab);
+    reader->key(Qt::Key_Down);
+    reader->key(Qt::Key_Return);
+    EXPECT_EQ(bench.app.nativeSession->number(), "5550002");
+    EXPECT_EQ(focused(), "Stop");
+}
+
 TEST_F(MainViewTest, SaysWhatIsMissingOneHintAtATime) {
     bench.computer.desktop.setTrusted(false);
     bench.computer.audio.removeDevice("VeltoLoop 2ch");

@@ -10,6 +10,7 @@ Button {
     property color ink: Theme.text
     property color ground: Theme.surface
     property color rim: "transparent"
+    property bool ringed: visualFocus
 
     readonly property color shownInk: enabled ? ink : Theme.muted
     readonly property int symbolSize: Math.round(16 * Theme.textScale)
@@ -54,7 +55,7 @@ Button {
             color: button.down ? Theme.press : button.hovered ? Theme.hover : "transparent"
         }
         FocusRing {
-            visible: button.visualFocus
+            visible: button.ringed
             around: Theme.radiusSmall
         }
     }

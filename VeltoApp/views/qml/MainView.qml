@@ -106,12 +106,15 @@ ApplicationWindow {
                 Layout.preferredWidth: 5
 
                 NewCallSection {
+                    id: newCall
+
                     app: window.app
                     goalLines: window.roomy ? 5 : 3
                     Layout.fillWidth: true
                 }
                 RecentCallsSection {
                     app: window.app
+                    onRedialed: newCall.takeKeyboard()
                     Layout.fillWidth: true
                     Layout.fillHeight: true
                 }

@@ -16,15 +16,16 @@ SectionCard {
             app.session.start(app.agent.goal, true);
     }
 
+    // The keyboard goes to where the next step is.
+    function takeKeyboard() {
+        const next = running ? stopButton : callButton;
+        next.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     title: "New call"
 
-    // The keyboard stays where the next step is.
-    onRunningChanged: {
-        if (running && (callButton.activeFocus || number.activeFocus))
-            stopButton.forceActiveFocus(Qt.OtherFocusReason);
-        else if (!running && stopButton.activeFocus)
-            callButton.forceActiveFocus(Qt.OtherFocusReason);
-    }
+    onRunningChanged: if (callButton.activeFocus || number.activeFocus || stopButton.activeFocus)
+        takeKeyboard()
 
     ColumnLayout {
         spacing: Theme.space1
@@ -36,6 +37,7 @@ SectionCard {
         TextInputField {
             id: number
 
+            focus: true
             label: "Number"
             placeholderText: "e.g. +15551234567"
             text: section.app.session.number

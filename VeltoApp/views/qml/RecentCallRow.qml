@@ -17,12 +17,10 @@ FocusScope {
     Accessible.role: Accessible.ListItem
     Accessible.name: name + ", " + ago + ", " + durationText
 
-    Rectangle {
+    Divider {
         anchors.top: parent.top
         width: parent.width
-        height: 1
         visible: row.index > 0
-        color: Theme.outline
     }
     RowLayout {
         id: layout
@@ -59,6 +57,7 @@ FocusScope {
             enabled: row.list && row.list.callable && row.number.length > 0
             focus: true
             activeFocusOnTab: false
+            ringed: activeFocus // which also comes by the list's arrow keys
             Accessible.name: "Redial " + row.name
             onClicked: row.list.redial(row.number)
         }

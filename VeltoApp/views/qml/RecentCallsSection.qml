@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Velto
 
@@ -8,6 +7,8 @@ SectionCard {
     id: section
 
     required property AppModel app
+
+    signal redialed
 
     title: "Recent calls"
 
@@ -20,13 +21,15 @@ SectionCard {
         Layout.fillWidth: true
         Layout.fillHeight: true
         Accessible.name: section.title
-        onRedial: number => section.app.session.redial(number, section.app.agent.goal)
+        onRedial: number => {
+            section.app.session.redial(number, section.app.agent.goal);
+            section.redialed();
+        }
 
-        BodyText {
-            anchors.centerIn: parent
+        EmptyState {
             visible: list.count === 0
+            symbol: "clock"
             text: "No calls yet"
-            color: Theme.muted
         }
         // Only while somebody can see how long ago is wrong.
         Timer {

@@ -46,6 +46,9 @@ SectionCard {
         ground: Theme.warningSoft
         Layout.fillWidth: true
     }
+    Divider {
+        Layout.fillWidth: true
+    }
     TranscriptView {
         transcript: section.app.session.transcript
         emptyText: section.app.session.running ? "Nobody has said anything yet." : "What is said in a call appears here."

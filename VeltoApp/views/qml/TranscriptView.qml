@@ -76,14 +76,10 @@ ListView {
         visible: view.activeFocus
         anchors.margins: 0
     }
-    BodyText {
-        anchors.centerIn: parent
-        width: parent.width - 2 * Theme.space5
+    EmptyState {
         visible: view.count === 0
+        symbol: "waveform"
         text: view.emptyText
-        color: Theme.muted
-        horizontalAlignment: Text.AlignHCenter
-        wrapMode: Text.WordWrap
     }
     IconButton {
         anchors.right: parent.right

@@ -1,0 +1,7 @@
+import QtQuick
+import Velto
+
+Rectangle {
+    implicitHeight: 1
+    color: Theme.outline
+}
