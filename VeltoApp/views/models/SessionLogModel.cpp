@@ -13,15 +13,13 @@ QString SessionLogModel::text() const {
 }
 
 void SessionLogModel::schedule() {
-    if (std::exchange(scheduled_, true))
-        return;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            scheduled_ = false;
-            textChanged();
-        },
-        Qt::QueuedConnection);
+    if (!std::exchange(scheduled_, true))
+        QMetaObject::invokeMethod(this, &SessionLogModel::update, Qt::QueuedConnection);
+}
+
+void SessionLogModel::update() {
+    scheduled_ = false;
+    textChanged();
 }
 
 } // namespace velto

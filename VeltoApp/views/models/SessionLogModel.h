@@ -28,6 +28,7 @@ class SessionLogModel : public QObject {
 
   private:
     void schedule();
+    void update();
 
     std::shared_ptr<NativeCallSession> session_;
     bool scheduled_ = false;

@@ -74,14 +74,18 @@ Popup {
                 color: Theme.muted
             }
         }
-        CardLine {}
+        Divider {
+            Layout.fillWidth: true
+        }
         TranscriptView {
             transcript: lines
             emptyText: "(no transcript)"
             Layout.fillWidth: true
             Layout.fillHeight: true
         }
-        CardLine {}
+        Divider {
+            Layout.fillWidth: true
+        }
         RowLayout {
             SecondaryButton {
                 visible: sheet.recordingPath.length > 0

@@ -30,6 +30,7 @@ SettingsPane {
     }
     RowList {
         label: "Call history"
+        emptySymbol: "clock"
         emptyText: "(no calls yet)"
         model: pane.app.history
         Layout.fillWidth: true

@@ -81,7 +81,9 @@ SettingsPane {
                 window.requestActivate();
             }
         }
-        CardLine {}
+        Divider {
+            Layout.fillWidth: true
+        }
         ReadinessRow {
             title: "Microphone"
             detail: "Captures the call audio for the AI agent."
@@ -90,7 +92,9 @@ SettingsPane {
             trouble: pane.app.readiness.micTrouble
             onRequested: pane.app.readiness.requestMic()
         }
-        CardLine {}
+        Divider {
+            Layout.fillWidth: true
+        }
         ReadinessRow {
             title: "Audio driver"
             detail: "VeltoLoop / VeltoVoice virtual devices."

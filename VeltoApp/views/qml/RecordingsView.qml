@@ -57,6 +57,7 @@ SettingsPane {
     }
     RowList {
         label: "Recordings"
+        emptySymbol: "waveform"
         emptyText: "(none)"
         model: pane.app.recordings
         Layout.fillWidth: true

@@ -8,6 +8,7 @@ ListView {
 
     required property string label
     // Instead of rows, when there is none.
+    required property string emptySymbol
     required property string emptyText
 
     clip: true
@@ -18,12 +19,11 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: label
 
-    BodyText {
+    EmptyState {
         parent: list
-        anchors.centerIn: parent
         visible: list.count === 0
+        symbol: list.emptySymbol
         text: list.emptyText
-        color: Theme.muted
     }
     Rectangle {
         parent: list
