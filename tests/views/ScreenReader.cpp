@@ -71,9 +71,13 @@ bool ScreenReader::press(const QString& name, QAccessible::Role role) const {
     if (!element || !isEnabled(*element) || !element->actionInterface())
         return false;
     element->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    settle_();
-    // What comes into sight comes with a frame, and those come in real time.
-    window_.grabWindow();
+    // What comes into sight comes with frames, which come in real time by themselves; each lays out what the
+    // one before has made another size.
+    constexpr int kFrames = 3;
+    for (int i = 0; i < kFrames; ++i) {
+        settle_();
+        window_.grabWindow();
+    }
     return true;
 }
 
