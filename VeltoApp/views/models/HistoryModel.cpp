@@ -11,7 +11,8 @@ namespace velto {
 
 HistoryModel::HistoryModel(CallHistoryStore& store, std::size_t limit, QObject* parent)
     : QAbstractListModel(parent), store_(store), limit_(limit),
-      subscription_(store.observe([this] { schedule(); })) {
+      // The store tells before it changes.
+      look_([this] { update(); }), subscription_(store.observe([this] { look_.ask(); })) {
     update();
 }
 
@@ -21,14 +22,7 @@ int HistoryModel::count() const {
     return static_cast<int>(ids_.size());
 }
 
-/// The store tells before it changes.
-void HistoryModel::schedule() {
-    if (!std::exchange(scheduled_, true))
-        QMetaObject::invokeMethod(this, &HistoryModel::update, Qt::QueuedConnection);
-}
-
 void HistoryModel::update() {
-    scheduled_ = false;
     const auto& records = store_.records();
     std::vector<UUID> next(std::min(records.size(), limit_));
     std::transform(records.begin(), records.begin() + static_cast<std::ptrdiff_t>(next.size()), next.begin(),

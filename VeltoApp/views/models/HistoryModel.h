@@ -1,6 +1,7 @@
 // The finished calls, newest first, as the windows list them.
 #pragma once
 
+#include "VeltoApp/views/models/OnceATurn.h"
 #include "VeltoShared/core/Published.h"
 
 #include <QAbstractListModel>
@@ -65,14 +66,13 @@ class HistoryModel : public QAbstractListModel {
     void agoLifetimeChanged();
 
   private:
-    void schedule();
     void update();
     const CallRecord* record(int row) const;
 
     CallHistoryStore& store_;
     std::size_t limit_;
     std::vector<UUID> ids_;
-    bool scheduled_ = false;
+    OnceATurn look_;
     Subscription subscription_;
 };
 

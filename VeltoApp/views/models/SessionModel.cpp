@@ -16,7 +16,8 @@ SessionModel::SessionModel(std::shared_ptr<NativeCallSession> session, QObject* 
                }),
       number_(session_->number, [this] { numberChanged(); }),
       audioStats_(session_->audioStats, [this] { audioStatsChanged(); }),
-      anyChange_(session_->observe([this] { schedule(); })) {
+      // The session tells before it changes, and of every line and figure.
+      look_([this] { update(); }), anyChange_(session_->observe([this] { look_.ask(); })) {
     if (running_())
         timeRunning();
     update();
@@ -41,14 +42,7 @@ void SessionModel::stop() {
     session_->stop();
 }
 
-/// The session tells before it changes, and of every line and figure.
-void SessionModel::schedule() {
-    if (!std::exchange(scheduled_, true))
-        QMetaObject::invokeMethod(this, &SessionModel::update, Qt::QueuedConnection);
-}
-
 void SessionModel::update() {
-    scheduled_ = false;
     transcript_.setLines(session_->liveTranscript());
     if (auto trouble = shown(sessionTrouble(session_->log())); trouble != trouble_) {
         trouble_ = std::move(trouble);

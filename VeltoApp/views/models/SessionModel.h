@@ -3,6 +3,7 @@
 
 #include "VeltoApp/session/NativeCallSession.h"
 #include "VeltoApp/views/models/Mirror.h"
+#include "VeltoApp/views/models/OnceATurn.h"
 #include "VeltoApp/views/models/TranscriptModel.h"
 
 #include <QObject>
@@ -58,7 +59,6 @@ class SessionModel : public QObject {
     void troubleChanged();
 
   private:
-    void schedule();
     /// What has no signal of its own: in one step for all that happened in a turn of the event loop.
     void update();
     void timeRunning();
@@ -73,7 +73,7 @@ class SessionModel : public QObject {
     std::optional<Clock::SteadyTime> startedAt_;
     Clock::SteadyTime seenAt_{};
     std::unique_ptr<Timer> second_;
-    bool scheduled_ = false;
+    OnceATurn look_;
     Subscription anyChange_;
 };
 

@@ -11,9 +11,13 @@ ApplicationWindow {
     required property AppModel app
     property SettingsView settingsWindow: null
     property bool leaving: false
-    readonly property bool roomy: height >= 600
+    readonly property bool roomy: height >= 600 * Theme.textScale
     readonly property int gap: roomy ? Theme.space4 : Theme.space3
 
+    // As much larger as the letters are, where the screen has room.
+    function fitting(length: int, available: int): int {
+        return Math.max(length, Math.min(Math.round(length * Theme.textScale), available));
+    }
     function openSettings() {
         if (!settingsWindow)
             settingsWindow = settingsComponent.createObject(window, {
@@ -36,10 +40,10 @@ ApplicationWindow {
 
     title: "Velto"
     visible: true
-    width: 920
-    height: 640
-    minimumWidth: 720
-    minimumHeight: 520
+    width: fitting(920, Screen.desktopAvailableWidth)
+    height: fitting(640, Screen.desktopAvailableHeight)
+    minimumWidth: fitting(720, Screen.desktopAvailableWidth)
+    minimumHeight: fitting(520, Screen.desktopAvailableHeight)
     color: Theme.window
 
     Component.onCompleted: app.mainWindowShown()

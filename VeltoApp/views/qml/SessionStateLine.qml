@@ -45,7 +45,7 @@ RowLayout {
         visible: time.visible
         name: "clock"
         color: Theme.muted
-        size: 14
+        size: Theme.textBody
     }
     BodyText {
         id: time
