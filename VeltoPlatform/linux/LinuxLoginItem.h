@@ -11,7 +11,8 @@ namespace velto {
 /// A desktop file in the user's autostart folder (https://specifications.freedesktop.org/autostart-spec).
 class LinuxLoginItem : public LoginItem {
   public:
-    /// `config`: the user's folder of configuration. `bundleID` names the file, `program` is what is started, absolute.
+    /// `config`: the user's folder of configuration. `bundleID` names the file, `program` is what is started,
+    /// absolute.
     LinuxLoginItem(const std::filesystem::path& config, std::string_view bundleID,
                    std::filesystem::path program);
 

@@ -16,7 +16,10 @@ struct SettingsWindow : ::testing::Test {
     void open(const char* tab = "readiness");
     /// In the debug area.
     void openPane(const char* pane);
-    bool reads(const QString& text) const { return reader->reads(text); }
+    bool reads(const QString& text) const {
+        window->grabWindow(); // what has just appeared has no size before a frame
+        return reader->reads(text);
+    }
     bool press(const QString& name, QAccessible::Role role = QAccessible::Button) const {
         return reader->press(name, role);
     }
