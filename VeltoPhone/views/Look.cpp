@@ -1,5 +1,7 @@
 #include "VeltoPhone/views/Look.h"
 
+#include "VeltoQt/Handset.h"
+
 #include <QApplication>
 #include <QPainterPath>
 #include <QPixmap>
@@ -15,20 +17,6 @@ constexpr double kGrid = 24; ///< glyphs are drawn on a square of this side
 QColor mixed(const QColor& a, const QColor& b, double share) {
     const auto part = [share](int from, int to) { return static_cast<int>(from + share * (to - from)); };
     return {part(a.red(), b.red()), part(a.green(), b.green()), part(a.blue(), b.blue())};
-}
-
-/// Lying like a bridge: a bow with an ear piece at either end, as one shape, so that it may be translucent.
-void paintHandset(QPainter& painter, const QColor& colour) {
-    QPainterPath line(QPointF(4.4, 13));
-    line.cubicTo(6.4, 7.6, 17.6, 7.6, 19.6, 13);
-    QPainterPathStroker stroker;
-    stroker.setWidth(3.4);
-    stroker.setCapStyle(Qt::FlatCap);
-    stroker.setCurveThreshold(0.02);
-    QPainterPath ears;
-    ears.addRoundedRect(QRectF(1.6, 11.4, 6.2, 5), 1.7, 1.7);
-    ears.addRoundedRect(QRectF(16.2, 11.4, 6.2, 5), 1.7, 1.7);
-    painter.fillPath(stroker.createStroke(line).united(ears), colour);
 }
 
 void paintKeypad(QPainter& painter, const QColor& colour) {
@@ -104,10 +92,10 @@ void paintGlyph(QPainter& painter, Glyph glyph, const QRectF& square, const QCol
         painter.translate(kGrid / 2, kGrid / 2);
         painter.rotate(-135);
         painter.translate(-kGrid / 2, -kGrid / 2);
-        paintHandset(painter, colour);
+        painter.fillPath(handset(), colour);
         break;
     case Glyph::handsetDown:
-        paintHandset(painter, colour);
+        painter.fillPath(handset(), colour);
         break;
     case Glyph::keypad:
         paintKeypad(painter, colour);

@@ -21,9 +21,15 @@ struct MainViewTest : ::testing::Test {
         window = &bench.open();
         reader.emplace(*window, [this] { bench.settle(); });
     }
-    bool reads(const char* text) const { return reader->reads(QString::fromUtf8(text)); }
+    /// Rows of lists come with a frame, and those come in real time.
+    void frame() const { window->grabWindow(); }
+    bool reads(const char* text) const {
+        frame();
+        return reader->reads(QString::fromUtf8(text));
+    }
     bool press(const char* button) const { return reader->press(QString::fromUtf8(button)); }
     bool canPress(const char* button) const {
+        frame();
         const auto names = reader->enabled(QAccessible::Button);
         return std::ranges::find(names, button) != names.end();
     }
@@ -69,7 +75,6 @@ TEST_F(MainViewTest, PlacesACallByKeyboardAloneAndFollowsItToItsRecord) {
     EXPECT_TRUE(reads("Session: live"));
     EXPECT_TRUE(reads("Running time 0:03"));
     bench.say({"caller: Hello ", "caller: there", "agent: <i>Hi</i>"});
-    window->grabWindow(); // rows come with a frame
     EXPECT_TRUE(reads("Caller: Hello there"));
     EXPECT_TRUE(reads("Agent: <i>Hi</i>"));
     reader->key(Qt::Key_Space);
@@ -188,7 +193,7 @@ TEST_F(MainViewTest, TheTranscriptFollowsUnlessItsReaderHasScrolledUp) {
         for (int i = 0; i < lines; ++i)
             bench.say({"caller: A line that is long enough to be wrapped once or twice in a narrow window.",
                        "turn complete"});
-        window->grabWindow();
+        frame();
         bench.settle();
     };
     talk(30);
@@ -220,7 +225,7 @@ TEST_F(MainViewTest, TakesWhateverIsPasted) {
     EXPECT_EQ(window->minimumSize(), QSize(720, 520));
     window->resize(window->minimumSize());
     bench.settle();
-    window->grabWindow();
+    frame();
     EXPECT_EQ(reader->cutOff(), Notes{});
 }
 

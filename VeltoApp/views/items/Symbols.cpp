@@ -1,5 +1,7 @@
 #include "VeltoApp/views/items/Symbols.h"
 
+#include "VeltoQt/Handset.h"
+
 #include <QHash>
 #include <QPainter>
 #include <QPixmap>
@@ -77,18 +79,6 @@ QPainterPath tick() {
 
 QPainterPath exclamation(double top, double bottom) {
     return stroked(line({{12, top}, {12, bottom - 3.6}}), 2.1).united(disc({12, bottom}, 1.3));
-}
-
-QPainterPath handset() {
-    QPainterPath bow(QPointF(4.4, 13));
-    bow.cubicTo(6.4, 7.6, 17.6, 7.6, 19.6, 13);
-    QPainterPathStroker stroker;
-    stroker.setWidth(3.4);
-    stroker.setCapStyle(Qt::FlatCap);
-    stroker.setCurveThreshold(0.02);
-    return stroker.createStroke(bow)
-        .united(box({1.6, 11.4, 6.2, 5}, 1.7))
-        .united(box({16.2, 11.4, 6.2, 5}, 1.7));
 }
 
 QPainterPath phoneArrow() {
