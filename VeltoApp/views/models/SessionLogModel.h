@@ -3,6 +3,7 @@
 
 #include "VeltoApp/session/NativeCallSession.h"
 #include "VeltoApp/views/models/Mirror.h"
+#include "VeltoApp/views/models/OnceATurn.h"
 
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
@@ -27,11 +28,8 @@ class SessionLogModel : public QObject {
     void textChanged();
 
   private:
-    void schedule();
-    void update();
-
     std::shared_ptr<NativeCallSession> session_;
-    bool scheduled_ = false;
+    OnceATurn change_{[this] { textChanged(); }};
     Subscription subscription_;
 };
 
