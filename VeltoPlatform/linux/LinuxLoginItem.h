@@ -8,7 +8,8 @@
 
 namespace velto {
 
-/// A desktop file in the user's autostart folder (https://specifications.freedesktop.org/autostart-spec).
+/// A desktop file in the user's autostart folder, by the convention of freedesktop.org ("Desktop Application
+/// Autostart").
 class LinuxLoginItem : public LoginItem {
   public:
     /// `config`: the user's folder of configuration. `bundleID` names the file, `program` is what is started,
