@@ -11,6 +11,7 @@
 #include "VeltoQt/DisplayGuard.h"
 #include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/core/BackgroundThreads.h"
+#include "VeltoShared/core/Clock.h"
 #include "VeltoShared/core/Executors.h"
 
 #include <QGuiApplication>
@@ -22,13 +23,19 @@
 #include <QVariantMap>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <unistd.h>
+
+#include <chrono>
 #include <iostream>
 #include <optional>
+#include <thread>
 
 Q_IMPORT_QML_PLUGIN(VeltoPlugin)
 
 namespace velto {
 namespace {
+
+constexpr std::chrono::seconds kTimeToEnd{2};
 
 int fail(const char* trouble) {
     std::cerr << "velto: " << trouble << std::endl;
@@ -56,6 +63,15 @@ bool isDark(const DesktopScheme& scheme) {
     const auto palette = QGuiApplication::palette();
     return scheme.prefersDark() ||
            palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+/// A thread that waits for another program, for a password dialog perhaps, must not keep a Velto without
+/// windows alive, which would be in the way of the next one.
+void endWithin(std::chrono::seconds limit, int status) {
+    std::thread([limit, status] {
+        Clock::shared().blockFor(limit);
+        ::_exit(status);
+    }).detach();
 }
 
 void bringToFront() {
@@ -103,7 +119,9 @@ int runWindowed(int argumentCount, char** arguments) {
     QObject::connect(&scheme, &DesktopScheme::changed, &appearance, follow);
     follow();
     QObject::connect(&one, &OneVelto::wanted, &qt, bringToFront);
-    return QGuiApplication::exec();
+    const int status = QGuiApplication::exec();
+    endWithin(kTimeToEnd, status);
+    return status;
 }
 
 } // namespace velto
