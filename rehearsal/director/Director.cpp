@@ -103,6 +103,8 @@ class Rehearsal {
     const Scenario& scenario_;
     const GuardianLink& guardian_;
     Surroundings surroundings_;
+    /// Before this process becomes one of the private session.
+    const Environment display_ = options_.windows ? Surroundings::callersDisplay() : Environment();
     RehearsalKeys keys_;
     Evidence evidence_;
     KeySearch keySearch_{keys_, evidence_};
@@ -134,9 +136,12 @@ bool Rehearsal::prepare() {
 }
 
 bool Rehearsal::startSession() {
+    if (options_.windows && display_.empty())
+        return fail("there is no display to show windows on (DISPLAY is not set)");
     PrivateSessionPlan plan;
     plan.folder = guardian_.folder();
     plan.sound.kind = options_.sound;
+    plan.display = display_;
     plan.folders = surroundings_.environment();
     if (options_.cut == Cut::uplink)
         plan.sound.devices.muted.insert("VeltoVoice 2ch Feed");
@@ -190,7 +195,9 @@ bool Rehearsal::startPrograms() {
         return fail("the voice server did not start");
     const boost::json::object preferences{{"recordCalls", options_.record},
                                           {"useProcessTap", options_.tap},
-                                          {"muteCallLocally", options_.mute}};
+                                          {"muteCallLocally", options_.mute},
+                                          // The checklist of a first run would cover the call.
+                                          {"hasCompletedSetup", true}};
     if (!surroundings_.writePreferences(options_.provider, evidence_.serverPort, preferences))
         return fail("the application's preferences could not be written");
     inquiry_ = std::make_unique<Inquiry>();
@@ -198,8 +205,12 @@ bool Rehearsal::startPrograms() {
 }
 
 bool Rehearsal::startApplication() {
-    application_ =
-        stage_.add(program(kApplicationTitle, "velto", {"--headless"}), [](const json::object&) {});
+    auto velto = program(kApplicationTitle, "velto", {});
+    if (options_.windows)
+        velto.environment.merge(Environment(display_));
+    else
+        velto.arguments.emplace_back("--headless");
+    application_ = stage_.add(velto, [](const json::object&) {});
     const auto deadline = std::chrono::steady_clock::now() + kToStart;
     while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
         if (ask({{"cmd", "ping"}}))

@@ -33,7 +33,8 @@ struct DirectorOptions {
     bool kill = false;
     SoundServerKind sound = SoundServerKind::pulseAudio;
     Cut cut = Cut::nothing;
-    bool json = false; ///< one JSON object at the end instead of text
+    bool windows = false; ///< on the caller's display, where the application and the phone app are to be seen
+    bool json = false;    ///< one JSON object at the end instead of text
     bool keepFolder = false;
 };
 

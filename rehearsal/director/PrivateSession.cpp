@@ -57,9 +57,10 @@ Result<> PrivateSession::startDesktop(const PrivateSessionPlan& plan) {
     environment_.merge(sound_->clientEnvironment());
     Surroundings::enter(environment_);
     hardware_ = std::make_unique<PulseHardware>(std::make_shared<PulseServer>([](const std::string&) {}));
-    phoneEnvironment_ = {{"DISPLAY", desktop_->display()},
-                         {"VELTO_PHONE_LINE", "rehearsal:" + plan.scenario.string()},
-                         {"VELTO_REHEARSAL_REPORTS", plan.reports}};
+    phoneEnvironment_ = plan.display;
+    phoneEnvironment_.merge(Environment{{"DISPLAY", desktop_->display()},
+                                        {"VELTO_PHONE_LINE", "rehearsal:" + plan.scenario.string()},
+                                        {"VELTO_REHEARSAL_REPORTS", plan.reports}});
     return registerPhone({plan.phone, phoneEnvironment_}, plan.folders);
 }
 

@@ -18,6 +18,7 @@ struct PrivateSessionPlan {
     std::filesystem::path folder;
     Environment folders; ///< of `makePrivateFolders`
     PrivateSoundServerOptions sound;
+    Environment display;            ///< where windows are to be seen; empty: nowhere
     std::filesystem::path phone;    ///< velto-phone
     std::filesystem::path scenario; ///< of the person on its line
     std::filesystem::path reports;  ///< socket for the phone app's reports

@@ -42,6 +42,21 @@ void Surroundings::enter(const Environment& environment) {
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
 }
 
+Environment Surroundings::callersDisplay() {
+    // X11 alone: a Wayland socket lies in the runtime folder, of which programs get a private one.
+    Environment display;
+    for (const char* name : {"DISPLAY", "XAUTHORITY"})
+        if (const char* value = std::getenv(name);
+            value != nullptr && *value != '\0') // NOLINT(concurrency-mt-unsafe)
+            display[name] = value;
+    if (!display.contains("DISPLAY"))
+        return {};
+    if (!display.contains("XAUTHORITY"))
+        if (const char* home = std::getenv("HOME")) // NOLINT(concurrency-mt-unsafe)
+            display["XAUTHORITY"] = std::filesystem::path(home) / ".Xauthority";
+    return display;
+}
+
 std::string Surroundings::environmentForPeople(const std::map<std::string, std::string>& sound) const {
     std::string text = "XDG_DATA_HOME=" + file("data").string();
     for (const auto& [name, value] : sound)

@@ -25,6 +25,8 @@ class Surroundings {
     bool writePreferences(VoiceProvider provider, std::uint16_t serverPort, boost::json::object others) const;
     /// Of every program: private folders, the authority that is trusted; the desktop adds its bus.
     const Environment& environment() const { return environment_; }
+    /// What leads a program to the display of whoever started this one; empty without one.
+    static Environment callersDisplay();
     /// Those of the variables that somebody needs to talk to the application, as shell words.
     std::string environmentForPeople(const std::map<std::string, std::string>& sound) const;
 

@@ -60,6 +60,8 @@ int main(int argc, char** argv) {
         "--tap", options.tap, "Have the application capture from the phone app itself, which is open before");
     arguments.add_flag("--mute", options.mute, "Have the application mute the phone app on this computer")
         ->needs(tap);
+    arguments.add_flag("--windows", options.windows,
+                       "Show the application and the phone app on this display");
     arguments.add_flag("--kill", options.kill,
                        "Kill the application in mid-call, start it again, and look at what it left behind");
     arguments.add_option("--sound", sound, "Which sound server to play on: pulseaudio or pipewire")
