@@ -98,7 +98,8 @@ hears() { # SERVER OUTPUT INPUT: a tone of amplitude 12000
   local rms peak
   read -r rms peak < <(tool "$1" hear "$2" "$3")
   echo "$1: from $2 to $3 level $rms, peak $peak"
-  if [ "$rms" -lt 4000 ] || [ "$peak" -lt 11000 ] || [ "$peak" -gt 13000 ]; then fail "not as it was played"; fi
+  # A machine that is too busy for a moment leaves a gap, whose edge is louder than the tone for some samples.
+  if [ "$rms" -lt 4000 ] || [ "$rms" -gt 7000 ] || [ "$peak" -lt 11000 ]; then fail "not as it was played"; fi
 }
 
 hardware="Microphone: 2 in, 0 out
