@@ -17,15 +17,6 @@ std::error_code systemError(int number) {
     return {number, std::system_category()};
 }
 
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-    std::vector<char*> all;
-    all.reserve(texts.size() + 1);
-    for (auto& text : texts)
-        all.push_back(text.data());
-    all.push_back(nullptr);
-    return all;
-}
-
 class Actions {
   public:
     Actions() { ::posix_spawn_file_actions_init(&actions_); }
@@ -102,7 +93,16 @@ std::error_code spawn(const SpawnRequest& request, pid_t& child) {
     words.insert(words.end(), request.arguments.begin(), request.arguments.end());
     auto variables = request.environment;
     return systemError(::posix_spawnp(&child, request.program.c_str(), actions.get(), attributes.get(),
-                                      pointers(words).data(), pointers(variables).data()));
+                                      nullTerminated(words).data(), nullTerminated(variables).data()));
+}
+
+std::vector<char*> nullTerminated(std::vector<std::string>& texts) {
+    std::vector<char*> all;
+    all.reserve(texts.size() + 1);
+    for (auto& text : texts)
+        all.push_back(text.data());
+    all.push_back(nullptr);
+    return all;
 }
 
 FileDescriptor exitDescriptor(pid_t process) {

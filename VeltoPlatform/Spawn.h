@@ -27,6 +27,9 @@ struct SpawnRequest {
 /// executed or a folder that is not there is an error and leaves no child. Any thread.
 std::error_code spawn(const SpawnRequest& request, pid_t& child);
 
+/// As exec wants them: pointers into the texts, and a null one behind them.
+std::vector<char*> nullTerminated(std::vector<std::string>& texts);
+
 /// Readable once the process has ended; none on an error, `errno` says which.
 FileDescriptor exitDescriptor(pid_t process);
 

@@ -8,6 +8,7 @@
 #include "VeltoShared/core/LocalTimestamp.h"
 #include "VeltoShared/core/TextTrim.h"
 #include "VeltoShared/telephony/AX.h"
+#include "VeltoShared/telephony/Telephony.h"
 
 #include <boost/algorithm/string/join.hpp>
 
@@ -52,9 +53,16 @@ void NativeCallSession::append(const std::string& line) {
     Helper::log("session: " + line);
 }
 
-void NativeCallSession::fail(const std::string& line) {
+void NativeCallSession::refuse(Failure::Reason reason, const std::string& line) {
     append(line);
+    failure.set({reason, {}});
     state.set(State::error);
+}
+
+/// The first one brought about the others.
+void NativeCallSession::noteFailure(Failure::Reason reason, std::string description) {
+    if (failure().reason == Failure::Reason::none)
+        failure.set({reason, std::move(description)});
 }
 
 std::optional<NativeCallSession::ProviderKey> NativeCallSession::pickProvider() const {
@@ -74,11 +82,12 @@ void NativeCallSession::start(std::string goal, bool dial) {
         return;
     auto provider = pickProvider();
     if (!provider)
-        return fail("no API key");
+        return refuse(Failure::Reason::noKey, "no API key");
     if (!collaborators_.line->trusted())
-        return fail("Accessibility not granted");
+        return refuse(Failure::Reason::notTrusted, "Accessibility not granted");
 
     running.set(true);
+    failure.set({});
     ++generation_;
     sessionNumber.set(generation_);
     inCall_ = collaborators_.line->callActive();
@@ -176,8 +185,12 @@ asio::awaitable<void> NativeCallSession::flow(Weak weak, FlowOptions options) {
                 session->append(text);
         };
         const bool dialled = co_await line->dial(number, dialLog);
-        if (const auto session = current(weak, generation))
+        if (const auto session = current(weak, generation)) {
             session->append(dialled ? "dialled " + number : "dial failed (no line)");
+            if (!dialled)
+                session->noteFailure(Telephony::isDialable(number) ? Failure::Reason::notDialed
+                                                                   : Failure::Reason::invalidNumber);
+        }
         co_await agentDone->next();
         if (!dialled) {
             if (const auto session = weak.lock())
@@ -223,6 +236,7 @@ asio::awaitable<bool> NativeCallSession::waitForCall(Weak weak, std::int64_t gen
         if (++count == kPolls) {
             if (const auto session = current(weak, generation)) {
                 session->append("no call connected; stopping");
+                session->noteFailure(Failure::Reason::neverConnected);
                 session->finish(generation);
             }
             co_return false;
@@ -307,10 +321,13 @@ asio::awaitable<void> NativeCallSession::startAgent(Weak weak, FlowOptions optio
     if (agent) {
         const auto started = co_await agent->start();
         if (const auto session = current(weak, options.generation)) {
-            if (started.has_value())
+            if (started.has_value()) {
                 session->append("agent pre-warmed (Gemini connected)");
-            else
-                session->fail("agent error: " + started.error().description);
+            } else {
+                session->append("agent error: " + started.error().description);
+                session->noteFailure(Failure::Reason::agent, started.error().description);
+                session->state.set(State::error);
+            }
         }
     }
     done->finish();

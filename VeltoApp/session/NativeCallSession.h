@@ -31,6 +31,22 @@ class NativeCallSession : public ObservableObject, public std::enable_shared_fro
         error,   ///< the session or its agent could not start
     };
 
+    /// What went wrong first, with the latest session or instead of it.
+    struct Failure {
+        enum class Reason {
+            none,
+            noKey,          ///< no provider's key is stored; nothing was started
+            notTrusted,     ///< no accessibility access; nothing was started
+            agent,          ///< the agent could not start
+            invalidNumber,  ///< nothing that can be dialed
+            notDialed,      ///< no call came of the number
+            neverConnected, ///< nobody placed or connected a call in time
+        };
+        Reason reason = Reason::none;
+        std::string description; ///< the agent's own words; empty for the others
+        bool operator==(const Failure&) const = default;
+    };
+
     NativeCallSession(SessionCollaborators collaborators, AppSettings& settings);
     ~NativeCallSession();
 
@@ -50,6 +66,7 @@ class NativeCallSession : public ObservableObject, public std::enable_shared_fro
     std::vector<std::string> liveTranscript() const;
 
     Published<State> state{*this, State::idle};
+    Published<Failure> failure{*this};
     Published<std::int64_t> sessionNumber{*this, 0}; ///< generation of the latest start
     Published<bool> running{*this, false};
     Published<std::vector<std::string>> log{*this}; ///< newest last, at most 400 lines
@@ -75,7 +92,8 @@ class NativeCallSession : public ObservableObject, public std::enable_shared_fro
     static std::shared_ptr<NativeCallSession> current(const Weak& weak, std::int64_t generation);
 
     void append(const std::string& line);
-    void fail(const std::string& line);
+    void refuse(Failure::Reason reason, const std::string& line);
+    void noteFailure(Failure::Reason reason, std::string description = {});
     std::optional<ProviderKey> pickProvider() const;
     void route();
     bool routeThroughTap();

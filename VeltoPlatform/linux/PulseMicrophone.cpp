@@ -1,11 +1,10 @@
 #include "VeltoPlatform/linux/PulseMicrophone.h"
 
+#include "VeltoPlatform/linux/PulseQuestion.h"
 #include "VeltoPlatform/linux/PulseServer.h"
 
 #include <pulse/error.h>
 #include <pulse/introspect.h>
-
-#include <condition_variable>
 
 namespace velto {
 namespace {
@@ -21,77 +20,43 @@ MicrophoneStatus refused(int trouble) {
 
 } // namespace
 
-/// One question about the server's sources. Begun and ended under the server's lock.
-struct PulseMicrophone::Question {
-    explicit Question(pa_context* context)
-        : operation(pa_context_get_source_info_list(context, &Question::listed, this)) {
-        if (operation == nullptr)
-            isOpen = false;
-        else
-            pa_operation_set_state_callback(operation, &Question::changed, this);
-    }
-    ~Question() {
-        if (operation == nullptr)
-            return;
-        pa_operation_set_state_callback(operation, nullptr, nullptr);
-        pa_operation_cancel(operation);
-        pa_operation_unref(operation);
-    }
-    Question(const Question&) = delete;
-    Question& operator=(const Question&) = delete;
+/// Whether the server has a source that is no monitor.
+struct PulseMicrophone::Look {
+    explicit Look(pa_context* context)
+        : question({pa_context_get_source_info_list(context, &Look::listed, this)}) {}
 
     static void listed(pa_context*, const pa_source_info* source, int end, void* self) {
         if (end == 0 && source->monitor_of_sink == PA_INVALID_INDEX)
-            static_cast<Question*>(self)->hasSource = true;
-    }
-    /// Also told when the server goes away.
-    static void changed(pa_operation* operation, void* self) {
-        const auto state = pa_operation_get_state(operation);
-        if (state == PA_OPERATION_RUNNING)
-            return;
-        auto& question = *static_cast<Question*>(self);
-        const std::lock_guard guard(question.mutex);
-        question.isOpen = false;
-        question.isAnswered = state == PA_OPERATION_DONE;
-        question.ended.notify_all();
+            static_cast<Look*>(self)->hasSource = true;
     }
 
-    /// True when it is over.
-    bool wait(std::chrono::milliseconds limit) {
-        std::unique_lock guard(mutex);
-        return ended.wait_for(guard, limit, [this] { return !isOpen; });
-    }
-
-    bool hasSource = false; ///< read once it is over
-    std::mutex mutex;       ///< of what follows
-    std::condition_variable ended;
-    bool isOpen = true;
-    bool isAnswered = false;
-    pa_operation* operation;
+    bool hasSource = false; ///< read once it is answered
+    PulseQuestion question;
 };
 
 PulseMicrophone::PulseMicrophone(std::shared_ptr<PulseServer> server) : server_(std::move(server)) {}
 
 PulseMicrophone::~PulseMicrophone() {
     const PulseServer::Lock lock(*server_);
-    question_.reset();
+    look_.reset();
 }
 
 MicrophoneStatus PulseMicrophone::status() {
     using enum MicrophoneAuthorization;
     const std::lock_guard guard(mutex_);
-    const bool isNew = !question_ || question_->wait({});
+    const auto asked = std::chrono::steady_clock::now();
+    const bool isNew = !look_ || look_->question.waitUntil(asked);
     if (isNew) {
         const PulseServer::Lock lock(*server_);
-        question_.reset();
+        look_.reset();
         auto* const context = server_->context(AudioDirection::output);
         if (context == nullptr)
             return refused(server_->trouble());
-        question_ = std::make_unique<Question>(context);
+        look_ = std::make_unique<Look>(context);
     }
-    if (!question_->wait(isNew ? patience : std::chrono::milliseconds{}) || !question_->isAnswered)
+    if (!look_->question.waitUntil(isNew ? asked + patience : asked) || !look_->question.answered())
         return {notDetermined, "the sound server does not answer"};
-    if (!question_->hasSource)
+    if (!look_->hasSource)
         return {notDetermined, "the sound server has nothing to record from but monitors of outputs"};
     return {authorized, {}};
 }

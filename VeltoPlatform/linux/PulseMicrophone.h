@@ -30,11 +30,11 @@ class PulseMicrophone final : public MicrophoneAccess {
     void request(std::function<void()> answered) override;
 
   private:
-    struct Question;
+    struct Look;
 
     std::shared_ptr<PulseServer> server_;
     std::mutex mutex_;
-    std::unique_ptr<Question> question_; ///< the last one, open while the server is silent
+    std::unique_ptr<Look> look_; ///< the last one, open while the server is silent
 };
 
 } // namespace velto

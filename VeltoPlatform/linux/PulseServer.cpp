@@ -1,5 +1,7 @@
 #include "VeltoPlatform/linux/PulseServer.h"
 
+#include "VeltoPlatform/linux/PulseQuestion.h"
+
 #include <pulse/error.h>
 #include <pulse/introspect.h>
 #include <pulse/rtclock.h>
@@ -7,6 +9,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 namespace velto {
 namespace {
@@ -17,27 +21,6 @@ constexpr pa_usec_t retryPeriod = 250 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t connectLimit = 2 * PA_USEC_PER_SEC;
 /// How long the observer of the return waits for units to find their devices again.
 constexpr pa_usec_t settleLimit = PA_USEC_PER_SEC;
-
-/// Operations that one asker waits for.
-struct Question {
-    std::mutex mutex;
-    std::condition_variable ended;
-    std::size_t open = 0;
-
-    static void changed(pa_operation* operation, void* self) {
-        if (pa_operation_get_state(operation) == PA_OPERATION_RUNNING)
-            return;
-        auto* question = static_cast<Question*>(self);
-        std::lock_guard guard(question->mutex);
-        --question->open;
-        question->ended.notify_one();
-    }
-
-    bool wait(std::chrono::steady_clock::time_point until) {
-        std::unique_lock guard(mutex);
-        return ended.wait_until(guard, until, [this] { return open == 0; });
-    }
-};
 
 } // namespace
 
@@ -176,32 +159,18 @@ bool PulseServer::ask(const std::function<std::vector<pa_operation*>(pa_context*
     const auto until = std::chrono::steady_clock::now() + answerLimit;
     if (pa_threaded_mainloop_in_thread(loop_) != 0 || !waitUntilReady(until))
         return false;
-    Question question;
-    std::vector<pa_operation*> operations;
+    std::optional<PulseQuestion> question;
     {
         Lock lock(*this);
         auto* there = context(AudioDirection::output);
         if (there == nullptr)
             return false;
-        operations = begin(there);
-        question.open = static_cast<std::size_t>(
-            std::ranges::count_if(operations, [](auto* operation) { return operation != nullptr; }));
-        for (auto* operation : operations)
-            if (operation != nullptr)
-                pa_operation_set_state_callback(operation, &Question::changed, &question);
+        question.emplace(begin(there));
     }
-    const bool ended = question.wait(until);
+    const bool ended = question->waitUntil(until);
     Lock lock(*this);
-    bool answered = ended && !operations.empty();
-    for (auto* operation : operations) {
-        if (operation == nullptr || pa_operation_get_state(operation) != PA_OPERATION_DONE)
-            answered = false;
-        if (operation == nullptr)
-            continue;
-        pa_operation_set_state_callback(operation, nullptr, nullptr);
-        pa_operation_cancel(operation);
-        pa_operation_unref(operation);
-    }
+    const bool answered = question->answered();
+    question.reset();
     if (!ended)
         leftUnanswered();
     return answered;
@@ -213,7 +182,8 @@ void PulseServer::leftUnanswered() {
         return;
     {
         std::lock_guard guard(stateMutex_);
-        unanswering_ = true;
+        if (std::exchange(unanswering_, true)) // another one who asked at the same time has said so
+            return;
     }
     log("sound: server does not answer");
     // Answered when the server has come to itself; a new connection forgets it.

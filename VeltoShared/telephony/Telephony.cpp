@@ -57,12 +57,11 @@ class Dialer {
         : number_(std::move(number)), log_(std::move(log)) {}
 
     asio::awaitable<bool> run() {
-        const auto trimmedNumber = trimBlanks(number_);
-        if (trimmedNumber.empty() || !isURLRest(trimmedNumber)) {
+        if (!isDialable(number_)) {
             say("dial: invalid number '" + number_ + "'");
             co_return false;
         }
-        const auto url = std::string(kScheme).append(trimmedNumber);
+        const auto url = std::string(kScheme).append(trimBlanks(number_));
         say("dial: opening " + url);
         platform().workspace->openURL(url);
         co_await pressCall();
@@ -104,6 +103,11 @@ class Dialer {
 };
 
 } // namespace
+
+bool isDialable(std::string_view number) {
+    const auto rest = trimBlanks(number);
+    return !rest.empty() && isURLRest(rest);
+}
 
 asio::awaitable<bool> dial(std::string number, std::function<void(std::string)> log) {
     // A cancellation cuts a wait short; it must not throw out of the steps that follow.

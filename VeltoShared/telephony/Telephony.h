@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 /// No state of its own: what is on the screen is the state. Without accessibility access no call is seen.
 namespace velto::Telephony {
@@ -15,10 +16,12 @@ namespace asio = boost::asio;
 /// waits until a call is active (401 looks, 100 ms apart). Answers whether one is. Await it on the main
 /// thread; it lets go of it during each wait, and a wait that is cancelled counts as finished. `log`, which
 /// may be empty, gets one finished line an event.
-///
-/// The number without the blanks and tabs around it must make a URL behind "tel-phoneapp:": not empty, only
-/// the characters of RFC 3986, each "%" with its two hexadecimal digits, at most one "#".
 asio::awaitable<bool> dial(std::string number, std::function<void(std::string)> log);
+
+/// Whether the number without the blanks and tabs around it makes a URL behind "tel-phoneapp:": not empty,
+/// only the characters of RFC 3986, each "%" with its two hexadecimal digits, at most one "#". `dial` refuses
+/// others.
+bool isDialable(std::string_view number);
 
 /// Whether the notification centre shows a button described exactly "End". Any thread, one walk.
 bool callActive();

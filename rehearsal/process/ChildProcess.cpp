@@ -1,13 +1,14 @@
 // One program of a rehearsal.
 #include "rehearsal/process/ChildProcess.h"
 
+#include "VeltoPlatform/Spawn.h"
+
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,15 +21,6 @@ namespace {
 
 FileDescriptor openForAppending(const std::filesystem::path& file) {
     return FileDescriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-}
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-    std::vector<char*> all;
-    all.reserve(texts.size() + 1);
-    for (auto& text : texts)
-        all.push_back(text.data());
-    all.push_back(nullptr);
-    return all;
 }
 
 /// Readable from its begin; no descriptor when it cannot be made.
@@ -75,8 +67,8 @@ std::optional<ChildProcess> ChildProcess::start(const ChildProgram& program) {
     environment.reserve(program.environment.size());
     for (const auto& [name, value] : program.environment)
         environment.emplace_back(name).append("=").append(value);
-    const auto argumentPointers = pointers(arguments);
-    const auto environmentPointers = pointers(environment);
+    const auto argumentPointers = nullTerminated(arguments);
+    const auto environmentPointers = nullTerminated(environment);
     FileDescriptor readEnd;
     FileDescriptor writeEnd;
     if (program.outputFile.empty()) {
@@ -98,7 +90,7 @@ std::optional<ChildProcess> ChildProcess::start(const ChildProgram& program) {
                {input.get(), writeEnd.get(), errors.get()});
     if (pid < 0)
         return {};
-    FileDescriptor exitDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    FileDescriptor exitDescriptor = velto::exitDescriptor(pid);
     if (!exitDescriptor) {
         ::kill(pid, SIGKILL);
         ::waitpid(pid, nullptr, 0);

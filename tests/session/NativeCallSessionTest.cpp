@@ -16,6 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using State = NativeCallSession::State;
+using Reason = NativeCallSession::Failure::Reason;
 
 struct Session : ::testing::Test {
     Session() { KeychainStore::set(" key\t", SecretKey::geminiAPIKey); }
@@ -144,9 +145,11 @@ TEST_F(Session, refusesWithoutKeyOrTrust) {
     KeychainStore::set("\n", SecretKey::geminiAPIKey); // a line end is not a blank: still a key
     session->start("", true);
     EXPECT_EQ(timesLogged("Accessibility not granted"), 2);
+    EXPECT_EQ(session->failure().reason, Reason::notTrusted);
     KeychainStore::remove(SecretKey::geminiAPIKey);
     session->start("", true);
     EXPECT_TRUE(logged("no API key"));
+    EXPECT_EQ(session->failure().reason, Reason::noKey);
     EXPECT_EQ(session->state(), State::error);
     EXPECT_FALSE(session->running());
     EXPECT_EQ(session->sessionNumber(), 0);
@@ -201,6 +204,7 @@ TEST_F(Session, waitsNinetySecondsForTheLine) {
     EXPECT_TRUE(session->running());
     loop.advance(300ms);
     EXPECT_TRUE(logged("no call connected; stopping"));
+    EXPECT_EQ(session->failure().reason, Reason::neverConnected);
     EXPECT_EQ(session->state(), State::ended);
     EXPECT_EQ(archive.records.size(), 1u);
 }
@@ -222,12 +226,18 @@ TEST_F(Session, greetsAfterFifteenSecondsWithoutAnAnswer) {
 }
 
 TEST_F(Session, aFailedDialEndsWhenTheAgentIsDone) {
+    session->number.set("a b");
     line.dialSucceeds = false;
+    session->start("", true);
+    loop.advance(1s);
+    EXPECT_EQ(session->failure().reason, Reason::invalidNumber);
+    archive.records.clear();
     agents.startTime = 5s;
     session->number.set("1");
     session->start("", true);
     loop.advance(4900ms);
     EXPECT_TRUE(logged("dial failed (no line)") && session->running());
+    EXPECT_EQ(session->failure().reason, Reason::notDialed);
     loop.advance(200ms);
     EXPECT_EQ(session->state(), State::ended);
     ASSERT_EQ(archive.records.size(), 1u);
@@ -241,10 +251,14 @@ TEST_F(Session, anAgentThatFailsLeavesTheCallUp) {
     session->start("", true);
     loop.advance(500ms);
     EXPECT_TRUE(logged("agent error: no route to host"));
+    const NativeCallSession::Failure first{Reason::agent, "no route to host"};
+    EXPECT_EQ(session->failure(), first);
     EXPECT_EQ(session->state(), State::error);
     EXPECT_TRUE(session->running());
     loop.advance(600ms);
     EXPECT_EQ(session->state(), State::warming);
+    loop.advance(100s);
+    EXPECT_EQ(session->failure(), first);
 }
 
 TEST_F(Session, stopEndsAtOnceAndOnlyOnce) {

@@ -1,5 +1,4 @@
 #include "VeltoApp/views/models/HistoryModel.h"
-#include "VeltoApp/views/models/SessionTrouble.h"
 #include "VeltoApp/views/models/TimeTexts.h"
 #include "VeltoApp/views/models/TranscriptModel.h"
 #include "tests/views/WindowBench.h"
@@ -125,20 +124,6 @@ TEST(TimeTextsTest, SayHowLongAgoInWordsThatStayTrueForTheirLifetime) {
     EXPECT_EQ(agoLifetime(24h), 0ms);
     EXPECT_EQ(runningTimeText(7s), QStringLiteral("0:07"));
     EXPECT_EQ(runningTimeText(3725s), QStringLiteral("1:02:05"));
-}
-
-TEST(SessionTroubleTest, TellsTheFirstFailureOfTheLatestSession) {
-    std::vector<std::string> log{"session 1 starting", "agent error: no route", "dial failed (no line)",
-                                 "stopping"};
-    EXPECT_EQ(sessionTrouble(log), "The voice agent could not start: no route");
-    log.emplace_back("no API key");
-    EXPECT_EQ(sessionTrouble(log), "The call was not started: no API key is stored.");
-    log.emplace_back("Accessibility not granted");
-    EXPECT_NE(sessionTrouble(log).find("not allowed"), std::string::npos);
-    log.insert(log.end(), {"session 2 starting", "caller: dial failed (no line)", "call ended"});
-    EXPECT_EQ(sessionTrouble(log), "");
-    log.insert(log.end(), {"session 3 starting", "dial: invalid number 'a b'", "dial failed (no line)"});
-    EXPECT_NE(sessionTrouble(log).find("cannot be dialed"), std::string::npos);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "VeltoApp/views/models/SessionModel.h"
 
-#include "VeltoApp/views/models/SessionTrouble.h"
 #include "VeltoApp/views/models/TimeTexts.h"
 
 namespace velto {
@@ -16,11 +15,13 @@ SessionModel::SessionModel(std::shared_ptr<NativeCallSession> session, QObject* 
                }),
       number_(session_->number, [this] { numberChanged(); }),
       audioStats_(session_->audioStats, [this] { audioStatsChanged(); }),
+      failure_(session_->failure, [this] { troubleChanged(); }),
       // The session tells before it changes, and of every line and figure.
-      look_([this] { update(); }), anyChange_(session_->observe([this] { look_.ask(); })) {
+      look_([this] { transcript_.setLines(session_->liveTranscript()); }),
+      anyChange_(session_->observe([this] { look_.ask(); })) {
     if (running_())
         timeRunning();
-    update();
+    transcript_.setLines(session_->liveTranscript());
 }
 
 void SessionModel::setNumber(const QString& number) {
@@ -40,14 +41,6 @@ void SessionModel::redial(const QString& number, const QString& goal) {
 
 void SessionModel::stop() {
     session_->stop();
-}
-
-void SessionModel::update() {
-    transcript_.setLines(session_->liveTranscript());
-    if (auto trouble = shown(sessionTrouble(session_->log())); trouble != trouble_) {
-        trouble_ = std::move(trouble);
-        Q_EMIT troubleChanged();
-    }
 }
 
 void SessionModel::timeRunning() {

@@ -4,6 +4,7 @@
 #include "VeltoApp/session/NativeCallSession.h"
 #include "VeltoApp/views/models/Mirror.h"
 #include "VeltoApp/views/models/OnceATurn.h"
+#include "VeltoApp/views/models/SessionTrouble.h"
 #include "VeltoApp/views/models/TranscriptModel.h"
 
 #include <QObject>
@@ -40,7 +41,7 @@ class SessionModel : public QObject {
     void setNumber(const QString& number);
     QString audioStats() const { return shown(audioStats_()); }
     QString runningTime() const;
-    const QString& trouble() const { return trouble_; }
+    QString trouble() const { return shown(sessionTrouble(failure_())); }
     TranscriptModel* transcript() { return &transcript_; }
 
     /// With `dial` it dials the number, without it waits for a call that the user places.
@@ -59,8 +60,6 @@ class SessionModel : public QObject {
     void troubleChanged();
 
   private:
-    /// What has no signal of its own: in one step for all that happened in a turn of the event loop.
-    void update();
     void timeRunning();
 
     std::shared_ptr<NativeCallSession> session_;
@@ -68,12 +67,12 @@ class SessionModel : public QObject {
     Mirror<bool> running_;
     Mirror<std::string> number_;
     Mirror<std::string> audioStats_;
+    Mirror<NativeCallSession::Failure> failure_;
     TranscriptModel transcript_;
-    QString trouble_;
     std::optional<Clock::SteadyTime> startedAt_;
     Clock::SteadyTime seenAt_{};
     std::unique_ptr<Timer> second_;
-    OnceATurn look_;
+    OnceATurn look_; ///< at the transcript, once for all that happened in a turn of the event loop
     Subscription anyChange_;
 };
 

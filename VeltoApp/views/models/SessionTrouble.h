@@ -1,13 +1,13 @@
 // What went wrong with a call, for those who do not read logs.
 #pragma once
 
+#include "VeltoApp/session/NativeCallSession.h"
+
 #include <string>
-#include <vector>
 
 namespace velto {
 
-/// A sentence for the first failure of the latest session in `log`, or for why it was not started; empty when
-/// all went well.
-std::string sessionTrouble(const std::vector<std::string>& log);
+/// A sentence; empty when nothing went wrong.
+std::string sessionTrouble(const NativeCallSession::Failure& failure);
 
 } // namespace velto
