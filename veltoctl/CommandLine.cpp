@@ -32,7 +32,8 @@ class Description {
         add(app, "hangup", "Stop the session");
         addFollow(add(app, "transcript", "Print the transcript of the current or last session"));
         auto& history = add(app, "history", "List finished calls, newest first");
-        history.add_option("--last", arguments.last, "List so many calls only")->check(CLI::PositiveNumber);
+        history.add_option("--last", arguments.last, "List so many calls only")
+            ->check(CLI::Range(1, 1'000'000));
         auto& show = add(history, "show", "Show one call with everything that is known of it");
         show.add_option("ID", arguments.id, "The call's ID, or enough of its beginning")->required();
         add(app, "providers", "List the voice providers, their keys and voices");
@@ -82,9 +83,12 @@ class Description {
 std::string trouble(CLI::App& app, const CLI::ParseError& error) {
     const auto unknown = app.remaining(true);
     const auto commands = app.get_subcommands();
-    if (!commands.empty() && commands.front()->get_name() == "key" && error.get_name() == "ExtrasError")
-        return "a key is never an argument: it would stand in the shell's history and in the list of "
-               "processes; \"veltoctl key set\" reads it from standard input";
+    const bool hasTooMuch = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) ||
+                            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ValidationError);
+    if (hasTooMuch && app.got_subcommand("key"))
+        return "say gemini or openai and nothing else: a key is never an argument, where it would stand in "
+               "the "
+               "shell's history and the list of processes; \"veltoctl key set\" reads it from standard input";
     // The parser looks for a missing command first, and would not name the one it does not know.
     if (commands.empty() && !unknown.empty() && !unknown.front().starts_with('-'))
         return "no command \"" + unknown.front() + "\"; see veltoctl --help";
