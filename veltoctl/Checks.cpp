@@ -143,7 +143,8 @@ Finding acceptance() {
 Finding acceptanceOnline() {
     if (platform().secretStore->state().ends_with("locked"))
         return {Is::unknown, "the keyring is locked", "unlock it"};
-    const auto threads = new BackgroundThreads; // a request may be under way when the process ends
+    static const auto* const threads =
+        new BackgroundThreads; // a request may be under way when the process ends
     static_cast<void>(threads);
     std::string accepted;
     std::string refused;

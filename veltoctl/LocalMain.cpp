@@ -18,10 +18,11 @@ int main(int argc, char** argv) {
         }
         const bool isKey = arguments.command != "doctor";
         // Never destroyed: a check that hangs may still be in it when this program ends.
-        new velto::LinuxPlatform(*argv, velto::AppPaths::bundleID, [isKey](const std::string& line) {
-            if (isKey && (line.starts_with("keyring") || line.starts_with("key file")))
-                Output::message(line);
-        });
+        static const auto* const platform =
+            new velto::LinuxPlatform(*argv, velto::AppPaths::bundleID, [isKey](const std::string& line) {
+                if (isKey && (line.starts_with("keyring") || line.starts_with("key file")))
+                    Output::message(line);
+            });
         return isKey
                    ? Keys::run(arguments, output, [](pid_t process) { velto::askToReload(process, "velto"); })
                    : doctor(arguments, output);
