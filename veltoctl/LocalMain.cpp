@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
         }
         const bool isKey = arguments.command != "doctor";
         // Never destroyed: a check that hangs may still be in it when this program ends.
-        static const auto* const platform =
+        [[maybe_unused]] static const auto* const platform =
             new velto::LinuxPlatform(*argv, velto::AppPaths::bundleID, [isKey](const std::string& line) {
                 if (isKey && (line.starts_with("keyring") || line.starts_with("key file")))
                     Output::message(line);
