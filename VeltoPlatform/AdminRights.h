@@ -44,6 +44,8 @@ class AdminRights {
     /// `pipe` is set on success only, and may stay empty when the platform has none. The command sees none
     /// of this process's environment. An earlier pipe must be closed.
     virtual std::int32_t execute(const std::string& commandLine, std::unique_ptr<AdminPipe>& pipe) = 0;
+    /// Why the user could not even be asked, for people; empty: nothing is known to be wrong. Asks nobody.
+    virtual std::string trouble() = 0;
     /// Gives the grant back.
     virtual void freeAuthorization() = 0;
 };

@@ -18,6 +18,8 @@ class Preferences {
     virtual std::optional<PreferenceValue> object(const std::string& key) = 0;
     virtual void set(const std::string& key, PreferenceValue value) = 0;
     virtual void remove(const std::string& key) = 0;
+    /// Why what is stored cannot be read or changed, for people; empty: it can. Changes nothing.
+    virtual std::string trouble() = 0;
 
     /// Typed readings, alike on every platform. Boolean: a Boolean, or a number other than 0; else false.
     bool boolean(const std::string& key);

@@ -34,6 +34,9 @@ class SecretStore {
     virtual SecretStatus add(const SecretItem& item) = 0;
     /// `data` is set on success only.
     virtual SecretStatus find(const std::string& service, const std::string& account, std::string& data) = 0;
+    /// Whether there is such an item, without reading it. Never prompts; `locked` when a locked store shows
+    /// none.
+    virtual SecretStatus holds(const std::string& service, const std::string& account) = 0;
     virtual SecretStatus remove(const std::string& service, const std::string& account) = 0;
     /// Where keys are kept, for people to read; "none" where there is no store. Never prompts.
     virtual std::string state() = 0;

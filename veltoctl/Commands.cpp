@@ -4,6 +4,8 @@
 #include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/core/Utf8.h"
 #include "veltoctl/Follower.h"
+#include "veltoctl/History.h"
+#include "veltoctl/Interrupt.h"
 #include "veltoctl/Reply.h"
 #include "veltoctl/Report.h"
 
@@ -52,9 +54,12 @@ void print(const Arguments& arguments, const json::object& reply, Output& output
         output.line(json::serialize(reply));
         return;
     }
+    const bool starts = arguments.command == "call" || arguments.command == "watch";
+    if (output.quiet && (starts || arguments.command == "hangup"))
+        return;
     const auto lines = report(arguments, reply);
     if (lines.empty())
-        Output::message(arguments.command == "history" ? "no calls yet" : "nothing yet");
+        output.remark(arguments.command == "history" ? "no calls yet" : "nothing yet");
     for (const auto& line : lines)
         output.line(line);
 }
@@ -69,35 +74,55 @@ bool failedAtOnce(const json::object& reply) {
 
 } // namespace
 
+bool isLocal(const Arguments& arguments) {
+    return arguments.command == "doctor" || arguments.command.starts_with("key ");
+}
+
 int run(const Arguments& arguments, Output& output) {
     if (!isText(arguments.number) || !isText(arguments.goal)) {
         Output::message("the number and the goal must be UTF-8 text");
         return kFailed;
     }
-    const auto reply = ControlClient::request(requestOf(arguments));
+    if (arguments.command == "history show")
+        return History::show(arguments, output);
+    const bool lists = arguments.command == "history";
+    const bool waits = arguments.command == "wait";
+    const auto reply =
+        lists ? History::calls(arguments.last)
+              : ControlClient::request(waits ? json::object{{"cmd", "ping"}} : requestOf(arguments));
     if (!reply) {
-        Output::message("Velto is not running, or does not answer");
+        if (!lists)
+            Output::message("Velto is not running, or does not answer");
         return kFailed;
     }
-    const bool starts = arguments.command == "call" || arguments.command == "watch";
-    const bool refused = !Reply::flag(*reply, "ok");
-    const bool failed = !refused && starts && failedAtOnce(*reply);
-    const bool replyIsShownByFollower = arguments.command == "transcript" && arguments.follow;
-    if (arguments.json ? !replyIsShownByFollower || refused
-                       : !refused && !failed && !(starts && arguments.follow) && !replyIsShownByFollower)
-        print(arguments, *reply, output);
-    if (refused) {
+    if (!Reply::flag(*reply, "ok")) {
+        if (arguments.json)
+            output.line(json::serialize(*reply));
         const auto error = printable(Reply::text(*reply, "error"));
         Output::message("Velto says no: " + (error.empty() ? "no reason given" : error));
         return kRefused;
     }
-    if (failed) {
+    const bool starts = arguments.command == "call" || arguments.command == "watch";
+    if (starts && failedAtOnce(*reply)) {
+        if (arguments.json)
+            output.line(json::serialize(*reply));
         Output::message("the session could not start: see \"veltoctl readiness\"");
         return kRefused;
     }
-    if (!arguments.follow)
+    if (!arguments.follow && !waits) {
+        print(arguments, *reply, output);
         return kDone;
-    return Follower(output, arguments.json).run();
+    }
+    if (starts)
+        onInterrupt([hangsUp = arguments.hangUpOnInterrupt] {
+            if (hangsUp)
+                ControlClient::request({{"cmd", "hangup"}});
+            Output::message(hangsUp ? "the session is stopped; the phone call itself is not hung up"
+                                    : "the call goes on; \"veltoctl hangup\" stops the session");
+        });
+    const int exit =
+        Follower(output, arguments, waits ? Follower::Show::nothing : Follower::Show::everything).run();
+    return arguments.command == "transcript" && exit == kNothing ? kDone : exit;
 }
 
 } // namespace velto::ctl

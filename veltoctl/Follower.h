@@ -1,9 +1,8 @@
 // Follows the running session until it ends.
 #pragma once
 
+#include "veltoctl/Commands.h"
 #include "veltoctl/TranscriptPrinter.h"
-
-#include <boost/json/object.hpp>
 
 #include <cstdint>
 #include <optional>
@@ -11,30 +10,32 @@
 
 namespace velto::ctl {
 
-class Output;
-
-/// Looks every 0.3 s, one connection a request. Changes of state are messages, the transcript is the result:
-/// as lines that are only appended, or as JSON one reply object a line whenever the transcript has changed.
+/// Looks every 0.3 s, one connection a request. For people, changes of state are messages and the transcript
+/// is the result, in lines that are only appended. With `json` everything is a result, one object a line:
+/// {"state":…,"session":…,"number":…} for each state, {"line":…} once for each line that is final, and
+/// {"outcome":…} at the end.
 class Follower {
   public:
-    Follower(Output& output, bool json);
+    enum class Show { everything, nothing };
+    Follower(Output& output, const Arguments& arguments, Show show);
 
-    /// Blocks until the session is over, the application is gone or standard output takes no more; answers
-    /// the program's exit. Without a session under way it prints the transcript that there is.
+    /// Blocks until the session is over, the application is gone or nobody reads standard output any more;
+    /// answers the program's exit. Without a session under way it shows the last one.
     int run();
 
   private:
     /// None when the session is still under way.
     std::optional<int> look();
+    void tellState(const boost::json::object& status);
     bool printTranscript(bool final);
+    int end(const char* outcome, int exit);
 
     Output& output_;
-    bool json_;
-    bool writable_ = true;
+    const Arguments& arguments_;
+    Show show_;
     TranscriptPrinter printer_;
     std::string state_;
     std::optional<std::int64_t> session_;
-    std::optional<std::string> printedJSON_;
 };
 
 } // namespace velto::ctl

@@ -4,9 +4,11 @@
 #include "VeltoPlatform/FileDescriptor.h"
 #include "VeltoShared/core/Utf8.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 namespace velto::ctl {
@@ -45,6 +47,24 @@ bool Output::line(std::string_view text) {
 
 void Output::message(std::string_view text) {
     writeAll(STDERR_FILENO, "veltoctl: " + std::string(text) + '\n');
+}
+
+void Output::remark(std::string_view text) const {
+    if (!quiet)
+        message(text);
+}
+
+bool Output::isRead() const {
+    pollfd out{STDOUT_FILENO, 0, 0};
+    return error_ == 0 && (::poll(&out, 1, 0) <= 0 || (out.revents & (POLLERR | POLLHUP)) == 0);
+}
+
+bool Output::isColoured() {
+    const auto variable = [](const char* name) -> std::string_view {
+        const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing sets it
+        return value ? value : "";
+    };
+    return ::isatty(STDOUT_FILENO) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
 }
 
 int Output::exitStatus(int planned) const {

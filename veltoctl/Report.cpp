@@ -5,7 +5,9 @@
 #include "veltoctl/Reply.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <ctime>
 #include <string_view>
 #include <utility>
 
@@ -18,6 +20,7 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 
 constexpr std::size_t kWidth = 80;
 constexpr std::size_t kGap = 2;
+constexpr std::size_t kShortID = 8;
 
 std::string padded(std::string text, std::size_t width) {
     text.resize(std::max(text.size(), width), ' ');
@@ -46,13 +49,17 @@ std::string minutes(double seconds) {
     return std::to_string(whole / 60) + ':' + (rest.size() < 2 ? "0" : "") + rest;
 }
 
-/// 2026-11-16T20:23:20Z as 2026-11-16 20:23:20 UTC.
-std::string when(std::string started) {
-    if (started.size() == 20 && started[10] == 'T' && started.back() == 'Z') {
-        started[10] = ' ';
-        started.replace(19, 1, " UTC");
-    }
-    return started;
+/// 2026-11-16T20:23:20Z as local time.
+std::string when(const std::string& started) {
+    std::tm time{};
+    const char* const end = ::strptime(started.c_str(), "%Y-%m-%dT%H:%M:%SZ", &time);
+    if (!end || *end != '\0')
+        return started;
+    const auto seconds = ::timegm(&time);
+    std::array<char, 64> text{};
+    if (!::localtime_r(&seconds, &time))
+        return started;
+    return {text.data(), std::strftime(text.data(), text.size(), "%F %T %Z", &time)};
 }
 
 Lines split(std::string_view text) {
@@ -80,6 +87,7 @@ void appendWrapped(Lines& lines, const Lines& words, std::size_t indent) {
 }
 
 struct Call {
+    std::string id;
     std::string started;
     std::string duration;
     std::string number;
@@ -97,7 +105,8 @@ std::vector<Call> calls(const json::object& reply) {
         if (!object)
             continue;
         auto number = printable(Reply::text(*object, "number"));
-        found.push_back({printable(when(Reply::text(*object, "started"))),
+        found.push_back({printable(Reply::text(*object, "id")).substr(0, kShortID),
+                         printable(when(Reply::text(*object, "started"))),
                          minutes(Reply::number(*object, "duration")),
                          number.empty() ? "(no number)" : std::move(number),
                          split(printable(Reply::text(*object, "transcript")))});
@@ -136,11 +145,23 @@ Lines history(const json::object& reply) {
     for (const auto& call : found) {
         if (!lines.empty())
             lines.emplace_back();
-        lines.push_back(call.started + std::string(kGap + widest - call.duration.size(), ' ') +
-                        call.duration + std::string(kGap, ' ') + call.number);
+        lines.push_back(padded(call.id, call.id.empty() ? 0 : call.id.size() + kGap) + call.started +
+                        std::string(kGap + widest - call.duration.size(), ' ') + call.duration +
+                        std::string(kGap, ' ') + call.number);
         for (const auto& line : call.transcript)
             lines.push_back("    " + line);
     }
+    return lines;
+}
+
+Lines call(const json::object& call) {
+    auto lines = columns({{"ID", Reply::text(call, "id")},
+                          {"Number", Reply::text(call, "number")},
+                          {"Started", when(Reply::text(call, "started"))},
+                          {"Duration", minutes(Reply::number(call, "duration"))},
+                          {"Recording", Reply::text(call, "recordingPath")}});
+    lines.emplace_back();
+    std::ranges::move(split(printable(Reply::text(call, "transcript"))), std::back_inserter(lines));
     return lines;
 }
 

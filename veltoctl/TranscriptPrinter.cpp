@@ -33,6 +33,10 @@ void TranscriptPrinter::look(const std::vector<std::string>& lines) {
             show(lines[i]);
 }
 
+void TranscriptPrinter::lookAtFinal(const std::vector<std::string>& lines) {
+    finishUpTo(lines, beginOfLastTurn(lines));
+}
+
 void TranscriptPrinter::finish(const std::vector<std::string>& lines) {
     finishUpTo(lines, lines.size());
 }

@@ -21,6 +21,8 @@ class TranscriptPrinter {
     explicit TranscriptPrinter(std::function<void(const std::string&)> print) : print_(std::move(print)) {}
 
     void look(const std::vector<std::string>& lines);
+    /// Prints what is final and nothing else.
+    void lookAtFinal(const std::vector<std::string>& lines);
     /// The last look: everything is final.
     void finish(const std::vector<std::string>& lines);
 

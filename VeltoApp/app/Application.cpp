@@ -5,6 +5,7 @@
 #include "VeltoApp/control/ControlServer.h"
 #include "VeltoApp/control/LiveTargets.h"
 #include "VeltoApp/drivers/DriverState.h"
+#include "VeltoPlatform/FileDescriptor.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/ProcessTaps.h"
 #include "VeltoShared/audio/AudioBridge.h"
@@ -16,11 +17,40 @@
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 
+#include <boost/asio/signal_set.hpp>
+
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <memory>
 #include <optional>
 
 namespace velto {
+
+namespace {
+
+bool hasTerminal() {
+    return FileDescriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)).get() >= 0;
+}
+
+/// SIGHUP asks for the keys to be read again. It comes, too, when the terminal goes in which this program was
+/// started; then it ends the program as ever.
+asio::awaitable<void> readKeysOnHangup(std::unique_ptr<asio::signal_set> hangups, bool inTerminal) {
+    for (;;) {
+        co_await hangups->async_wait(asio::use_awaitable);
+        if (inTerminal && !hasTerminal()) {
+            hangups->clear();
+            ::raise(SIGHUP);
+        }
+        MainThread::post([] {
+            Helper::log("keys: read again, as SIGHUP asks");
+            AgentState::shared()->refreshKey();
+        });
+    }
+}
+
+} // namespace
 
 void applicationDidFinishLaunching() {
     Helper::log("app launched pid=" + std::to_string(::getpid()) +
@@ -34,6 +64,9 @@ void applicationDidFinishLaunching() {
                 " — routing applied per call");
     Helper::log("driver source: " + DriverState::sourceDir().value_or("none").string());
     ReadinessState::shared()->refresh();
+    // Before the control socket is there, by which others find this process.
+    Background::spawn(
+        readKeysOnHangup(std::make_unique<asio::signal_set>(Background::executor(), SIGHUP), hasTerminal()));
     startControlServer();
 }
 

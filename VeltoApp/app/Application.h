@@ -7,7 +7,8 @@ namespace velto {
 
 /// Launch sequence. Main thread, with platform and executors installed: logs the process and the
 /// accessibility trust, puts back default devices that a killed run left switched, says whether the virtual
-/// devices exist and where their drivers can be installed from, starts the control server.
+/// devices exist and where their drivers can be installed from, starts the control server. From then on
+/// SIGHUP makes it read the stored keys again.
 void applicationDidFinishLaunching();
 
 /// Runs the application without windows on the calling thread, which becomes the main thread, until the

@@ -157,6 +157,21 @@ SecretStatus FileSecretStore::find(const std::string& service, const std::string
     return answer(SecretStatus::success, {});
 }
 
+/// Without a look at modes, which would set them right.
+SecretStatus FileSecretStore::holds(const std::string& service, const std::string& account) {
+    json::object values;
+    const auto content = file_.read(values);
+    if (content == JsonFile::Content::absent)
+        return SecretStatus::notFound;
+    if (content != JsonFile::Content::sound)
+        return SecretStatus::failed;
+    const auto* const entries = values.if_contains(kEntries);
+    const auto* const array = entries ? entries->if_array() : nullptr;
+    return array && std::any_of(array->begin(), array->end(), same(service, account))
+               ? SecretStatus::success
+               : SecretStatus::notFound;
+}
+
 SecretStatus FileSecretStore::remove(const std::string& service, const std::string& account) {
     const auto found = guard();
     if (found != Guard::safe)

@@ -24,6 +24,7 @@ class FileSecretStore : public SecretStore {
     /// `failed` also for a service or account that is not UTF-8.
     SecretStatus add(const SecretItem& item) override;
     SecretStatus find(const std::string& service, const std::string& account, std::string& data) override;
+    SecretStatus holds(const std::string& service, const std::string& account) override;
     /// Makes nothing where there is no file.
     SecretStatus remove(const std::string& service, const std::string& account) override;
     std::string state() override { return "file " + file_.path().string() + ", not encrypted"; }

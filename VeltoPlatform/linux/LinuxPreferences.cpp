@@ -1,5 +1,10 @@
 #include "VeltoPlatform/linux/LinuxPreferences.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
 namespace velto {
 namespace {
 
@@ -45,6 +50,22 @@ void LinuxPreferences::set(const std::string& key, PreferenceValue value) {
 }
 void LinuxPreferences::remove(const std::string& key) {
     change(key, std::nullopt);
+}
+
+std::string LinuxPreferences::trouble() {
+    json::object values;
+    const auto file = file_.path().string();
+    const auto content = file_.read(values);
+    if (content == JsonFile::Content::unreadable)
+        return "cannot read " + file + ": " + std::generic_category().message(errno);
+    if (content == JsonFile::Content::broken)
+        return file + " is no JSON object";
+    auto folder = file_.path().parent_path();
+    while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path())
+        folder = folder.parent_path();
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        return "cannot write in " + folder.string() + ": " + std::generic_category().message(errno);
+    return {};
 }
 
 void LinuxPreferences::change(const std::string& key, std::optional<PreferenceValue> value) {

@@ -22,6 +22,7 @@ class LinuxPreferences : public Preferences {
     std::optional<PreferenceValue> object(const std::string& key) override;
     void set(const std::string& key, PreferenceValue value) override;
     void remove(const std::string& key) override;
+    std::string trouble() override;
 
   private:
     void change(const std::string& key, std::optional<PreferenceValue> value);

@@ -10,8 +10,16 @@ SecretStatus LinuxSecretStore::add(const SecretItem& item) {
 SecretStatus LinuxSecretStore::find(const std::string& service, const std::string& account,
                                     std::string& data) {
     const auto status = keyring_.find(service, account, data);
-    const bool keyringHasNone = status == SecretStatus::notFound || status == SecretStatus::unavailable;
-    return keyringHasNone && fileIsAllowed() ? file_.find(service, account, data) : status;
+    return fileCounts(status) ? file_.find(service, account, data) : status;
+}
+
+SecretStatus LinuxSecretStore::holds(const std::string& service, const std::string& account) {
+    const auto status = keyring_.holds(service, account);
+    return fileCounts(status) ? file_.holds(service, account) : status;
+}
+
+bool LinuxSecretStore::fileCounts(SecretStatus inKeyring) {
+    return (inKeyring == SecretStatus::notFound || inKeyring == SecretStatus::unavailable) && fileIsAllowed();
 }
 
 SecretStatus LinuxSecretStore::remove(const std::string& service, const std::string& account) {

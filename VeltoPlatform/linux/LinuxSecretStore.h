@@ -25,10 +25,13 @@ class LinuxSecretStore : public SecretStore {
     bool canDescribeAccess() override { return keyring_.canDescribeAccess(); }
     SecretStatus add(const SecretItem& item) override;
     SecretStatus find(const std::string& service, const std::string& account, std::string& data) override;
+    SecretStatus holds(const std::string& service, const std::string& account) override;
     SecretStatus remove(const std::string& service, const std::string& account) override;
     std::string state() override;
 
   private:
+    /// Whether the file is looked at when the keyring has answered so.
+    bool fileCounts(SecretStatus inKeyring);
     bool fileIsAllowed() { return preferences_.boolean(kFilePreference); }
 
     Preferences& preferences_;

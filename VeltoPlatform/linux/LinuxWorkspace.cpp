@@ -45,6 +45,10 @@ bool LinuxWorkspace::openURL(const std::string& url) {
     return velto::openURL(url);
 }
 
+std::optional<std::string> LinuxWorkspace::handlerOf(const std::string& scheme) {
+    return velto::handlerOf(scheme);
+}
+
 bool LinuxWorkspace::revealFile(const std::filesystem::path& path) {
     return velto::revealFile(path);
 }

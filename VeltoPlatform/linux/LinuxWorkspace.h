@@ -27,6 +27,7 @@ class LinuxWorkspace : public Workspace {
 
     std::vector<RunningApplication> runningApplications() override;
     bool openURL(const std::string& url) override;
+    std::optional<std::string> handlerOf(const std::string& scheme) override;
     bool revealFile(const std::filesystem::path& path) override;
     std::optional<Command> accessibilitySettings() override;
 

@@ -110,4 +110,13 @@ bool openURL(const std::string& url, std::chrono::milliseconds limit) {
     return opening->done.value_or(opening->launched);
 }
 
+std::optional<std::string> handlerOf(const std::string& scheme) {
+    const Ref<GAppInfo> found(g_app_info_get_default_for_uri_scheme(scheme.c_str()));
+    const char* const program = found ? g_app_info_get_executable(found.get()) : nullptr;
+    if (!program)
+        return std::nullopt;
+    const std::unique_ptr<char, decltype(&g_free)> path(g_find_program_in_path(program), g_free);
+    return std::string(path ? path.get() : program);
+}
+
 } // namespace velto

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace velto {
@@ -16,5 +17,8 @@ inline constexpr std::chrono::milliseconds kToOpenURL{400};
 /// program that only hands the URL to one that is running is waited for, up to 150 ms of the limit, so that
 /// the latter shows this URL when the answer comes. Any thread.
 bool openURL(const std::string& url, std::chrono::milliseconds limit = kToOpenURL);
+
+/// As `Workspace::handlerOf`.
+std::optional<std::string> handlerOf(const std::string& scheme);
 
 } // namespace velto

@@ -23,6 +23,7 @@ class PolkitAdmin : public AdminRights {
     std::int32_t createAuthorization() override;
     std::int32_t preauthorize() override;
     std::int32_t execute(const std::string& commandLine, std::unique_ptr<AdminPipe>& pipe) override;
+    std::string trouble() override { return findAdminHelper(places_).trouble; }
     void freeAuthorization() override;
 
   private:

@@ -45,6 +45,21 @@ SecretStatus SecretServiceStore::find(const std::string& service, const std::str
     });
 }
 
+SecretStatus SecretServiceStore::holds(const std::string& service, const std::string& account) {
+    return converse([&](SecretConversation& talk) {
+        SecretConversation::Paths found;
+        bool locked = false;
+        auto status = talk.findCollection();
+        if (status == SecretStatus::success)
+            status = talk.readLocked(locked);
+        if (status == SecretStatus::success)
+            status = talk.search(service, account, found);
+        if (status == SecretStatus::success && found.empty())
+            status = locked ? SecretStatus::locked : SecretStatus::notFound;
+        return status;
+    });
+}
+
 SecretStatus SecretServiceStore::remove(const std::string& service, const std::string& account) {
     return converse([&](SecretConversation& talk) {
         SecretConversation::Paths found;

@@ -28,6 +28,7 @@ class SecretServiceStore : public SecretStore {
     bool canDescribeAccess() override { return true; }
     SecretStatus add(const SecretItem& item) override;
     SecretStatus find(const std::string& service, const std::string& account, std::string& data) override;
+    SecretStatus holds(const std::string& service, const std::string& account) override;
     SecretStatus remove(const std::string& service, const std::string& account) override;
     std::string state() override;
 

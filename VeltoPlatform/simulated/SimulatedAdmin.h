@@ -17,6 +17,7 @@ class SimulatedAdmin : public AdminRights {
     std::int32_t createAuthorization() override;
     std::int32_t preauthorize() override;
     std::int32_t execute(const std::string& commandLine, std::unique_ptr<AdminPipe>& pipe) override;
+    std::string trouble() override { return {}; }
     void freeAuthorization() override { created_ = false; }
 
     /// Answers of the next calls, in this order; success once they are used up.

@@ -302,6 +302,11 @@ bool SimulatedDesktop::openURL(const std::string& url) {
     return handler && handler(url);
 }
 
+std::optional<std::string> SimulatedDesktop::handlerOf(const std::string&) {
+    const std::scoped_lock lock(shared_->mutex);
+    return urlHandler_ ? std::optional<std::string>("/simulated/phone") : std::nullopt;
+}
+
 bool SimulatedDesktop::revealFile(const std::filesystem::path& path) {
     const std::scoped_lock lock(shared_->mutex);
     revealedFiles_.push_back(path);

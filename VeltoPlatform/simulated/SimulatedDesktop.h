@@ -114,6 +114,7 @@ class SimulatedDesktop : public Accessibility, public Workspace {
 
     std::vector<RunningApplication> runningApplications() override;
     bool openURL(const std::string& url) override;
+    std::optional<std::string> handlerOf(const std::string& scheme) override;
     /// Recorded; true.
     bool revealFile(const std::filesystem::path& path) override;
     std::optional<Command> accessibilitySettings() override { return settingsPage; }

@@ -59,6 +59,11 @@ SecretStatus SimulatedSecretStore::find(const std::string& service, const std::s
     return SecretStatus::success;
 }
 
+SecretStatus SimulatedSecretStore::holds(const std::string& service, const std::string& account) {
+    std::string ignored;
+    return find(service, account, ignored);
+}
+
 SecretStatus SimulatedSecretStore::remove(const std::string& service, const std::string& account) {
     if (fault)
         return *fault;

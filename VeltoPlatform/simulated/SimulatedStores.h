@@ -35,6 +35,7 @@ class SimulatedPreferences : public Preferences {
     void set(const std::string& key, PreferenceValue value) override;
     void remove(const std::string& key) override;
 
+    std::string trouble() override { return {}; }
     std::size_t writes() const;
 
   private:
@@ -49,6 +50,7 @@ class SimulatedSecretStore : public SecretStore {
     bool canDescribeAccess() override { return describesAccess; }
     SecretStatus add(const SecretItem& item) override;
     SecretStatus find(const std::string& service, const std::string& account, std::string& data) override;
+    SecretStatus holds(const std::string& service, const std::string& account) override;
     SecretStatus remove(const std::string& service, const std::string& account) override;
     std::string state() override { return fault == SecretStatus::unavailable ? "none" : "simulated keyring"; }
 

@@ -36,6 +36,14 @@ class Connection {
         return fd_ >= 0 && ::connect(fd_, address.get(), ControlAddress::kLength) == 0;
     }
 
+    std::optional<pid_t> listener() const {
+        ucred peer{};
+        socklen_t size = sizeof peer;
+        if (::getsockopt(fd_, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.uid != ::geteuid())
+            return std::nullopt;
+        return peer.pid;
+    }
+
     /// The server may answer before it has read everything, so a failure here is none yet.
     void send(std::string_view bytes) const {
         while (!bytes.empty()) {
@@ -83,6 +91,13 @@ std::optional<json::object> request(const json::object& request) {
 
 bool somebodyListens() {
     return Connection().open(ControlAddress(AppPaths::controlSocketToReach()));
+}
+
+std::optional<pid_t> applicationProcess() {
+    const Connection connection;
+    if (!connection.open(ControlAddress(AppPaths::controlSocketToReach())))
+        return std::nullopt;
+    return connection.listener();
 }
 
 bool appIsRunning() {

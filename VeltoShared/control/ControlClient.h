@@ -3,6 +3,8 @@
 
 #include <boost/json/object.hpp>
 
+#include <sys/types.h>
+
 #include <optional>
 
 /// One connection a request. Any thread; blocks, without a time-out, until the application has answered or
@@ -15,6 +17,9 @@ std::optional<boost::json::object> request(const boost::json::object& request);
 
 /// Whether an application holds the socket, be it too busy to answer. Does not wait.
 bool somebodyListens();
+
+/// The process that holds the socket, when it is this user's.
+std::optional<pid_t> applicationProcess();
 
 /// Whether the application answers "ping" with "ok": true.
 bool appIsRunning();

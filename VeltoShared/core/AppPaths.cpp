@@ -9,6 +9,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kControlSocket = "control.sock";
+constexpr const char* kHistory = "history.json";
 
 fs::path created(const fs::path& folder) {
     std::error_code ignored;
@@ -29,11 +30,17 @@ fs::path resources() {
 fs::path drivers() {
     return resources() / "Drivers";
 }
+fs::path supportToReach() {
+    return platform().folders->applicationSupport() / bundleID;
+}
+fs::path logsToReach() {
+    return platform().folders->logs() / "Velto";
+}
 fs::path support() {
-    return created(platform().folders->applicationSupport() / bundleID);
+    return created(supportToReach());
 }
 fs::path logs() {
-    return created(platform().folders->logs() / "Velto");
+    return created(logsToReach());
 }
 fs::path logFile() {
     return logs() / "velto.log";
@@ -42,13 +49,16 @@ fs::path recordings() {
     return created(support() / "Recordings");
 }
 fs::path historyFile() {
-    return support() / "history.json";
+    return support() / kHistory;
+}
+fs::path historyFileToReach() {
+    return supportToReach() / kHistory;
 }
 fs::path controlSocket() {
     return support() / kControlSocket;
 }
 fs::path controlSocketToReach() {
-    return platform().folders->applicationSupport() / bundleID / kControlSocket;
+    return supportToReach() / kControlSocket;
 }
 
 } // namespace velto::AppPaths

@@ -19,7 +19,10 @@ std::filesystem::path logFile();
 std::filesystem::path recordings();
 std::filesystem::path historyFile();
 std::filesystem::path controlSocket();
-/// The same path for a client: a look at whether anything listens there leaves no folder behind.
+/// The same paths for those who only look: no folder is left behind.
+std::filesystem::path supportToReach();
+std::filesystem::path logsToReach();
+std::filesystem::path historyFileToReach();
 std::filesystem::path controlSocketToReach();
 
 } // namespace velto::AppPaths

@@ -1,7 +1,6 @@
 #include "VeltoShared/core/KeychainStore.h"
 
 #include "VeltoPlatform/Platform.h"
-#include "VeltoPlatform/SecretStore.h"
 #include "VeltoShared/core/Utf8.h"
 
 namespace velto::KeychainStore {
@@ -23,6 +22,10 @@ std::optional<std::string> get(std::string_view account) {
     if (status != SecretStatus::success || !isValidUtf8(data))
         return std::nullopt;
     return data;
+}
+
+SecretStatus holds(std::string_view account) {
+    return platform().secretStore->holds(std::string(service), std::string(account));
 }
 
 bool remove(std::string_view account) {

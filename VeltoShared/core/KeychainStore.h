@@ -2,6 +2,8 @@
 // and answered as they are; callers trim them. No state in memory; any thread; nothing is logged.
 #pragma once
 
+#include "VeltoPlatform/SecretStore.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +17,8 @@ inline constexpr std::string_view service = "org.velto.Velto.api-keys";
 bool set(std::string_view value, std::string_view account);
 /// None without an item, on any failure, and for bytes that are not UTF-8.
 std::optional<std::string> get(std::string_view account);
+/// Whether there is an item, without reading it; nobody is asked anything.
+SecretStatus holds(std::string_view account);
 /// True exactly when an item was deleted.
 bool remove(std::string_view account);
 

@@ -1,9 +1,12 @@
 // The command line's program against a server: exits, what goes where, following.
+#include "VeltoPlatform/Spawn.h"
 #include "tests/control/ServerFixture.h"
 #include "veltoctl/TranscriptPrinter.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <cstdlib>
 
 namespace velto::test {
@@ -26,9 +29,11 @@ class VeltoctlTest : public ServerFixture {
         const auto out = computer.root() / "out";
         const auto err = computer.root() / "err";
         const auto quoted = [](const fs::path& path) { return "'" + path.string() + "'"; };
-        const auto command = "XDG_DATA_HOME=" + quoted(computer.root() / "Library" / "Application Support") +
-                             " " + quoted(program) + " " + arguments + " >" +
-                             (sink.empty() ? quoted(out) : sink) + " 2>" + quoted(err);
+        const auto command =
+            "TZ=HERE-2 DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere PULSE_SERVER=unix:/nowhere "
+            "XDG_CONFIG_HOME=/nowhere XDG_DATA_HOME=" +
+            quoted(computer.root() / "Library" / "Application Support") + " " + quoted(program) + " " +
+            arguments + " >" + (sink.empty() ? quoted(out) : sink) + " 2>" + quoted(err);
         fs::remove(out);
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
@@ -45,13 +50,20 @@ TEST_F(VeltoctlTest, printsResultsAndExitsWithTheAnswer) {
                                .transcript = "Caller: hi\nAgent: hello"},
                               {.started = {816'553'400}, .duration = 3725}});
     });
+    const auto id = [this](std::size_t call) {
+        std::string text;
+        onMain([&] { text = history->records()[call].id.text().substr(0, 8); });
+        return text;
+    };
     EXPECT_EQ(veltoctl("ping").out, "Velto is running.\n");
     EXPECT_EQ(veltoctl("status").out,
               "State     live\nRunning   no\nNumber    +1\xEF\xBF\xBD[2J\nSession   -\n"
               "Provider  openai\nReady     yes\n");
     EXPECT_EQ(veltoctl("history").out,
-              "2026-11-16 20:23:20 UTC   1:02  +15551234567\n    Caller: hi\n    Agent: hello\n\n"
-              "2026-11-16 20:23:20 UTC  62:05  (no number)\n");
+              id(0) +
+                  "  2026-11-16 22:23:20 HERE   1:02  +15551234567\n    Caller: hi\n    Agent: hello\n\n" +
+                  id(1) + "  2026-11-16 22:23:20 HERE  62:05  (no number)\n");
+    EXPECT_EQ(veltoctl("history --last 1").out.find("62:05"), std::string::npos);
     EXPECT_EQ(veltoctl("ping --json").out, "{\"ok\":true}\n");
     EXPECT_EQ(veltoctl("--json ping").out, "{\"ok\":true}\n");
     const auto help = veltoctl("--help");
@@ -73,8 +85,9 @@ TEST_F(VeltoctlTest, printsResultsAndExitsWithTheAnswer) {
 }
 
 TEST_F(VeltoctlTest, misuseAndAbsenceExitWith2) {
-    for (const auto* wrong : {"", "dial", "call", "call 1", "call '' --goal x", "ping now", "status --follow",
-                              "call 1 --goal \"$(printf '\\377')\"", "--nothing"}) {
+    for (const auto* wrong :
+         {"", "dial", "call", "call 1", "call '' --goal x", "ping now", "status --follow", "history show",
+          "history --last 0", "key set", "wait 1", "call 1 --goal \"$(printf '\\377')\"", "--nothing"}) {
         const auto run = veltoctl(wrong);
         EXPECT_EQ(run.exit, 2) << wrong;
         EXPECT_EQ(run.out, "") << wrong;
@@ -112,7 +125,96 @@ TEST_F(VeltoctlTest, followsASessionToItsEnd) {
     EXPECT_EQ(run.err, "veltoctl: idle\nveltoctl: ended\n");
     EXPECT_EQ(veltoctl("transcript --follow").out, run.out); // nothing runs: it ends at once
     EXPECT_EQ(veltoctl("transcript --follow --json").out,
-              "{\"ok\":true,\"lines\":[\"Caller: Hi\",\"Agent: Hello\",\"Caller: Bye\"]}\n");
+              "{\"state\":\"ended\",\"session\":1,\"number\":\"1\"}\n{\"line\":\"Caller: Hi\"}\n"
+              "{\"line\":\"Agent: Hello\"}\n{\"line\":\"Caller: Bye\"}\n{\"outcome\":\"ended\"}\n");
+    EXPECT_EQ(veltoctl("wait").exit, 0);
+    EXPECT_EQ(veltoctl("transcript --follow --quiet").err, "");
+    onMain([&] { session->stateText = "error"; });
+    EXPECT_EQ(veltoctl("wait").exit, 1);
+    onMain([&] { session->stateText = "idle"; });
+    EXPECT_EQ(veltoctl("wait --json").out, "{\"outcome\":\"none\"}\n");
+    EXPECT_EQ(veltoctl("wait").exit, 3);
+    onMain([&] {
+        session->isRunning = true;
+        session->transcriptAt = [this](int) -> Lines {
+            fs::remove(path());
+            return {};
+        };
+    });
+    EXPECT_EQ(veltoctl("transcript --follow").exit, 4);
+}
+
+TEST_F(VeltoctlTest, anInterruptEndsTheFollowingAndTheSessionOnlyWhereAskedTo) {
+    const auto program = fs::read_symlink("/proc/self/exe").parent_path() / "veltoctl";
+    const auto data = (computer.root() / "Library" / "Application Support").string();
+    for (const bool hangsUp : {false, true}) {
+        std::promise<void> followed;
+        onMain([&] {
+            session->isRunning = false;
+            session->stops = session->looks = 0;
+            session->transcriptAt = [&](int look) -> Lines {
+                if (look == 1)
+                    followed.set_value();
+                return {};
+            };
+        });
+        const auto err = computer.root() / "interrupted";
+        const FileDescriptor errors(::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+        pid_t child = 0;
+        SpawnRequest request{
+            program.string(), {"call", "1", "--goal", "x", "--follow"}, {"XDG_DATA_HOME=" + data}};
+        if (hangsUp)
+            request.arguments.emplace_back("--hangup-on-interrupt");
+        request.errors = errors.get();
+        ASSERT_FALSE(spawn(request, child));
+        followed.get_future().get();
+        ::kill(child, SIGINT);
+        EXPECT_EQ(waitForExit(child), 128 + SIGINT);
+        EXPECT_NE(readFile(err).find(hangsUp ? "is stopped" : "\"veltoctl hangup\""), std::string::npos);
+        onMain([&] {
+            EXPECT_EQ(session->stops, hangsUp ? 1 : 0);
+            session->transcriptAt = {};
+        });
+    }
+}
+
+TEST_F(VeltoctlTest, showsOneCallWithoutTheApplication) {
+    onMain([&] {
+        for (const auto* first : {"A1", "A2"})
+            history->insertFirst(
+                {.id = *UUID::parse(std::string(first) + "000000-0000-4000-8000-000000000000"),
+                 .number = "+1555",
+                 .started = {816'553'400},
+                 .duration = 61,
+                 .transcript = "Caller: hi",
+                 .recordingPath = "/r/1.wav"});
+    });
+    fs::remove(path());
+    EXPECT_EQ(veltoctl("history show a1").out,
+              "ID         A1000000-0000-4000-8000-000000000000\nNumber     +1555\n"
+              "Started    2026-11-16 22:23:20 HERE\nDuration   1:01\nRecording  /r/1.wav\n\nCaller: hi\n");
+    EXPECT_EQ(veltoctl("history show A").exit, 1);
+    EXPECT_EQ(veltoctl("history show B").exit, 1);
+    EXPECT_NE(veltoctl("history --last 1 --json").out.find("A2000000"), std::string::npos);
+}
+
+TEST_F(VeltoctlTest, keysAreNoArgumentsAndWithoutAKeyringAnError) {
+    for (const auto* wrong :
+         {"key set gemini sk-secret", "key set sk-secret", "key remove openai sk-secret"}) {
+        const auto run = veltoctl(wrong);
+        EXPECT_EQ(run.exit, 2) << wrong;
+        EXPECT_NE(run.err.find("never an argument"), std::string::npos) << run.err;
+        EXPECT_EQ(run.err.find("sk-secret"), std::string::npos);
+    }
+    const auto run = veltoctl("key set gemini </dev/null");
+    EXPECT_EQ(run.exit, 2);
+    EXPECT_NE(run.err.find("nothing was changed"), std::string::npos) << run.err;
+    EXPECT_EQ(veltoctl("key list").exit, 2);
+    const auto checks = veltoctl("doctor --json");
+    EXPECT_EQ(checks.exit, 1);
+    EXPECT_NE(checks.out.find(R"({"check":"application","result":"ok")"), std::string::npos) << checks.out;
+    EXPECT_NE(checks.out.find(R"({"check":"sound-server","result":"missing")"), std::string::npos)
+        << checks.out;
 }
 
 TEST(TranscriptPrinter, printsOnlyWhatIsAppended) {

@@ -108,6 +108,9 @@ TEST_F(Keyring, ALockedOneWithNobodyThereIsAskedOnce) {
     ASSERT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
     ASSERT_TRUE(desktop->restartKeyring(false));
     EXPECT_EQ(secrets.state(), "system keyring, locked");
+    EXPECT_EQ(secrets.holds(kService, "one"), success);
+    EXPECT_EQ(secrets.holds(kService, "none"), locked);
+    EXPECT_TRUE(reports.empty()); // nobody was asked
     EXPECT_EQ(find(secrets).first, locked);
     EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), locked);
     EXPECT_EQ(secrets.remove(kService, "one"), locked);

@@ -16,12 +16,14 @@ forbid VeltoApp 'veltoctl/|VeltoPhone/|rehearsal/|tests/|VeltoPlatform/simulated
 for room in admin app control history session state main.cpp; do
   forbid "VeltoApp/$room" 'Q[A-Z]'
 done
+forbid veltoctl 'VeltoApp/(app|session|state|views|admin)/|VeltoPhone/|VeltoPlatform/simulated/|rehearsal/|tests/|Q[A-Z]'
 forbid VeltoQt 'Velto(App|Phone|Platform|Shared)/|veltoctl/|rehearsal/|tests/'
 forbid VeltoPhone 'VeltoApp/|veltoctl/|tests/|VeltoPlatform/(linux|simulated)/'
 forbid velto-admin-helper 'VeltoShared/|VeltoApp/|VeltoPhone/|VeltoPlatform/simulated/|veltoctl/|rehearsal/|tests/|boost/|Q[A-Z]'
 forbid VeltoPhone/line 'Q[A-Z]|VeltoPhone/(app|model|views)/'
 forbid rehearsal 'VeltoPhone/|Q[A-Z]'
-backends=$(grep -rlE '^#include "VeltoPlatform/linux/' VeltoApp --include='*.h' --include='*.cpp' | grep -v '^VeltoApp/main.cpp$')
+backends=$(grep -rlE '^#include "VeltoPlatform/linux/' VeltoApp veltoctl --include='*.h' --include='*.cpp' |
+  grep -vE '^(VeltoApp/main|veltoctl/main|veltoctl/LocalMain)\.cpp$')
 if [ -n "$backends" ]; then
   printf 'names a backend outside the composition root: %s\n' "$backends"
   status=1

@@ -1,0 +1,134 @@
+#include "veltoctl/Keys.h"
+
+#include "VeltoShared/control/ControlClient.h"
+#include "VeltoShared/core/KeychainStore.h"
+#include "VeltoShared/core/TextTrim.h"
+#include "VeltoShared/core/Utf8.h"
+#include "VeltoShared/voice/VoiceProvider.h"
+
+#include <boost/json/serialize.hpp>
+
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace velto::ctl::Keys {
+namespace {
+
+namespace json = boost::json;
+
+constexpr std::size_t kLongest = 65'536;
+
+/// What is typed is not shown while this lives, on the terminal that standard input is.
+class Unseen {
+  public:
+    Unseen() {
+        if (::tcgetattr(STDIN_FILENO, &before_) != 0)
+            return;
+        // Ctrl-C must not leave the terminal without echo.
+        ::signal(SIGINT, restoreAndEnd);
+        auto unseen = before_;
+        unseen.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &unseen);
+    }
+    ~Unseen() {
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+        ::signal(SIGINT, SIG_DFL);
+    }
+    Unseen(const Unseen&) = delete;
+    Unseen& operator=(const Unseen&) = delete;
+
+  private:
+    static void restoreAndEnd(int signal) {
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+        ::signal(signal, SIG_DFL);
+        ::raise(signal);
+    }
+    static inline termios before_{};
+};
+
+/// Up to the first line feed or the end.
+std::string readLine() {
+    std::string line;
+    char byte = 0;
+    while (line.size() <= kLongest && ::read(STDIN_FILENO, &byte, 1) == 1 && byte != '\n')
+        line += byte;
+    return line;
+}
+
+std::string readKey(VoiceProvider provider) {
+    if (::isatty(STDIN_FILENO) == 0)
+        return readLine();
+    const auto prompt = std::string(displayName(provider)) + " API key: ";
+    if (::write(STDERR_FILENO, prompt.data(), prompt.size()) < 0)
+        return {};
+    auto line = [] {
+        const Unseen unseen;
+        return readLine();
+    }();
+    if (::write(STDERR_FILENO, "\n", 1) < 0)
+        return {};
+    return line;
+}
+
+int set(VoiceProvider provider) {
+    const auto line = readKey(provider);
+    const auto key = trimBlanksAndNewlines(line);
+    if (key.empty() || line.size() > kLongest || !isValidUtf8(key)) {
+        Output::message(key.empty() ? "no key on standard input; nothing was changed"
+                                    : "that is no key; nothing was changed");
+        return kFailed;
+    }
+    if (KeychainStore::set(key, keyAccount(provider)))
+        return kDone;
+    Output::message("the key could not be stored");
+    return kFailed;
+}
+
+int remove(VoiceProvider provider) {
+    if (KeychainStore::remove(keyAccount(provider)))
+        return kDone;
+    const bool none = KeychainStore::holds(keyAccount(provider)) == SecretStatus::notFound;
+    Output::message(none ? "no key is stored" : "the key could not be removed");
+    return none ? kRefused : kFailed;
+}
+
+int list(const Arguments& arguments, Output& output) {
+    json::object all;
+    bool known = true;
+    for (const auto provider : kAllVoiceProviders) {
+        const auto status = KeychainStore::holds(keyAccount(provider));
+        const bool isStored = status == SecretStatus::success;
+        const bool isKnown = isStored || status == SecretStatus::notFound;
+        known = known && isKnown;
+        const std::string name(rawValue(provider));
+        all[name] = isKnown ? json::value(isStored) : json::value(nullptr);
+        if (!arguments.json)
+            output.line(name + (isStored                         ? "  stored"
+                                : isKnown                        ? "  not stored"
+                                : status == SecretStatus::locked ? "  not known: the keyring is locked"
+                                                                 : "  not known"));
+    }
+    if (arguments.json)
+        output.line(json::serialize(all));
+    return known ? kDone : kFailed;
+}
+
+} // namespace
+
+int run(const Arguments& arguments, Output& output, const std::function<void(pid_t)>& reload) {
+    if (arguments.command == "key list")
+        return list(arguments, output);
+    const auto provider = voiceProvider(arguments.provider).value_or(VoiceProvider::gemini);
+    const int exit = arguments.command == "key set" ? set(provider) : remove(provider);
+    if (exit != kDone)
+        return exit;
+    if (const auto application = ControlClient::applicationProcess())
+        reload(*application);
+    if (arguments.json)
+        output.line(R"({"ok":true})");
+    return kDone;
+}
+
+} // namespace velto::ctl::Keys

@@ -1,0 +1,15 @@
+// Storing, listing and removing API keys, none of which is ever an argument or printed.
+#pragma once
+
+#include "veltoctl/Commands.h"
+
+#include <sys/types.h>
+
+#include <functional>
+
+namespace velto::ctl::Keys {
+
+/// `reload` makes a running application read its keys again. Answers the program's exit.
+int run(const Arguments& arguments, Output& output, const std::function<void(pid_t)>& reload);
+
+} // namespace velto::ctl::Keys
