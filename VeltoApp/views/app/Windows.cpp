@@ -74,8 +74,8 @@ void endWithin(std::chrono::seconds limit, int status) {
     }).detach();
 }
 
-/// Windows of texts that mostly stand still: without a graphics card's driver they are there in half the time
-/// and take less than half the memory. Who has chosen otherwise by Qt's own means is left to it.
+/// Windows of texts that mostly stand still: without a graphics card's driver they are there sooner and take
+/// less than half the memory (`./measure windows`). Who has chosen otherwise by Qt's own means is left to it.
 void drawWithoutGraphicsCard() {
     for (const char* choice : {"QT_QUICK_BACKEND", "QMLSCENE_DEVICE", "QSG_RHI_BACKEND"})
         if (qEnvironmentVariableIsSet(choice))
