@@ -21,30 +21,6 @@ constexpr auto kBlockTime = 100ms;
 /// For the last block to leave the device.
 constexpr auto kTail = 500ms;
 
-/// Each block's time is counted from the first one's: waits that end late would add up to gaps.
-asio::awaitable<void> feed(std::weak_ptr<AudioPlayback> weak, std::vector<std::int16_t> samples) {
-    auto next = Clock::shared().steadyNow();
-    for (std::size_t at = 0; at < samples.size(); at += kBlock) {
-        {
-            const auto playback = weak.lock();
-            if (!playback)
-                co_return;
-            playback->write(std::span(samples).subspan(at, std::min(kBlock, samples.size() - at)));
-        }
-        next += kBlockTime;
-        co_await Clock::shared().sleep(next - Clock::shared().steadyNow());
-    }
-}
-
-asio::awaitable<void> feedAndStop(std::weak_ptr<AudioPlayback> weak, std::vector<std::int16_t> samples) {
-    co_await feed(weak, std::move(samples));
-    co_await Clock::shared().sleep(kTail);
-    MainThread::post([weak] {
-        if (const auto playback = weak.lock())
-            playback->stop();
-    });
-}
-
 } // namespace
 
 RecordingState::~RecordingState() {
@@ -98,13 +74,26 @@ void RecordingState::endRecording() {
         Helper::log("recording: " + trouble);
 }
 
-void RecordingState::play(std::string name, std::string device) {
+/// What a feeder works on.
+struct RecordingState::Feed {
+    std::weak_ptr<AudioPlayback> playback;
+    std::vector<std::int16_t> samples;
+    std::size_t from = 0; ///< sample
+};
+
+void RecordingState::play(std::string name, std::string device, double from) {
     endPlayback();
-    MainThread::spawn(begin(weak_from_this(), ++lastPlay_, std::move(name), std::move(device)));
+    MainThread::spawn(begin(weak_from_this(), lastPlay_, std::move(name), std::move(device), from));
+}
+
+void RecordingState::stopPlaying() {
+    if (playing())
+        status.set({});
+    endPlayback();
 }
 
 asio::awaitable<void> RecordingState::begin(std::weak_ptr<RecordingState> weak, std::uint64_t number,
-                                            std::string name, std::string device) {
+                                            std::string name, std::string device, double from) {
     auto prepared = co_await Blocking::run(RecordingFiles::prepare(name, std::move(device), kRate));
     const auto self = weak.lock();
     if (!self || self->lastPlay_ != number)
@@ -115,14 +104,59 @@ asio::awaitable<void> RecordingState::begin(std::weak_ptr<RecordingState> weak, 
         self->status.set("Cannot play " + name + " on " + prepared.device);
         co_return;
     }
+    auto& samples = *prepared.samples;
+    const double first = std::clamp(from * kRate, 0.0, static_cast<double>(samples.size()));
     self->playback_->start();
     self->status.set("Playing " + name);
-    Background::spawn(feedAndStop(self->playback_, std::move(*prepared.samples)));
+    self->playing.set(Playing{std::move(name), first / kRate});
+    Background::spawn(
+        feed(weak, number, {self->playback_, std::move(samples), static_cast<std::size_t>(first)}));
+}
+
+/// Each block's time is counted from the first one's: waits that end late would add up to gaps.
+asio::awaitable<void> RecordingState::feed(std::weak_ptr<RecordingState> weak, std::uint64_t number,
+                                           Feed sound) {
+    const std::span<const std::int16_t> samples(sound.samples);
+    auto next = Clock::shared().steadyNow();
+    for (std::size_t at = sound.from; at < samples.size(); at += kBlock) {
+        {
+            const auto playback = sound.playback.lock();
+            if (!playback)
+                co_return;
+            playback->write(samples.subspan(at, std::min(kBlock, samples.size() - at)));
+        }
+        MainThread::post([weak, number, position = static_cast<double>(at) / kRate] {
+            if (const auto self = weak.lock())
+                self->follow(number, position);
+        });
+        next += kBlockTime;
+        co_await Clock::shared().sleep(next - Clock::shared().steadyNow());
+    }
+    co_await Clock::shared().sleep(kTail);
+    MainThread::post([weak, number] {
+        if (const auto self = weak.lock())
+            self->playedToEnd(number);
+    });
+}
+
+void RecordingState::follow(std::uint64_t number, double position) {
+    if (number == lastPlay_ && playing())
+        playing.set(Playing{playing()->name, position});
+}
+
+void RecordingState::playedToEnd(std::uint64_t number) {
+    if (number != lastPlay_)
+        return;
+    playback_->stop();
+    playing.set(std::nullopt);
 }
 
 void RecordingState::endPlayback() {
+    ++lastPlay_;
     if (const auto playback = std::exchange(playback_, nullptr))
         playback->stop();
+    if (playing())
+        playing.set(std::nullopt);
 }
 
 } // namespace velto

@@ -24,6 +24,12 @@ class RecordingState : public ObservableObject, public std::enable_shared_from_t
         bool operator==(const File&) const = default;
     };
 
+    struct Playing {
+        std::string name;
+        double position = 0; ///< s from the recording's begin
+        bool operator==(const Playing&) const = default;
+    };
+
     RecordingState() = default;
     /// What is being recorded until then is a whole file.
     ~RecordingState();
@@ -31,6 +37,8 @@ class RecordingState : public ObservableObject, public std::enable_shared_from_t
     Published<std::vector<File>> files{*this}; ///< those in `AppPaths::recordings()`, by name
     Published<bool> recording{*this, false};
     Published<std::string> status{*this}; ///< one line about the last recording or playback
+    /// What is being played, ten times a second; none when it has ended or was stopped.
+    Published<std::optional<Playing>> playing{*this};
     /// Length of a recording at most, s.
     double maxSeconds = 300;
 
@@ -42,13 +50,20 @@ class RecordingState : public ObservableObject, public std::enable_shared_from_t
     /// Waits for the disk. What could not be written is told in the log.
     void stop();
     /// Ends what is played and plays the recording of this name, soon after, on a device; on the default
-    /// output when that is blank. A name is that of a file in the folder, no path.
-    void play(std::string name, std::string device);
+    /// output when that is blank. A name is that of a file in the folder, no path. From a place in it, s; a
+    /// place behind its end plays nothing.
+    void play(std::string name, std::string device, double from = 0);
+    /// Ends what is played, or is about to be.
+    void stopPlaying();
 
   private:
+    struct Feed;
     static asio::awaitable<void> list(std::weak_ptr<RecordingState> weak, std::uint64_t number);
     static asio::awaitable<void> begin(std::weak_ptr<RecordingState> weak, std::uint64_t number,
-                                       std::string name, std::string device);
+                                       std::string name, std::string device, double from);
+    static asio::awaitable<void> feed(std::weak_ptr<RecordingState> weak, std::uint64_t number, Feed sound);
+    void follow(std::uint64_t number, double position);
+    void playedToEnd(std::uint64_t number);
     void endRecording();
     void endPlayback();
 

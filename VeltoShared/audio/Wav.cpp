@@ -1,11 +1,7 @@
 // Straight from the file to the result, a block at a time: no copy of the file or of its mono sound.
 #include "VeltoShared/audio/Wav.h"
 
-#include "VeltoPlatform/FileDescriptor.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "VeltoShared/audio/FileBytes.h"
 
 #include <algorithm>
 #include <array>
@@ -18,55 +14,6 @@ namespace {
 constexpr double kLongest = 1U << 31;
 
 constexpr std::size_t kBlock = 4096; ///< frames
-
-/// A file through a window that moves over it.
-class FileBytes final : public ByteSource {
-  public:
-    /// Empty when it is no regular file that can be read.
-    explicit FileBytes(const std::filesystem::path& path)
-        // A pipe without a writer must not hold up anybody.
-        : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
-        struct stat status {};
-        if (file_ && ::fstat(file_.get(), &status) == 0 && S_ISREG(status.st_mode))
-            size_ = static_cast<std::uint64_t>(status.st_size);
-    }
-
-    std::uint64_t size() const override { return size_; }
-
-    std::span<const std::byte> bytes(std::uint64_t offset, std::size_t count) override {
-        if (offset >= size_)
-            return {};
-        count = static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - offset));
-        if (offset < begin_ || offset + count > begin_ + filled_)
-            fill(offset, count);
-        const auto skipped = static_cast<std::size_t>(offset - begin_);
-        return std::span<const std::byte>(window_).subspan(skipped, std::min(count, filled_ - skipped));
-    }
-
-  private:
-    void fill(std::uint64_t offset, std::size_t count) {
-        window_.resize(std::max({count, window_.size(), kWindow}));
-        begin_ = offset;
-        filled_ = 0;
-        // Until enough is there: the file may have become shorter.
-        while (filled_ < count) {
-            const auto got = ::pread(file_.get(), window_.data() + filled_, window_.size() - filled_,
-                                     static_cast<off_t>(begin_ + filled_));
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got <= 0)
-                return;
-            filled_ += static_cast<std::size_t>(got);
-        }
-    }
-
-    static constexpr std::size_t kWindow = std::size_t{128} << 10;
-    FileDescriptor file_;
-    std::uint64_t size_ = 0;
-    std::vector<std::byte> window_;
-    std::uint64_t begin_ = 0;
-    std::size_t filled_ = 0;
-};
 
 /// None when the sound cannot be read to its end.
 using Samples = std::optional<std::vector<std::int16_t>>;

@@ -163,6 +163,37 @@ TEST_F(RecordingStateTest, TheLastOneThatWasAskedForPlays) {
     loop.advance(10s);
 }
 
+TEST_F(RecordingStateTest, PlaysFromAPlaceTellsWhereItIsAndStops) {
+    const auto sound = counted(16'000);
+    keep("a.wav", sound);
+    state->play("a.wav", "Speaker", 0.5);
+    loop.drain();
+    ASSERT_TRUE(state->playing());
+    EXPECT_EQ(*state->playing(), (RecordingState::Playing{"a.wav", 0.5}));
+    EXPECT_EQ(pull("Speaker", 1600), Samples(sound.begin() + 8000, sound.begin() + 9600));
+    loop.advance(100ms);
+    EXPECT_DOUBLE_EQ(state->playing()->position, 0.6);
+    state->stopPlaying();
+    EXPECT_FALSE(state->playing());
+    EXPECT_EQ(state->status(), "");
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+    loop.advance(10s);
+    EXPECT_FALSE(state->playing());
+
+    for (const double from : {9.0, -1.0}) {
+        state->play("a.wav", "Speaker", from);
+        loop.drain();
+        EXPECT_EQ(state->playing()->position, from < 0 ? 0 : 1);
+        loop.advance(2s);
+        EXPECT_FALSE(state->playing());
+    }
+    EXPECT_EQ(loop.clock.waiting(), 0u);
+    state->play("a.wav", "Speaker");
+    state->stopPlaying();
+    loop.drain();
+    EXPECT_FALSE(state->playing()) << "stopped before it began";
+}
+
 TEST_F(RecordingStateTest, SaysWhatCannotBePlayed) {
     keep("a.wav", Samples(1600, 1));
     fs::copy(folder() / "a.wav", AppPaths::support() / "outside.wav");

@@ -1,5 +1,7 @@
 // velto-shots: pictures of the windows in every state, light and dark, for the documentation.
 #include "VeltoApp/views/items/Appearance.h"
+#include "VeltoShared/audio/WavFile.h"
+#include "VeltoShared/core/AppPaths.h"
 #include "tests/views/ScreenReader.h"
 #include "tests/views/WindowBench.h"
 
@@ -10,6 +12,7 @@
 #include <QQmlEngine>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -113,6 +116,7 @@ class Photographer {
         WindowBench bench;
         bench.addKey();
         addCalls(bench);
+        addRecording();
         bench.drivers.clear();
         bench.settings.monitorDevice.set("Speaker");
         bench.computer.preferences.set("velto.settingsTab", std::string("debug"));
@@ -122,6 +126,8 @@ class Photographer {
         for (const char* pane : {"Native", "Recordings", "History", "Diagnostics", "Routing", "Drivers"}) {
             reader.pick("Pane", pane);
             reader.press("Run checks");
+            if (auto* const wave = reader.item(QAccessible::Slider, "Place in the recording"))
+                wave->setProperty("value", 13);
             take(window, "settings-" + std::string(pane));
             if (reader.press(kNumber, QAccessible::ListItem)) {
                 take(window, "settings-transcript");
@@ -132,6 +138,20 @@ class Photographer {
             reader.press(tab, QAccessible::PageTab);
             take(window, "settings-" + std::string(tab));
         }
+    }
+
+    /// Syllables with pauses between sentences.
+    static void addRecording() {
+        std::vector<std::int16_t> sound(std::size_t{40} * 16'000);
+        for (std::size_t i = 0; i < sound.size(); ++i) {
+            const double time = static_cast<double>(i) / 16'000;
+            const double loud =
+                std::sin(time * 1.3) > -0.3 ? std::abs(std::sin(time * 9) * std::sin(time * 2.1)) : 0;
+            sound[i] = static_cast<std::int16_t>(14'000 * loud * std::sin(time * 900));
+        }
+        WavFile file(AppPaths::recordings() / "call-20261120-141503.wav", 16'000);
+        file.append(sound);
+        file.finish();
     }
 
     static void addCalls(WindowBench& bench) {

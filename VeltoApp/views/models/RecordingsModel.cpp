@@ -9,6 +9,7 @@ RecordingsModel::RecordingsModel(std::shared_ptr<RecordingState> recordings, QOb
     : QAbstractListModel(parent), recordings_(std::move(recordings)), files_(recordings_->files()),
       filesChange_(recordings_->files.observe([this](const Files& files) { show(files); })),
       recording_(recordings_->recording, [this] { recordingChanged(); }),
+      playing_(recordings_->playing, [this] { playingChanged(); }),
       status_(recordings_->status, [this] { statusChanged(); }) {}
 
 int RecordingsModel::rowCount(const QModelIndex& parent) const {
@@ -45,8 +46,17 @@ void RecordingsModel::stop() {
     recordings_->stop();
 }
 
-void RecordingsModel::play(const QString& name, const QString& device) {
-    recordings_->play(name.toStdString(), device.toStdString());
+void RecordingsModel::play(const QString& name, const QString& device, double from) {
+    recordings_->play(name.toStdString(), device.toStdString(), from);
+}
+
+void RecordingsModel::stopPlaying() {
+    recordings_->stopPlaying();
+}
+
+QString RecordingsModel::nameOf(const QString& path) const {
+    const std::filesystem::path file(path.toStdString());
+    return file.parent_path() == AppPaths::recordings() ? shown(file.filename().string()) : QString();
 }
 
 void RecordingsModel::reveal(const QString& file) {

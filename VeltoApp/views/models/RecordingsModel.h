@@ -18,6 +18,10 @@ class RecordingsModel : public QAbstractListModel {
     QML_UNCREATABLE("given by the application")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
     Q_PROPERTY(bool recording READ recording NOTIFY recordingChanged)
+    /// The file that is being played; empty when none is.
+    Q_PROPERTY(QString playing READ playing NOTIFY playingChanged)
+    /// Of what is being played, s.
+    Q_PROPERTY(double position READ position NOTIFY playingChanged)
     Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
   public:
@@ -31,19 +35,25 @@ class RecordingsModel : public QAbstractListModel {
 
     int count() const { return static_cast<int>(files_.size()); }
     bool recording() const { return recording_(); }
+    QString playing() const { return playing_() ? shown(playing_()->name) : QString(); }
+    double position() const { return playing_() ? playing_()->position : 0; }
     QString status() const { return shown(status_()); }
 
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void record();
     Q_INVOKABLE void stop();
-    /// On a device of this name; on the default output when that is blank.
-    Q_INVOKABLE void play(const QString& name, const QString& device);
+    /// On a device of this name; on the default output when that is blank. From a place in it, s.
+    Q_INVOKABLE void play(const QString& name, const QString& device, double from = 0);
+    Q_INVOKABLE void stopPlaying();
+    /// The name of a file in the folder of this absolute path; empty when it is elsewhere.
+    Q_INVOKABLE QString nameOf(const QString& path) const;
     /// A file's name in the folder, or its absolute path.
     Q_INVOKABLE void reveal(const QString& file);
 
   Q_SIGNALS:
     void countChanged();
     void recordingChanged();
+    void playingChanged();
     void statusChanged();
 
   private:
@@ -54,6 +64,7 @@ class RecordingsModel : public QAbstractListModel {
     Files files_;
     Subscription filesChange_;
     Mirror<bool> recording_;
+    Mirror<std::optional<RecordingState::Playing>> playing_;
     Mirror<std::string> status_;
 };
 

@@ -7,10 +7,13 @@ import Velto
 Popup {
     id: sheet
 
+    required property RecordingsModel recordings
     property string name
     property string started
     property string durationText
     property string recordingPath
+    // Its name, where it is in the folder of recordings.
+    property string recording
 
     signal revealRequested(string path)
 
@@ -19,6 +22,7 @@ Popup {
         started = call.started;
         durationText = call.durationText;
         recordingPath = call.recordingPath;
+        recording = recordings.nameOf(recordingPath);
         lines.text = call.transcript;
         open();
     }
@@ -75,6 +79,13 @@ Popup {
             }
         }
         Divider {
+            Layout.fillWidth: true
+        }
+        WaveformSlider {
+            visible: sheet.recording.length > 0
+            recordings: sheet.recordings
+            file: sheet.recording
+            implicitHeight: Math.round(44 * Theme.textScale)
             Layout.fillWidth: true
         }
         TranscriptView {

@@ -47,6 +47,7 @@ SettingsPane {
 
     CallTranscriptView {
         id: sheet
+        recordings: pane.app.recordings
         parent: pane.Window.contentItem
         onRevealRequested: path => pane.app.recordings.reveal(path)
     }

@@ -5,14 +5,15 @@ import Velto
 Item {
     id: row
 
+    required property RecordingsModel recordings
+    required property string device
     required property string name
     required property string size
 
-    signal playRequested
     signal revealRequested
 
     width: ListView.view ? ListView.view.width : 0
-    implicitHeight: Theme.controlHeight + 2 * Theme.space2
+    implicitHeight: texts.implicitHeight + 2 * Theme.space3
 
     Accessible.role: Accessible.ListItem
     Accessible.name: name
@@ -23,26 +24,38 @@ Item {
         anchors.rightMargin: Theme.space3
         spacing: Theme.space3
 
-        Icon {
-            name: "waveform"
-            color: Theme.muted
-            size: Math.round(18 * Theme.textScale)
-        }
-        BodyText {
-            text: row.name
-            elide: Text.ElideMiddle
+        ColumnLayout {
+            id: texts
+            spacing: Theme.space2
             Layout.fillWidth: true
-        }
-        BodyText {
-            text: row.size
-            color: Theme.muted
-            font.pixelSize: Theme.textSmall
+
+            RowLayout {
+                spacing: Theme.space3
+
+                BodyText {
+                    text: row.name
+                    elide: Text.ElideMiddle
+                    Layout.fillWidth: true
+                }
+                BodyText {
+                    text: row.size
+                    color: Theme.muted
+                    font.pixelSize: Theme.textSmall
+                }
+            }
+            WaveformSlider {
+                id: wave
+                recordings: row.recordings
+                device: row.device
+                file: row.name
+                Layout.fillWidth: true
+            }
         }
         SecondaryButton {
-            text: "Play"
-            symbol: "play.fill"
+            text: wave.playing ? "Stop" : "Play"
+            symbol: wave.playing ? "stop.fill" : "play.fill"
             Accessible.description: row.name
-            onClicked: row.playRequested()
+            onClicked: wave.playing ? row.recordings.stopPlaying() : wave.playFrom(0)
         }
         SecondaryButton {
             text: "Reveal"

@@ -42,7 +42,7 @@ SettingsPane {
             label: "Play device"
 
             TextInputField {
-                id: device
+                id: playDevice
                 label: "Play device"
                 Layout.fillWidth: true
             }
@@ -65,7 +65,8 @@ SettingsPane {
         Layout.minimumHeight: Math.round(160 * Theme.textScale)
 
         delegate: RecordingRow {
-            onPlayRequested: pane.app.recordings.play(name, device.text)
+            recordings: pane.app.recordings
+            device: playDevice.text
             onRevealRequested: pane.app.recordings.reveal(name)
         }
     }

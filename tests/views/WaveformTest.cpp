@@ -1,0 +1,87 @@
+#include "VeltoShared/audio/Waveform.h"
+
+#include "VeltoShared/audio/WavFile.h"
+#include "VeltoShared/core/AppPaths.h"
+#include "tests/views/SettingsWindow.h"
+
+#include <QTest>
+
+#include <filesystem>
+#include <fstream>
+
+namespace velto::test {
+namespace {
+
+constexpr const char* kSlider = "Place in the recording";
+
+struct WaveformTest : SettingsWindow {
+    static std::filesystem::path keep(const char* name, const std::vector<std::int16_t>& samples) {
+        const auto path = AppPaths::recordings() / name;
+        WavFile file(path, 16'000);
+        file.append(samples);
+        file.finish();
+        return path;
+    }
+    QQuickItem* slider() const { return reader->item(QAccessible::Slider, kSlider); }
+    void click(double part) {
+        const auto place = slider()->mapToScene({slider()->width() * part, slider()->height() / 2});
+        QTest::mouseClick(window, Qt::LeftButton, {}, place.toPoint());
+        bench.settle();
+    }
+    double position() const { return bench.app.rec->playing() ? bench.app.rec->playing()->position : -1; }
+};
+
+TEST_F(WaveformTest, HasTheLoudestSampleOfEachColumn) {
+    std::vector<std::int16_t> sound(30'000, 1);
+    sound[0] = -32'768;
+    sound[9'999] = 500;
+    sound[10'000] = -700;
+    sound[29'999] = 900;
+    const auto path = keep("a.wav", sound);
+    const auto form = Waveform::read(path, 3);
+    ASSERT_TRUE(form);
+    EXPECT_EQ(form->peaks, (std::vector<std::uint16_t>{32'768, 700, 900}));
+    EXPECT_DOUBLE_EQ(form->seconds, 30'000 / 16'000.0);
+    EXPECT_EQ(Waveform::read(keep("b.wav", {-3, 2}), 600)->peaks, (std::vector<std::uint16_t>{3, 2}));
+
+    std::filesystem::resize_file(path, 44 + 40'000); // its header tells of more, as while it is written
+    EXPECT_EQ(Waveform::read(path, 2)->peaks, (std::vector<std::uint16_t>{32'768, 700}));
+    std::ofstream(AppPaths::recordings() / "text.wav") << std::string(100, 'x');
+    for (const auto& name : {"empty.wav", "text.wav", "none.wav"})
+        EXPECT_FALSE(Waveform::read(AppPaths::recordings() / name, 3)) << name;
+    EXPECT_FALSE(Waveform::read(keep("empty.wav", {}), 3));
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_FALSE(Waveform::read(path, 3, stopped.get_token()));
+}
+
+TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
+    const auto path = keep("a.wav", std::vector<std::int16_t>(16'000 * 40, 9'000));
+    openPane("Recordings");
+    ASSERT_NE(slider(), nullptr);
+    click(0.25);
+    EXPECT_NEAR(position(), 10, 0.2);
+    bench.advance(1s);
+    EXPECT_NEAR(position(), 11, 0.3);
+    EXPECT_NEAR(slider()->property("value").toDouble(), position(), 1e-9)
+        << "what has been played is coloured";
+    EXPECT_TRUE(press("Stop"));
+    EXPECT_EQ(position(), -1);
+
+    const double place = slider()->property("value").toDouble();
+    reader->key(Qt::Key_Right);
+    EXPECT_EQ(position(), -1);
+    reader->key(Qt::Key_Space);
+    EXPECT_NEAR(position(), place + 2, 1e-6);
+    reader->key(Qt::Key_Left);
+    EXPECT_NEAR(position(), place, 0.2) << "what plays goes along";
+    reader->key(Qt::Key_Return);
+    EXPECT_EQ(position(), -1);
+
+    std::filesystem::remove(path);
+    click(0.5);
+    EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));
+}
+
+} // namespace
+} // namespace velto::test
