@@ -47,7 +47,10 @@ std::string LinuxLoginItem::registerApplication() {
                  "Type=Application\n"
                  "Name=Velto\n"
                  "Comment=AI voice agent for cellular calls\n"
-                 "Exec=\"" +
+                 // Where the program has gone, the entry starts nothing and says nothing.
+                 "TryExec=" +
+                 program_.string() +
+                 "\nExec=\"" +
                  program_.string() +
                  "\"\n"
                  "Terminal=false\n");
