@@ -1,4 +1,5 @@
-// Where this program's companions are: relative to the program itself, in a build folder as in an installation.
+// Where this program's companions are: relative to the program itself, in a build folder as in an
+// installation.
 #pragma once
 
 #include <filesystem>

@@ -49,9 +49,7 @@ std::string LinuxLoginItem::registerApplication() {
                  "Comment=AI voice agent for cellular calls\n"
                  // Where the program has gone, the entry starts nothing and says nothing.
                  "TryExec=" +
-                 program_.string() +
-                 "\nExec=\"" +
-                 program_.string() +
+                 program_.string() + "\nExec=\"" + program_.string() +
                  "\"\n"
                  "Terminal=false\n");
 }

@@ -185,7 +185,8 @@ ChildProgram Rehearsal::program(const char* title, const std::filesystem::path& 
 }
 
 bool Rehearsal::startPrograms() {
-    auto server = program("the voice server (velto-rehearsal-server)", InstallTree::helpers() / "velto-rehearsal-server",
+    auto server = program("the voice server (velto-rehearsal-server)",
+                          InstallTree::helpers() / "velto-rehearsal-server",
                           {"--scenario", options_.scenarioFile, "--certificate",
                            surroundings_.file("server.pem"), "--key", surroundings_.file("server.key")});
     for (const auto& [provider, key] : keys_.all())
