@@ -32,9 +32,11 @@ bool isThere(const std::string& program) {
         return ::access(program.c_str(), X_OK) == 0;
     const char* path = std::getenv("PATH"); // NOLINT(concurrency-mt-unsafe): one thread so far
     std::istringstream folders(path != nullptr ? path : "");
-    for (std::string folder; std::getline(folders, folder, ':');)
-        if (::access((folder + "/" + program).c_str(), X_OK) == 0)
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        folder.append("/").append(program);
+        if (::access(folder.c_str(), X_OK) == 0)
             return true;
+    }
     return false;
 }
 

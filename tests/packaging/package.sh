@@ -47,7 +47,7 @@ if have systemd-analyze; then
 fi
 
 # Where it lies does not matter: scenarios, drivers and programs are found.
-"$at/usr/bin/velto-rehearse" --list | grep -q '^appointment: ' || fail "no scenarios"
+"$at/usr/bin/velto-rehearse" --list | grep '^appointment: ' >/dev/null || fail "no scenarios"
 PATH=$work "$at/usr/bin/velto-rehearse" >"$work/said" 2>&1 && fail "a rehearsal without programs"
 grep -q 'apt install xvfb dbus-daemon .*pulseaudio' "$work/said" || { cat "$work/said"; fail "does not say what is missing"; }
 log=$work/state/Velto/velto.log
@@ -84,6 +84,6 @@ grep -qF "$changed was changed" "$work/said" && grep -q '^# mine' "$changed" || 
 rm "$changed"
 rmdir "$root/etc/pipewire/pipewire.conf.d"
 [ "$(cd "$root" && find . | sort)" = "$before" ] || { diff <(echo "$before") <(cd "$root" && find . | sort); fail "removal"; }
-DPKG_ROOT=$root "$work/control/postrm" purge | grep -q '~/.local/share/org.velto.Velto' || fail "purge does not say what stays"
+DPKG_ROOT=$root "$work/control/postrm" purge | grep '~/.local/share/org.velto.Velto' >/dev/null || fail "purge does not say what stays"
 
 [ -z "$missing" ] || { echo "not looked at, for lack of:$missing"; exit 77; }
