@@ -59,6 +59,23 @@ function(velto_program name)
   target_precompile_headers(${name} REUSE_FROM velto_pch)
 endfunction()
 
+# Where programs find each other and their files, below the build folder as below an installation's prefix
+# (VeltoPlatform/linux/InstallTree.h).
+set(VELTO_HELPERS ${CMAKE_INSTALL_LIBEXECDIR}/velto)
+set(VELTO_RESOURCES ${CMAKE_INSTALL_DATADIR}/velto)
+
+# velto_started_by_programs(name): an executable that is not for users' PATH.
+function(velto_started_by_programs name)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${VELTO_HELPERS})
+endfunction()
+
+# velto_resource(folder name): a folder of the sources that programs read, under that name.
+function(velto_resource folder name)
+  file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/${VELTO_RESOURCES})
+  file(CREATE_LINK ${folder} ${CMAKE_BINARY_DIR}/${VELTO_RESOURCES}/${name} SYMBOLIC)
+  install(DIRECTORY ${folder}/ DESTINATION ${VELTO_RESOURCES}/${name})
+endfunction()
+
 # velto_test(name SOURCES … [LINK …] [VARIANTS …]): one GoogleTest program, one ctest entry; or one for each
 # variant, with the tests whose names end with it.
 function(velto_test name)

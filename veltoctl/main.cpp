@@ -1,21 +1,21 @@
 // The command line over the control socket. Quick to start: what brings large libraries is another program.
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/InstallTree.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "veltoctl/CommandLine.h"
 
 #include <unistd.h>
 
-#include <filesystem>
-
 namespace {
 
-/// Becomes the program for these commands, which is beside this one or where helpers are installed.
+/// Becomes the program for these commands, which is among the helpers, or beside this one in a bundle.
 int becomeLocal(char** argv) {
-    std::error_code error;
-    const auto here = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    for (const auto& folder : {here, std::filesystem::path(VELTO_LIBEXEC)})
+    const auto helpers = velto::InstallTree::helpers();
+    const auto programs = velto::InstallTree::programs();
+    for (const auto& folder : {helpers, programs})
         ::execv((folder / "veltoctl-local").c_str(), argv);
-    velto::ctl::Output::message("there is no veltoctl-local in " + here.string() + " nor in " VELTO_LIBEXEC);
+    velto::ctl::Output::message("there is no veltoctl-local in " + helpers.string() + " nor in " +
+                                programs.string());
     return velto::ctl::kFailed;
 }
 

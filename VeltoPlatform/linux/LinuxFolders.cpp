@@ -1,5 +1,7 @@
 #include "VeltoPlatform/linux/LinuxFolders.h"
 
+#include "VeltoPlatform/linux/InstallTree.h"
+
 #include <pwd.h>
 #include <unistd.h>
 
@@ -49,10 +51,7 @@ fs::path LinuxFolders::config() {
 
 std::optional<fs::path> LinuxFolders::bundleResources() {
     std::error_code error;
-    const auto program = fs::read_symlink("/proc/self/exe", error);
-    if (error)
-        return std::nullopt;
-    auto resources = program.parent_path().parent_path() / "Resources";
+    auto resources = InstallTree::resources();
     if (!fs::is_directory(resources, error))
         return std::nullopt;
     return resources;

@@ -14,7 +14,7 @@ class LinuxFolders : public Folders {
 
     std::filesystem::path applicationSupport() override;
     std::filesystem::path logs() override;
-    /// "Resources" beside the folder of the running program, where a bundle has it.
+    /// Of the build, the installation or the bundle that the running program belongs to.
     std::optional<std::filesystem::path> bundleResources() override;
     std::filesystem::path executable() override { return executable_; }
 

@@ -47,8 +47,9 @@ std::string LinuxLoginItem::registerApplication() {
                  "Type=Application\n"
                  "Name=Velto\n"
                  "Comment=AI voice agent for cellular calls\n"
-                 "Exec=\"" +
-                 program_.string() +
+                 // Where the program has gone, the entry starts nothing and says nothing.
+                 "TryExec=" +
+                 program_.string() + "\nExec=\"" + program_.string() +
                  "\"\n"
                  "Terminal=false\n");
 }

@@ -1,5 +1,6 @@
 #include "VeltoPlatform/linux/LinuxPlatform.h"
 
+#include "VeltoPlatform/linux/InstallTree.h"
 #include "VeltoPlatform/linux/PulseServer.h"
 
 namespace velto {
@@ -11,14 +12,15 @@ std::filesystem::path runningProgram() {
     return std::filesystem::read_symlink("/proc/self/exe", ignored);
 }
 
-/// Installed, and otherwise where a bundle or a build has its programs.
+/// Installed, and otherwise where another prefix, a build or a bundle has it.
 AdminHelperPlaces adminHelperPlaces(LinuxFolders& folders) {
     constexpr const char* kName = "velto-admin-helper";
     AdminHelperPlaces places{std::filesystem::path(VELTO_LIBEXEC) / kName, {}};
     if (const auto resources = folders.bundleResources())
         places.others.push_back(*resources / kName);
-    if (const auto program = runningProgram(); !program.empty())
-        places.others.push_back(program.parent_path() / kName);
+    for (const auto& folder : {InstallTree::helpers(), InstallTree::programs()})
+        if (!folder.empty())
+            places.others.push_back(folder / kName);
     return places;
 }
 

@@ -2,6 +2,7 @@
 #include "rehearsal/director/Director.h"
 
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/InstallTree.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
 #include "VeltoPlatform/linux/SecretServiceStore.h"
@@ -83,7 +84,8 @@ class Rehearsal {
     bool startSession();
     bool startPrograms();
     bool startApplication();
-    ChildProgram program(const char* title, const char* name, std::vector<std::string> arguments) const;
+    ChildProgram program(const char* title, const std::filesystem::path& file,
+                         std::vector<std::string> arguments) const;
     std::optional<json::object> ask(json::object request);
     /// As somebody would who has it open all day.
     bool openPhone();
@@ -147,7 +149,7 @@ bool Rehearsal::startSession() {
         plan.sound.devices.muted.insert("VeltoVoice 2ch Feed");
     if (options_.cut == Cut::loop)
         plan.sound.devices.without.insert("VeltoLoop 2ch");
-    plan.phone = options_.programs / "velto-phone";
+    plan.phone = InstallTree::programs() / "velto-phone";
     plan.scenario = options_.scenarioFile;
     plan.reports = surroundings_.file("reports");
     const bool expected = stage_.expect(
@@ -171,19 +173,20 @@ bool Rehearsal::startSession() {
     return true;
 }
 
-ChildProgram Rehearsal::program(const char* title, const char* name,
+ChildProgram Rehearsal::program(const char* title, const std::filesystem::path& file,
                                 std::vector<std::string> arguments) const {
     ChildProgram program;
     program.title = title;
     program.arguments = std::move(arguments);
-    program.arguments.insert(program.arguments.begin(), options_.programs / name);
+    program.arguments.insert(program.arguments.begin(), file);
     program.environment = session_->environment();
-    program.errorFile = surroundings_.file(std::string(name) + ".err");
+    program.errorFile = surroundings_.file(file.filename().string() + ".err");
     return program;
 }
 
 bool Rehearsal::startPrograms() {
-    auto server = program("the voice server (velto-rehearsal-server)", "velto-rehearsal-server",
+    auto server = program("the voice server (velto-rehearsal-server)",
+                          InstallTree::helpers() / "velto-rehearsal-server",
                           {"--scenario", options_.scenarioFile, "--certificate",
                            surroundings_.file("server.pem"), "--key", surroundings_.file("server.key")});
     for (const auto& [provider, key] : keys_.all())
@@ -205,7 +208,7 @@ bool Rehearsal::startPrograms() {
 }
 
 bool Rehearsal::startApplication() {
-    auto velto = program(kApplicationTitle, "velto", {});
+    auto velto = program(kApplicationTitle, InstallTree::programs() / "velto", {});
     if (options_.windows)
         velto.environment.merge(Environment(display_));
     else
@@ -221,7 +224,7 @@ bool Rehearsal::startApplication() {
 }
 
 bool Rehearsal::openPhone() {
-    auto phone = program(kPhoneTitle, "velto-phone", {});
+    auto phone = program(kPhoneTitle, InstallTree::programs() / "velto-phone", {});
     phone.environment.merge(Environment(session_->phoneEnvironment()));
     stage_.add(phone, [](const json::object&) {});
     // Whoever asks for the running applications must find it, or there is nothing to tap.
@@ -258,7 +261,7 @@ bool Rehearsal::placeCall() {
 void Rehearsal::explain() {
     const auto environment = surroundings_.environmentForPeople(session_->soundEnvironment());
     out() << "From a second shell, while it runs:\n  export " << environment << "\n  "
-          << (options_.programs / "veltoctl").string()
+          << (InstallTree::programs() / "veltoctl").string()
           << " status\n  pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
           << "Calling " << scenario_.number << ": " << scenario_.goal << std::endl;
 }

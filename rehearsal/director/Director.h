@@ -22,7 +22,6 @@ enum class Cut {
 struct DirectorOptions {
     Scenario scenario;
     std::filesystem::path scenarioFile;
-    std::filesystem::path programs;                 ///< folder of the other programs
     VoiceProvider provider = VoiceProvider::gemini; ///< that the application is to use
     std::set<VoiceProvider> keys;                   ///< whose key is in the keyring; not empty
     std::filesystem::path wire; ///< gets what the application sent; empty: nobody asks for it

@@ -1,5 +1,7 @@
 // velto-rehearse: places one whole call without phone, key, screen or network.
+#include "VeltoPlatform/linux/InstallTree.h"
 #include "rehearsal/director/Director.h"
+#include "rehearsal/director/Requirements.h"
 #include "rehearsal/process/TextFile.h"
 #include "rehearsal/scenario/ScenarioFile.h"
 
@@ -36,7 +38,7 @@ std::string whyNotWritable(const std::filesystem::path& path) {
 
 int main(int argc, char** argv) {
     std::string name = "appointment";
-    std::string folder = VELTO_SCENARIOS;
+    std::string folder = InstallTree::resources() / "scenarios";
     std::string cut;
     std::string provider(rawValue(VoiceProvider::gemini));
     std::string keys = "both";
@@ -100,8 +102,10 @@ int main(int argc, char** argv) {
     }
     options.sound = sound == "pipewire" ? SoundServerKind::pipeWire : SoundServerKind::pulseAudio;
     options.cut = cut == "uplink" ? Cut::uplink : cut == "loop" ? Cut::loop : Cut::nothing;
-    std::error_code error;
-    options.programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    if (const auto missing = missingPrograms(options.sound); !missing.empty()) {
+        std::cerr << "velto-rehearse: " << missing << '\n';
+        return 2;
+    }
     return runGuarded({options.keepFolder},
                       [&](const GuardianLink& guardian) { return direct(options, guardian); });
 }

@@ -35,7 +35,8 @@ TEST_F(LoginItemTest, AFileInTheAutostartFolderNamesTheProgram) {
     EXPECT_EQ(here.registerApplication(), "");
     EXPECT_EQ(here.file(), config / "autostart/org.velto.Velto.desktop");
     const auto content = readFile(here.file());
-    EXPECT_NE(content.find("\nExec=\"" + (home.path() / "velto of mine").string() + "\"\n"), content.npos);
+    const auto named = (home.path() / "velto of mine").string();
+    EXPECT_NE(content.find("\nTryExec=" + named + "\nExec=\"" + named + "\"\n"), content.npos);
     EXPECT_EQ(content.find("Hidden"), content.npos) << "somebody switches it on again";
     EXPECT_EQ(here.unregisterApplication(), "");
     EXPECT_TRUE(fs::is_empty(config / "autostart"));

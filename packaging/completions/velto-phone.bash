@@ -1,0 +1,1 @@
+complete -W "--version --help" velto-phone

@@ -1,0 +1,1 @@
+complete -W "--headless --version --help" velto
