@@ -1,0 +1,86 @@
+// A rehearsed session with the application's windows in it, used through the accessibility bus.
+#pragma once
+
+#include "VeltoPlatform/linux/LinuxFolders.h"
+#include "VeltoPlatform/linux/LinuxWorkspace.h"
+#include "VeltoPlatform/linux/SecretServiceStore.h"
+#include "rehearsal/director/PrivateSession.h"
+#include "rehearsal/director/RehearsalKeys.h"
+#include "rehearsal/director/Surroundings.h"
+#include "tests/views/endtoend/Screen.h"
+#include "tests/views/endtoend/Watchdog.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velto::test {
+
+/// One thread.
+class Desk {
+  public:
+    /// Starts sound, desktop, keyring, display and voice server. Throws when that cannot be done.
+    /// Its folder has this name within the guardian's.
+    Desk(const rehearsal::GuardianLink& guardian, const std::string& name);
+    ~Desk();
+    Desk(const Desk&) = delete;
+    Desk& operator=(const Desk&) = delete;
+
+    /// Starts the application, with other variables than the session's; false when it does not answer.
+    bool start(const rehearsal::Environment& others = {});
+    /// Ends it as a log-out would.
+    void end();
+    bool asked(const char* cmd, const std::function<bool(const boost::json::object&)>& isSo);
+
+    /// Something in a window.
+    struct Seen {
+        ElementRef element;
+        std::string role;
+        std::string title;
+        std::string description;
+        std::string value;
+        ScreenPoint at;
+    };
+    std::vector<Seen> look();
+    std::optional<Seen> find(const std::string& role, const std::string& title);
+    /// Those that stand nowhere, as a name, a description or a value.
+    std::vector<std::string> missing(std::vector<std::string> texts);
+    bool reads(const std::string& text) { return missing({text}).empty(); }
+    /// Waits for it, and presses it as the toolkit does.
+    bool press(const std::string& title, const std::string& role = "AXButton");
+    /// Clicks into a field, so that it has the keyboard.
+    bool enter(const std::string& field);
+    /// The settings window, to its end.
+    void scrollDown();
+    bool eventually(const std::function<bool()>& isSo);
+    bool comes(const std::string& text) {
+        return eventually([&] { return reads(text); });
+    }
+    /// A picture of the display, and the watchdog's next step.
+    void picture(const std::string& name);
+
+  private:
+    rehearsal::GuardianLink link_;
+
+  public:
+    rehearsal::RehearsalKeys keys;
+    rehearsal::Surroundings surroundings;
+    rehearsal::Stage stage;
+    std::unique_ptr<rehearsal::PrivateSession> session;
+    std::unique_ptr<Screen> screen;
+    std::unique_ptr<Watchdog> watchdog;
+
+  private:
+    rehearsal::ChildProgram program(const char* name, std::vector<std::string> arguments) const;
+
+    LinuxFolders folders_{"velto-windows-test"};
+    SecretServiceStore keyring_{[](const std::string&) {}};
+    rehearsal::Evidence evidence_;
+    std::unique_ptr<AtspiAccessibility> accessibility_;
+    std::unique_ptr<LinuxWorkspace> workspace_;
+    rehearsal::ChildProcess* application_ = nullptr;
+};
+
+} // namespace velto::test
