@@ -11,6 +11,10 @@ ColumnLayout {
     spacing: Theme.space2
     Layout.fillWidth: true
 
+    // A field for passwords has no name that leaves the program, so what it stands in has one.
+    Accessible.role: Accessible.Grouping
+    Accessible.name: key.name
+
     RowLayout {
         spacing: Theme.space3
 

@@ -18,7 +18,6 @@ constexpr auto kDeadline = 20s;
 constexpr auto kBetweenLooks = 300ms;
 /// Into a field, from its corner.
 constexpr double kInside = 14;
-constexpr double kBesideLabel = 140;
 constexpr double kBelowTabs = 200;
 /// More than any pane is long.
 constexpr int kTurns = 30;
@@ -151,15 +150,16 @@ bool Desk::press(const std::string& title, const std::string& role) {
 
 bool Desk::enter(const std::string& field) {
     return eventually([&] {
-        for (const auto& seen : look())
-            if ((seen.role == "AXTextField" || seen.role == "AXTextArea") && seen.title == field) {
+        bool inGroup = false;
+        for (const auto& seen : look()) {
+            inGroup |= seen.role == "AXGroup" && seen.title == field;
+            const bool isText = seen.role == "AXTextField" || seen.role == "AXTextArea";
+            // A field for secrets has no name on the bus, but its group has one.
+            if (isText && (seen.title == field || (inGroup && seen.title.empty()))) {
                 screen->click(seen.at.x + kInside, seen.at.y + kInside);
                 return true;
-            } else if (seen.role == "AXStaticText" && seen.value == field) {
-                // A field for secrets has no name on the bus: it stands beside its label.
-                screen->click(seen.at.x + kBesideLabel, seen.at.y);
-                return true;
             }
+        }
         return false;
     });
 }

@@ -4,11 +4,8 @@
 
 #include <X11/Xlib.h>
 
-#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
-
-#include <poll.h>
 
 #include <cctype>
 #include <stdexcept>
@@ -18,14 +15,12 @@ namespace velto::test {
 namespace {
 
 constexpr std::string_view kShifted = "~!@#$%^&*()_+{}|:\"<>?";
-constexpr int kPatience = 50; // ms
 
 } // namespace
 
 Screen::Screen(const std::string& display) : display_(::XOpenDisplay(display.c_str())) {
     if (display_ == nullptr)
         throw std::runtime_error("the display cannot be opened: " + display);
-    clipboard_ = ::XCreateSimpleWindow(display_, DefaultRootWindow(display_), 0, 0, 1, 1, 0, 0, 0);
 }
 
 Screen::~Screen() {
@@ -65,45 +60,16 @@ void Screen::key(const char* name, bool withControl) {
 void Screen::type(const std::string& text) {
     // The symbols of Latin characters have their numbers.
     for (const char letter : text)
-        press(static_cast<unsigned char>(letter),
+        press(letter == '\n' ? ::XStringToKeysym("Return") : static_cast<unsigned char>(letter),
               std::isupper(static_cast<unsigned char>(letter)) != 0 ||
                   kShifted.find(letter) != std::string_view::npos,
               false);
 }
 
-void Screen::own() {
-    ::XSetSelectionOwner(display_, ::XInternAtom(display_, "CLIPBOARD", False), clipboard_, CurrentTime);
-    ::XSync(display_, False);
-}
-
-void Screen::serve(const std::string& text) {
-    pollfd connection{ConnectionNumber(display_), POLLIN, 0};
-    if (::XPending(display_) == 0)
-        ::poll(&connection, 1, kPatience);
-    const auto plain = ::XInternAtom(display_, "UTF8_STRING", False);
-    const auto targets = ::XInternAtom(display_, "TARGETS", False);
-    while (::XPending(display_) > 0) {
-        XEvent event;
-        ::XNextEvent(display_, &event);
-        if (event.type != SelectionRequest)
-            continue;
-        const auto& asked = event.xselectionrequest;
-        XEvent answer{};
-        answer.xselection = {
-            SelectionNotify, 0,         True, display_, asked.requestor, asked.selection, asked.target,
-            asked.property,  asked.time};
-        if (asked.target == targets)
-            ::XChangeProperty(display_, asked.requestor, asked.property, XA_ATOM, 32, PropModeReplace,
-                              reinterpret_cast<const unsigned char*>(&plain), 1);
-        else if (asked.target == plain)
-            ::XChangeProperty(display_, asked.requestor, asked.property, plain, 8, PropModeReplace,
-                              reinterpret_cast<const unsigned char*>(text.data()),
-                              static_cast<int>(text.size()));
-        else
-            answer.xselection.property = None;
-        ::XSendEvent(display_, asked.requestor, False, 0, &answer);
-        ::XFlush(display_);
-    }
+void Screen::paste(std::string text) {
+    clipboard_.reset();
+    clipboard_ = std::make_unique<Clipboard>(DisplayString(display_), std::move(text));
+    key("v", true);
 }
 
 void Screen::takePicture(const std::filesystem::path& file) {

@@ -1,7 +1,10 @@
 // A person at a display without a screen: keyboard, pointer, clipboard, and a look at it.
 #pragma once
 
+#include "tests/views/endtoend/Clipboard.h"
+
 #include <filesystem>
+#include <memory>
 #include <string>
 
 struct _XDisplay;
@@ -21,33 +24,18 @@ class Screen {
     void click(double x, double y, Button button = Button::left);
     /// By its name among X11's key symbols, with or without the Control key held down.
     void key(const char* name, bool withControl = false);
-    /// Characters of a keyboard for US English.
+    /// Characters of a keyboard for US English; a line end is the Return key.
     void type(const std::string& text);
-    /// Copies the text and presses Control-V, and hands the text over to whoever asks until `arrived`, which
-    /// is asked again and again.
-    template <class Arrived>
-    bool paste(const std::string& text, const Arrived& arrived) {
-        own();
-        key("v", true);
-        for (int look = 0; look < kLooks; ++look) {
-            serve(text);
-            if (arrived())
-                return true;
-        }
-        return false;
-    }
+    /// Copies the text, as another program would, and presses Control-V.
+    void paste(std::string text);
     /// The whole display as a PNG file.
     void takePicture(const std::filesystem::path& file);
 
   private:
-    static constexpr int kLooks = 400;
-
     void press(unsigned long symbol, bool shifted, bool withControl);
-    void own();
-    void serve(const std::string& text);
 
     _XDisplay* display_;
-    unsigned long clipboard_; ///< a window that nobody sees
+    std::unique_ptr<Clipboard> clipboard_;
 };
 
 } // namespace velto::test

@@ -17,7 +17,8 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr auto kLook = 5ms;
-constexpr auto kBetweenQuestions = 60ms;
+/// Together with the first look, what a block may last longer than this sees of it.
+constexpr auto kBetweenQuestions = 10ms;
 constexpr double kNanosecond = 1e-9;
 
 std::filesystem::path processFolder(pid_t pid) {
@@ -81,14 +82,17 @@ Watchdog::Times Watchdog::times() const {
 
 void Watchdog::watch() {
     while (!over_) {
+        std::this_thread::sleep_for(kBetweenQuestions);
+        auto answer = inquiry_.ask({{"cmd", "ping"}});
+        if (answer.wait_for(kLook) == std::future_status::ready)
+            continue;
         Block block;
         auto before = times();
         auto looked = Clock::now();
-        auto answer = inquiry_.ask({{"cmd", "ping"}});
         while (!over_ && answer.wait_for(kLook) != std::future_status::ready) {
             const auto after = times();
             const auto now = Clock::now();
-            const auto gone = std::min<std::chrono::duration<double>>(now - looked, 2 * kLook);
+            const std::chrono::duration<double> gone = now - looked;
             const double worked = after.ran - before.ran;
             block.worked += worked;
             if (after.state == 'S')
@@ -102,7 +106,6 @@ void Watchdog::watch() {
             longest.waited = std::max(longest.waited, block.waited);
             longest.worked = std::max(longest.worked, block.worked);
         }
-        std::this_thread::sleep_for(kBetweenQuestions);
     }
 }
 

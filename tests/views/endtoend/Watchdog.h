@@ -20,8 +20,7 @@ namespace velto::test {
 /// - Worked: it ran on a core. How long that takes is the machine's and the build's affair: a pane is built
 ///   more slowly with a sanitizer. Limited by what starting the windows took in the same run.
 /// - Waited for a core, or for somebody in the session who waited for one (an answer of the phone app's comes
-///   late on a busy machine): counted for nobody. So is time in which this watchdog did not run itself, and
-///   the disk.
+///   late on a busy machine), this watchdog included: counted for nobody. So is the disk.
 /// - Waited for somebody else in a system call. This is what freezes windows, and it does not get longer on a
 ///   slow machine. Limited to 100 ms, unless a step says why it may be more.
 ///
