@@ -14,7 +14,8 @@ int becomeLocal(char** argv) {
     std::error_code error;
     const auto here = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     for (const auto& folder : {here, std::filesystem::path(VELTO_LIBEXEC)})
-        ::execv((folder / "veltoctl-local").c_str(), argv);
+        if (folder.is_absolute()) // never what lies in the present folder
+            ::execv((folder / "veltoctl-local").c_str(), argv);
     velto::ctl::Output::message("there is no veltoctl-local in " + here.string() + " nor in " VELTO_LIBEXEC);
     return velto::ctl::kFailed;
 }
