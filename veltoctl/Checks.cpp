@@ -76,6 +76,8 @@ Finding soundServer() {
 }
 
 Finding devices() {
+    if (!platform().audioHardware->devices())
+        return {Is::unknown, "the sound server does not answer", "start it first"};
     std::string absent;
     for (const auto name : {AudioBridge::inputDevice, AudioBridge::agentFeed, AudioBridge::outputDevice})
         if (!AudioDevices::find(name))
@@ -93,8 +95,8 @@ Finding devices() {
 }
 
 Finding microphone() {
-    // A first look may come before the server's answer.
-    platform().audioHardware->devices();
+    if (!platform().audioHardware->devices())
+        return {Is::unknown, "the sound server does not answer", "start it first"};
     const auto status = platform().microphoneAccess->status();
     if (status.authorization == MicrophoneAuthorization::authorized)
         return {Is::well, "may be recorded"};

@@ -84,7 +84,8 @@ std::string trouble(CLI::App& app, const CLI::ParseError& error) {
     const auto unknown = app.remaining(true);
     const auto commands = app.get_subcommands();
     const bool hasTooMuch = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) ||
-                            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ValidationError);
+                            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ValidationError) ||
+                            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ConversionError);
     if (hasTooMuch && app.got_subcommand("key"))
         return "say gemini or openai and nothing else: a key is never an argument, where it would stand in "
                "the "

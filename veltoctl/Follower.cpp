@@ -51,11 +51,14 @@ std::optional<int> Follower::look() {
     session_ = session;
     const bool over = !Reply::flag(*status, "running");
     if (show_ == Show::everything) {
-        tellState(*status);
+        // At the end the last lines come before the word that it is over.
+        if (!over || state_.empty())
+            tellState(*status);
         if (!printTranscript(over)) {
             Output::message("Velto has gone");
             return end("gone", kGone);
         }
+        tellState(*status);
     }
     if (!over)
         return std::nullopt;

@@ -3,7 +3,6 @@
 #include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/core/KeychainStore.h"
 #include "VeltoShared/core/TextTrim.h"
-#include "VeltoShared/core/Utf8.h"
 #include "VeltoShared/voice/VoiceProvider.h"
 
 #include <boost/json/serialize.hpp>
@@ -11,6 +10,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 
 namespace velto::ctl::Keys {
@@ -26,20 +27,25 @@ class Unseen {
     Unseen() {
         if (::tcgetattr(STDIN_FILENO, &before_) != 0)
             return;
-        // Ctrl-C must not leave the terminal without echo.
-        ::signal(SIGINT, restoreAndEnd);
+        // No end of this program may leave the terminal without echo.
+        for (const int signal : kEnds)
+            ::signal(signal, restoreAndEnd);
         auto unseen = before_;
         unseen.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        // A shell shows what is typed after it has let a stopped program go on.
+        unseen.c_cc[VSUSP] = _POSIX_VDISABLE;
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &unseen);
     }
     ~Unseen() {
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-        ::signal(SIGINT, SIG_DFL);
+        for (const int signal : kEnds)
+            ::signal(signal, SIG_DFL);
     }
     Unseen(const Unseen&) = delete;
     Unseen& operator=(const Unseen&) = delete;
 
   private:
+    static constexpr std::array kEnds{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
     static void restoreAndEnd(int signal) {
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
         ::signal(signal, SIG_DFL);
@@ -75,14 +81,19 @@ std::string readKey(VoiceProvider provider) {
 int set(VoiceProvider provider) {
     const auto line = readKey(provider);
     const auto key = trimBlanksAndNewlines(line);
-    if (key.empty() || line.size() > kLongest || !isValidUtf8(key)) {
+    // What an arrow key or a paste brings along is not seen, and would only be noticed by the provider.
+    const bool isPlain = std::ranges::all_of(key, [](char byte) { return byte > ' ' && byte < 0x7F; });
+    if (key.empty() || line.size() > kLongest || !isPlain) {
         Output::message(key.empty() ? "no key on standard input; nothing was changed"
-                                    : "that is no key; nothing was changed");
+                                    : "that is no key, which is of visible ASCII characters without blanks; "
+                                      "nothing was changed");
         return kFailed;
     }
     if (KeychainStore::set(key, keyAccount(provider)))
         return kDone;
-    Output::message("the key could not be stored");
+    // The one before is removed first.
+    const bool isLost = KeychainStore::holds(keyAccount(provider)) == SecretStatus::notFound;
+    Output::message(std::string("the key could not be stored") + (isLost ? "; none is stored" : ""));
     return kFailed;
 }
 
@@ -117,15 +128,15 @@ int list(const Arguments& arguments, Output& output) {
 
 } // namespace
 
-int run(const Arguments& arguments, Output& output, const std::function<void(pid_t)>& reload) {
+int run(const Arguments& arguments, Output& output, const std::function<bool(pid_t)>& reload) {
     if (arguments.command == "key list")
         return list(arguments, output);
     const auto provider = voiceProvider(arguments.provider).value_or(VoiceProvider::gemini);
     const int exit = arguments.command == "key set" ? set(provider) : remove(provider);
     if (exit != kDone)
         return exit;
-    if (const auto application = ControlClient::applicationProcess())
-        reload(*application);
+    if (const auto application = ControlClient::applicationProcess(); application && !reload(*application))
+        Output::message("the running Velto could not be told: start it again");
     if (arguments.json)
         output.line(R"({"ok":true})");
     return kDone;

@@ -9,7 +9,8 @@
 
 namespace velto::ctl::Keys {
 
-/// `reload` makes a running application read its keys again. Answers the program's exit.
-int run(const Arguments& arguments, Output& output, const std::function<void(pid_t)>& reload);
+/// `reload` makes a running application read its keys again; false when that cannot be. Answers the program's
+/// exit.
+int run(const Arguments& arguments, Output& output, const std::function<bool(pid_t)>& reload);
 
 } // namespace velto::ctl::Keys

@@ -23,9 +23,9 @@ int main(int argc, char** argv) {
                 if (isKey && (line.starts_with("keyring") || line.starts_with("key file")))
                     Output::message(line);
             });
-        return isKey
-                   ? Keys::run(arguments, output, [](pid_t process) { velto::askToReload(process, "velto"); })
-                   : doctor(arguments, output);
+        return isKey ? Keys::run(arguments, output,
+                                 [](pid_t process) { return velto::askToReload(process, "velto"); })
+                     : doctor(arguments, output);
     });
     ::_exit(exit);
 }

@@ -13,7 +13,8 @@ int becomeLocal(char** argv) {
     const auto helpers = velto::InstallTree::helpers();
     const auto programs = velto::InstallTree::programs();
     for (const auto& folder : {helpers, programs})
-        ::execv((folder / "veltoctl-local").c_str(), argv);
+        if (folder.is_absolute()) // never what lies in the present folder
+            ::execv((folder / "veltoctl-local").c_str(), argv);
     velto::ctl::Output::message("there is no veltoctl-local in " + helpers.string() + " nor in " +
                                 programs.string());
     return velto::ctl::kFailed;

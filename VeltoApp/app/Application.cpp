@@ -34,12 +34,19 @@ bool hasTerminal() {
     return FileDescriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)).get() >= 0;
 }
 
+/// Whether the end of its terminal is to end this program: not one that was started by nohup.
+bool endsWithTerminal() {
+    struct sigaction present {};
+    ::sigaction(SIGHUP, nullptr, &present);
+    return present.sa_handler != SIG_IGN && hasTerminal();
+}
+
 /// SIGHUP asks for the keys to be read again. It comes, too, when the terminal goes in which this program was
 /// started; then it ends the program as ever.
-asio::awaitable<void> readKeysOnHangup(std::unique_ptr<asio::signal_set> hangups, bool inTerminal) {
+asio::awaitable<void> readKeysOnHangup(std::unique_ptr<asio::signal_set> hangups, bool endsWithIt) {
     for (;;) {
         co_await hangups->async_wait(asio::use_awaitable);
-        if (inTerminal && !hasTerminal()) {
+        if (endsWithIt && !hasTerminal()) {
             hangups->clear();
             ::raise(SIGHUP);
         }
@@ -65,8 +72,9 @@ void applicationDidFinishLaunching() {
     Helper::log("driver source: " + DriverState::sourceDir().value_or("none").string());
     ReadinessState::shared()->refresh();
     // Before the control socket is there, by which others find this process.
+    const bool ends = endsWithTerminal();
     Background::spawn(
-        readKeysOnHangup(std::make_unique<asio::signal_set>(Background::executor(), SIGHUP), hasTerminal()));
+        readKeysOnHangup(std::make_unique<asio::signal_set>(Background::executor(), SIGHUP), ends));
     startControlServer();
 }
 

@@ -112,11 +112,14 @@ bool openURL(const std::string& url, std::chrono::milliseconds limit) {
 
 std::optional<std::string> handlerOf(const std::string& scheme) {
     const Ref<GAppInfo> found(g_app_info_get_default_for_uri_scheme(scheme.c_str()));
-    const char* const program = found ? g_app_info_get_executable(found.get()) : nullptr;
-    if (!program)
+    // GIO's own word for the executable keeps the quotes of its line.
+    const char* const line = found ? g_app_info_get_commandline(found.get()) : nullptr;
+    char** parsed = nullptr;
+    if (!line || !g_shell_parse_argv(line, nullptr, &parsed, nullptr))
         return std::nullopt;
-    const std::unique_ptr<char, decltype(&g_free)> path(g_find_program_in_path(program), g_free);
-    return std::string(path ? path.get() : program);
+    const std::unique_ptr<char*, decltype(&g_strfreev)> words(parsed, g_strfreev);
+    const std::unique_ptr<char, decltype(&g_free)> path(g_find_program_in_path(*parsed), g_free);
+    return std::string(path ? path.get() : *parsed);
 }
 
 } // namespace velto

@@ -2,6 +2,7 @@
 #include "rehearsal/director/Director.h"
 
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/ShellWord.h"
 #include "VeltoPlatform/linux/InstallTree.h"
 #include "VeltoPlatform/linux/LinuxFolders.h"
 #include "VeltoPlatform/linux/LinuxWorkspace.h"
@@ -39,6 +40,8 @@ constexpr auto kToAnswerRequest = 15s;
 constexpr auto kBetweenLooks = 150ms;
 /// After the record: for the last reports of the others.
 constexpr auto kToSettle = 3s;
+/// How long the application stays after a call that somebody else placed, who may ask it for the outcome.
+constexpr auto kToBeSeen = 2s;
 /// How long before a kill a sound must have been heard to be sure to be in the file.
 constexpr auto kBeforeKill = 1200ms;
 
@@ -90,6 +93,8 @@ class Rehearsal {
     /// As somebody would who has it open all day.
     bool openPhone();
     bool placeCall();
+    /// Until somebody else has placed the call.
+    bool waitForCall();
     bool follow();
     /// Kills the application once something has been said, and starts it again.
     bool killAndStartAgain();
@@ -246,7 +251,11 @@ std::optional<json::object> Rehearsal::ask(json::object request) {
 }
 
 bool Rehearsal::placeCall() {
+    if (!surroundings_.writeShellLines(session_->environment(), InstallTree::programs()))
+        return fail(surroundings_.shellLines().string() + " could not be written");
     explain();
+    if (options_.wait)
+        return waitForCall();
     const auto reply = ask({{"cmd", "call"}, {"number", scenario_.number}, {"goal", scenario_.goal}});
     const auto* ok = reply ? reply->if_contains("ok") : nullptr;
     if (!reply)
@@ -258,12 +267,30 @@ bool Rehearsal::placeCall() {
     return true;
 }
 
+bool Rehearsal::waitForCall() {
+    const std::chrono::duration<double> limit(scenario_.deadline);
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (stage_.failure().empty() && std::chrono::steady_clock::now() < deadline) {
+        const auto status = ask({{"cmd", "status"}});
+        const auto* session = status ? status->if_contains("session") : nullptr;
+        if (session != nullptr && *session != 0)
+            return true;
+        stage_.waitUntil([] { return false; }, kBetweenLooks);
+    }
+    return fail("nobody placed the call within " + std::to_string(static_cast<int>(limit.count())) + " s");
+}
+
 void Rehearsal::explain() {
-    const auto environment = surroundings_.environmentForPeople(session_->soundEnvironment());
-    out() << "From a second shell, while it runs:\n  export " << environment << "\n  "
-          << (InstallTree::programs() / "veltoctl").string()
-          << " status\n  pactl list short sinks\nLog: " << surroundings_.applicationLog().string() << "\n\n"
-          << "Calling " << scenario_.number << ": " << scenario_.goal << std::endl;
+    out() << "From a second shell, while it runs:\n  . " << surroundings_.shellLines().string()
+          << "\n  veltoctl status\n  veltoctl doctor\n  pactl list short sinks\nLog: "
+          << surroundings_.applicationLog().string() << "\n\n";
+    if (options_.wait)
+        out() << "The call is yours, within " << scenario_.deadline << " s:\n  veltoctl call "
+              << shellWord(scenario_.number) << " --goal " << shellWord(scenario_.goal)
+              << " --follow --json | jq -c .";
+    else
+        out() << "Calling " << scenario_.number << ": " << scenario_.goal;
+    out() << std::endl;
 }
 
 bool Rehearsal::isOver(const json::object& status) {
@@ -324,6 +351,8 @@ bool Rehearsal::follow() {
     printer_.finish();
     takeRecord();
     evidence_.defaultsAfter = session_->defaultDevices();
+    if (options_.wait)
+        stage_.waitUntil([] { return false; }, kToBeSeen);
     return stage_.failure().empty() || fail("");
 }
 

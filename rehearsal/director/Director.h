@@ -32,6 +32,7 @@ struct DirectorOptions {
     bool kill = false;
     SoundServerKind sound = SoundServerKind::pulseAudio;
     Cut cut = Cut::nothing;
+    bool wait = false;    ///< somebody else places the call, within the scenario's deadline
     bool windows = false; ///< on the caller's display, where the application and the phone app are to be seen
     bool json = false;    ///< one JSON object at the end instead of text
     bool keepFolder = false;

@@ -36,8 +36,6 @@ class PrivateSession {
     const Environment& environment() const { return environment_; }
     /// What the phone app finds beside that.
     const Environment& phoneEnvironment() const { return phoneEnvironment_; }
-    /// What leads a shell to the session's sound server.
-    Environment soundEnvironment() const { return sound_->clientEnvironment(); }
     DefaultDevices defaultDevices();
 
     /// Kills the sound server and starts it again.

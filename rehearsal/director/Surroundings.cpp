@@ -1,6 +1,7 @@
 // The private world of a rehearsal.
 #include "rehearsal/director/Surroundings.h"
 
+#include "VeltoPlatform/ShellWord.h"
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/voice/ProviderHosts.h"
 #include "rehearsal/LocalAuthority.h"
@@ -57,11 +58,13 @@ Environment Surroundings::callersDisplay() {
     return display;
 }
 
-std::string Surroundings::environmentForPeople(const std::map<std::string, std::string>& sound) const {
-    std::string text = "XDG_DATA_HOME=" + file("data").string();
-    for (const auto& [name, value] : sound)
-        text.append(" ").append(name).append("=").append(value);
-    return text;
+bool Surroundings::writeShellLines(const Environment& environment,
+                                   const std::filesystem::path& programs) const {
+    std::string text = "export PATH=" + shellWord(programs.native()) + ":\"$PATH\"\n";
+    for (const auto& [name, value] : environment)
+        if (name != "PATH")
+            text.append("export ").append(name).append("=").append(shellWord(value)).append("\n");
+    return writePrivateFile(shellLines(), text);
 }
 
 std::filesystem::path Surroundings::recordings() const {

@@ -7,7 +7,6 @@
 #include <boost/json/object.hpp>
 
 #include <filesystem>
-#include <map>
 #include <string>
 
 namespace velto::rehearsal {
@@ -27,8 +26,10 @@ class Surroundings {
     const Environment& environment() const { return environment_; }
     /// What leads a program to the display of whoever started this one; empty without one.
     static Environment callersDisplay();
-    /// Those of the variables that somebody needs to talk to the application, as shell words.
-    std::string environmentForPeople(const std::map<std::string, std::string>& sound) const;
+    /// Writes the lines that make a shell one of that environment, with `programs` before others on its PATH;
+    /// false when that fails.
+    bool writeShellLines(const Environment& environment, const std::filesystem::path& programs) const;
+    std::filesystem::path shellLines() const { return file("env"); }
 
     const std::filesystem::path& folder() const { return folder_; }
     std::filesystem::path file(const std::string& name) const { return folder_ / name; }

@@ -66,6 +66,8 @@ int main(int argc, char** argv) {
                        "Show the application and the phone app on this display");
     arguments.add_flag("--kill", options.kill,
                        "Kill the application in mid-call, start it again, and look at what it left behind");
+    arguments.add_flag("--wait", options.wait,
+                       "The call is yours: wait until somebody places it, as with veltoctl call");
     arguments.add_option("--sound", sound, "Which sound server to play on: pulseaudio or pipewire")
         ->check(CLI::IsMember({"pulseaudio", "pipewire"}))
         ->capture_default_str();

@@ -1,13 +1,17 @@
 // The control server on a real socket: raw bytes, bad clients, many clients.
 #include "VeltoApp/control/ControlListener.h"
+#include "VeltoPlatform/FileDescriptor.h"
+#include "VeltoShared/control/ControlAddress.h"
 #include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/core/TextTrim.h"
 #include "tests/control/ServerFixture.h"
 
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -31,6 +35,20 @@ class ControlServerTest : public ServerFixture {
         return messages;
     }
 };
+
+TEST_F(ControlServerTest, AnotherUsersListenerIsNotTheApplication) {
+    EXPECT_EQ(ControlClient::applicationProcess(), ::getpid());
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be another user";
+    fs::remove(path());
+    const FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(listener.get(), ControlAddress(path()).get(), ControlAddress::kLength), 0);
+    ASSERT_EQ(::seteuid(65534), 0);
+    EXPECT_EQ(::listen(listener.get(), 1), 0); // the socket keeps who listened
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_TRUE(ControlClient::somebodyListens());
+    EXPECT_EQ(ControlClient::applicationProcess(), std::nullopt);
+}
 
 TEST_F(ControlServerTest, listensForItsOwnerAlone) {
     struct stat status {};

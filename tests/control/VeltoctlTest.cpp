@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 
 namespace velto::test {
 namespace {
@@ -206,9 +207,12 @@ TEST_F(VeltoctlTest, keysAreNoArgumentsAndWithoutAKeyringAnError) {
         EXPECT_NE(run.err.find("never an argument"), std::string::npos) << run.err;
         EXPECT_EQ(run.err.find("sk-secret"), std::string::npos);
     }
-    const auto run = veltoctl("key set gemini </dev/null");
-    EXPECT_EQ(run.exit, 2);
-    EXPECT_NE(run.err.find("nothing was changed"), std::string::npos) << run.err;
+    for (const auto* nothing : {"", "sk\x1b[D-secret", "sk secret"}) {
+        std::ofstream(computer.root() / "typed") << nothing << '\n';
+        const auto run = veltoctl("key set gemini <'" + (computer.root() / "typed").string() + "'");
+        EXPECT_EQ(run.exit, 2);
+        EXPECT_NE(run.err.find("nothing was changed"), std::string::npos) << run.err;
+    }
     EXPECT_EQ(veltoctl("key list").exit, 2);
     const auto checks = veltoctl("doctor --json");
     EXPECT_EQ(checks.exit, 1);

@@ -16,7 +16,6 @@ for word in $(sort -u <<<"$all"); do
   done
 done
 for page in "$packaging"/man/*; do
-  command -v groff >/dev/null || continue
   said=$(groff -ww -z -man -mdoc -Tutf8 "$page" 2>&1)
   [ -z "$said" ] || { echo "$said"; status=1; }
 done

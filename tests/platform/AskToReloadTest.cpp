@@ -1,0 +1,60 @@
+// Which processes are sent SIGHUP.
+#include "VeltoPlatform/linux/AskToReload.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace velto {
+namespace {
+
+/// How a child ends that handles SIGHUP so, and that is told to end when it was not asked to reload.
+struct Asked {
+    bool answer = false;
+    int status = 0;
+};
+
+Asked ask(void (*handler)(int), const char* program) {
+    int ready[2];
+    EXPECT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::signal(SIGHUP, handler);
+        static_cast<void>(::write(ready[1], "r", 1) == 1);
+        for (;;)
+            ::pause();
+    }
+    char byte = 0;
+    EXPECT_EQ(::read(ready[0], &byte, 1), 1);
+    ::close(ready[0]);
+    ::close(ready[1]);
+    Asked asked;
+    asked.answer = askToReload(child, program);
+    if (!asked.answer)
+        ::kill(child, SIGTERM);
+    ::waitpid(child, &asked.status, 0);
+    return asked;
+}
+
+void reload(int) {
+    ::_exit(7);
+}
+
+TEST(AskToReload, OnlyTheProgramThatCatchesIt) {
+    const auto told = ask(reload, "ask_to_reload_test");
+    EXPECT_TRUE(told.answer);
+    EXPECT_TRUE(WIFEXITED(told.status) && WEXITSTATUS(told.status) == 7) << told.status;
+    for (const auto& left :
+         {ask(reload, "velto"), ask(SIG_DFL, "ask_to_reload_test"), ask(SIG_IGN, "ask_to_reload_test")}) {
+        EXPECT_FALSE(left.answer);
+        EXPECT_TRUE(WIFSIGNALED(left.status) && WTERMSIG(left.status) == SIGTERM) << left.status;
+    }
+    EXPECT_FALSE(askToReload(0, "ask_to_reload_test"));
+    EXPECT_FALSE(askToReload(-1, "ask_to_reload_test"));
+}
+
+} // namespace
+} // namespace velto
