@@ -83,5 +83,18 @@ TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
     EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));
 }
 
+TEST_F(WaveformTest, ATranscriptSaysThatItsRecordingCannotBePlayed) {
+    CallRecord call;
+    call.number = "+15550126";
+    call.recordingPath = keep("a.wav", std::vector<std::int16_t>(16'000, 9'000)).string();
+    bench.history.insertFirst(std::move(call));
+    openPane("History");
+    ASSERT_TRUE(press("+15550126", QAccessible::ListItem));
+    std::filesystem::remove(AppPaths::recordings() / "a.wav");
+    EXPECT_FALSE(reads("Cannot play a.wav on Speaker"));
+    click(0.5);
+    EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));
+}
+
 } // namespace
 } // namespace velto::test
