@@ -165,10 +165,8 @@ bool PulseServer::ask(const std::function<std::vector<pa_operation*>(pa_context*
     const auto until = std::chrono::steady_clock::now() + answerLimit;
     if (pa_threaded_mainloop_in_thread(loop_) != 0)
         return false;
-    if (!waitUntilReady(until)) {
-        seekSoon();
+    if (!waitUntilReady(until) && !(seekNow() && waitUntilReady(until)))
         return false;
-    }
     std::optional<PulseQuestion> question;
     {
         Lock lock(*this);
@@ -249,12 +247,18 @@ void PulseServer::schedule() {
     pa_context_rttime_restart(connections_[0].context, timer_, at);
 }
 
-void PulseServer::seekSoon() {
+/// For who asks while nothing is open and the next try may be far off; false when nothing was to be tried.
+bool PulseServer::seekNow() {
     Lock lock(*this);
-    if (retry_ == 0)
-        return;
+    if (!listeners_.empty() || std::ranges::none_of(connections_, &Connection::failed))
+        return false;
     retry_ = 0;
+    publish(State::connecting);
+    for (auto& connection : connections_)
+        if (connection.failed)
+            connect(connection);
     schedule();
+    return true;
 }
 
 void PulseServer::tellReturn() {

@@ -29,7 +29,7 @@ class PulseListener {
 
 /// Speaks to PulseAudio or to pipewire-pulse. One context a direction: over a common one pipewire-pulse
 /// delivers capture in bursts. A lost server is sought for as long as this lives, every 250 ms while anything
-/// is on it and after each question, else less and less often, every 4 s at last; its units and hardware
+/// is on it, else at each question and less and less often, every 4 s at last; its units and hardware
 /// share its ownership. Nobody waits for the server longer than `answerLimit`; once it has left a question
 /// unanswered, further ones fail at once until it answers again.
 class PulseServer {
@@ -99,7 +99,7 @@ class PulseServer {
     pa_usec_t dueAt(const Connection& connection) const;
     void tick();
     void schedule();
-    void seekSoon();
+    bool seekNow();
     void tellReturn();
 
     Log log_;
