@@ -1,6 +1,8 @@
 // The windowed program from its start to its first frame, its memory with both windows open, and what it does
-// when nothing happens: drawn by the program's own choice, and beside it with a graphics driver (Mesa's).
+// when nothing happens: drawn by the program's own choice, and beside it with a graphics driver (Mesa's) and
+// the least that Qt Quick can do. The program without windows when nothing happens. The longest frames.
 #include "rehearsal/PrivateDesktop.h"
+#include "rehearsal/PrivateSoundServer.h"
 #include "rehearsal/process/TextFile.h"
 
 #include <unistd.h>
@@ -22,6 +24,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kStarts = 20;
 constexpr auto kIdle = 5s;
+constexpr int kWidth = 1920;
+constexpr int kHeight = 1200;
 
 double since(Clock::time_point begin) {
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
@@ -57,78 +61,144 @@ long processorTime(const std::filesystem::path& process) {
     return (user + system) * 1000 / ::sysconf(_SC_CLK_TCK);
 }
 
-struct Figures {
-    double median = 0;
-    double worst = 0;
-};
+void tellIdle(const char* title, const std::filesystem::path& proc) {
+    const long time = processorTime(proc);
+    const long woken = switches(proc);
+    std::this_thread::sleep_for(kIdle);
+    std::printf("%s: 5 s of nothing: %ld ms of processor time, %ld wake-ups (aim: none)\n", title,
+                processorTime(proc) - time, switches(proc) - woken);
+}
 
-/// A first run, which opens both windows; none when a start shows nothing.
-std::optional<Figures> measure(const rehearsal::PrivateDesktop& desktop, const std::filesystem::path& folder,
-                               const char* title, const rehearsal::Environment& extra) {
-    std::vector<double> starts;
-    for (int round = 0; round < kStarts; ++round) {
-        const auto home = folder / (std::string(title) + std::to_string(round));
-        auto own = rehearsal::makePrivateFolders(home);
-        if (!own)
-            return {};
-        (*own)["DBUS_SESSION_BUS_ADDRESS"] = desktop.busAddress();
-        (*own)["DISPLAY"] = desktop.display();
-        (*own)["QT_FORCE_STDERR_LOGGING"] = "1";
-        (*own)["QT_LOGGING_RULES"] = "qt.scenegraph.time.renderloop.debug=true";
-        for (const auto& [name, value] : extra)
-            (*own)[name] = value;
-        rehearsal::ChildProgram program;
-        program.title = title;
-        // Standard error is what Qt tells of its frames on.
-        program.arguments = {"/bin/sh", "-c", "exec " VELTO_PROGRAM " 2>&1"};
-        program.environment = *own;
-        const auto begin = Clock::now();
-        auto process = ChildProcess::start(program);
-        bool shown = false;
-        while (process && !shown && since(begin) < 20'000) {
-            for (const auto& line : process->readLines())
-                shown = shown || line.find("rame rendered") != std::string::npos;
-            std::this_thread::sleep_for(1ms);
+void tellMemory(const char* title, const std::filesystem::path& proc) {
+    const auto rollup = proc / "smaps_rollup";
+    std::printf(
+        "%s: %.0f MB resident, %.0f MB its share (aim of velto, with both windows open: at most 120)\n",
+        title, static_cast<double>(number(rollup, "Rss:")) / 1000,
+        static_cast<double>(number(rollup, "Pss:")) / 1000);
+}
+
+class Bench {
+  public:
+    Bench(std::filesystem::path folder, rehearsal::Environment session)
+        : folder_(std::move(folder)), session_(std::move(session)) {}
+
+    /// The median of a window's starts, ms; of Velto a first run, which opens both windows. None when one
+    /// shows nothing.
+    std::optional<double> starts(const char* title, const std::string& program,
+                                 const rehearsal::Environment& extra = {}) {
+        std::vector<double> starts;
+        for (int round = 0; round < kStarts; ++round) {
+            const auto begin = Clock::now();
+            auto process = start(title, {program}, extra);
+            if (!process || !shows(*process, begin))
+                return {};
+            starts.push_back(since(begin));
+            if (round + 1 == kStarts) {
+                std::this_thread::sleep_for(3s);
+                const auto proc = procOf(*process);
+                tellMemory(title, proc);
+                tellIdle(title, proc);
+            }
+            process->stop();
         }
-        if (!shown)
-            return {};
-        starts.push_back(since(begin));
-        if (round + 1 == kStarts) {
-            std::this_thread::sleep_for(3s);
-            const std::filesystem::path proc = "/proc/" + std::to_string(process->pid());
-            const auto rollup = proc / "smaps_rollup";
-            std::printf("%s: both windows open: %.0f MB resident, %.0f MB its share (aim: at most 120)\n",
-                        title, static_cast<double>(number(rollup, "Rss:")) / 1000,
-                        static_cast<double>(number(rollup, "Pss:")) / 1000);
-            const long time = processorTime(proc);
-            const long woken = switches(proc);
-            std::this_thread::sleep_for(kIdle);
-            std::printf("%s: 5 s of nothing: %ld ms of processor time (aim: none), %ld wake-ups\n", title,
-                        processorTime(proc) - time, switches(proc) - woken);
-        }
+        std::ranges::sort(starts);
+        const double median = starts[starts.size() / 2];
+        std::printf("%s: start to first frame: median %.0f ms, worst %.0f ms of %d (aim: at most 400)\n",
+                    title, median, starts.back(), kStarts);
+        std::fflush(stdout);
+        return median;
+    }
+
+    void headless() {
+        auto process = start("headless", {VELTO_PROGRAM, "--headless"}, {});
+        if (!process)
+            return;
+        std::this_thread::sleep_for(3s);
+        tellMemory("velto --headless", procOf(*process));
+        tellIdle("velto --headless", procOf(*process));
         process->stop();
     }
-    std::ranges::sort(starts);
-    std::printf("%s: start to first frame: median %.0f ms, worst %.0f ms of %d (aim: at most 400)\n", title,
-                starts[starts.size() / 2], starts.back(), kStarts);
-    return Figures{starts[starts.size() / 2], starts.back()};
-}
+
+    /// What `velto-frames` says.
+    bool frames(const char* scale) {
+        auto process = start("frames", {VELTO_FRAMES, std::to_string(kWidth), std::to_string(kHeight)},
+                             {{"QT_SCALE_FACTOR", scale}, {"QT_LOGGING_RULES", ""}});
+        if (!process)
+            return false;
+        std::printf("a window of %d x %d at scale %s:\n", kWidth, kHeight, scale);
+        const auto tell = [&] {
+            for (const auto& line : process->readLines())
+                std::printf("  %s\n", line.c_str());
+            std::fflush(stdout);
+        };
+        while (!process->endsWithin(100ms))
+            tell();
+        tell();
+        return process->exitStatus() == 0;
+    }
+
+  private:
+    static std::filesystem::path procOf(const ChildProcess& process) {
+        return "/proc/" + std::to_string(process.pid());
+    }
+    static bool shows(ChildProcess& process, Clock::time_point begin) {
+        while (since(begin) < 20'000) {
+            for (const auto& line : process.readLines())
+                if (line.find("rame rendered") != std::string::npos)
+                    return true;
+            std::this_thread::sleep_for(1ms);
+        }
+        return false;
+    }
+    std::optional<ChildProcess> start(const char* title, std::vector<std::string> arguments,
+                                      const rehearsal::Environment& extra) {
+        const auto own = rehearsal::makePrivateFolders(folder_ / std::to_string(++runs_));
+        if (!own)
+            return {};
+        rehearsal::ChildProgram program;
+        program.title = title;
+        program.environment = *own;
+        for (const auto& some : {session_, extra})
+            for (const auto& [name, value] : some)
+                program.environment[name] = value;
+        // Standard error is what Qt tells of its frames on.
+        program.arguments = {"/bin/sh", "-c", "exec \"$@\" 2>&1", "sh"};
+        std::ranges::move(arguments, std::back_inserter(program.arguments));
+        return ChildProcess::start(program);
+    }
+
+    std::filesystem::path folder_;
+    rehearsal::Environment session_;
+    int runs_ = 0;
+};
 
 int run(const std::filesystem::path& folder) {
     const auto folders = rehearsal::makePrivateFolders(folder / "d");
     if (!folders)
         return 1;
-    const auto desktop = rehearsal::PrivateDesktop::start(folder / "d", *folders, {.display = true});
-    if (!desktop) {
-        std::fprintf(stderr, "%s\n", desktop.error().description.c_str());
+    const auto desktop = rehearsal::PrivateDesktop::start(
+        folder / "d", *folders,
+        {.display = true, .screen = std::to_string(kWidth) + 'x' + std::to_string(kHeight) + "x24"});
+    const auto sound = rehearsal::PrivateSoundServer::start(folder / "s");
+    if (!desktop || !sound) {
+        std::fprintf(stderr, "%s\n", (desktop ? sound.error() : desktop.error()).description.c_str());
         return 1;
     }
-    const auto ours = measure(**desktop, folder, "velto", {});
-    const auto driver = measure(**desktop, folder, "with-driver", {{"QSG_RHI_BACKEND", "opengl"}});
-    if (!ours || !driver)
+    auto session = (*sound)->clientEnvironment();
+    session["DBUS_SESSION_BUS_ADDRESS"] = (*desktop)->busAddress();
+    session["DISPLAY"] = (*desktop)->display();
+    session["QT_FORCE_STDERR_LOGGING"] = "1";
+    session["QT_LOGGING_RULES"] = "qt.scenegraph.time.renderloop.debug=true";
+    Bench bench(folder, std::move(session));
+    const auto ours = bench.starts("velto", VELTO_PROGRAM);
+    const auto driver = bench.starts("with a driver", VELTO_PROGRAM, {{"QSG_RHI_BACKEND", "opengl"}});
+    const auto floor = bench.starts("a window with a text", VELTO_FLOOR);
+    if (!ours || !driver || !floor)
         return 1;
-    std::printf("ratio of the medians: %.2f\n", ours->median / driver->median);
-    return 0;
+    std::printf("ratio of the medians: to the driver %.2f, to the window with a text %.2f\n", *ours / *driver,
+                *ours / *floor);
+    bench.headless();
+    return bench.frames("1") && bench.frames("2") ? 0 : 1;
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "VeltoShared/audio/AudioDevices.h"
 #include "VeltoShared/audio/AudioRouting.h"
-#include "VeltoShared/audio/Wav.h"
+#include "VeltoShared/audio/WavFormat.h"
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/TextTrim.h"
 
@@ -27,6 +27,11 @@ std::optional<RecordingState::File> look(const fs::directory_entry& entry) {
 
 } // namespace
 
+Source::Source(const std::filesystem::path& path, double rate) : file(path) {
+    if (const auto found = WavFormat::find(file))
+        sound = MonoSound::of(*found, rate);
+}
+
 asio::awaitable<std::vector<RecordingState::File>> list() {
     std::vector<RecordingState::File> files;
     std::error_code error;
@@ -39,15 +44,24 @@ asio::awaitable<std::vector<RecordingState::File>> list() {
 }
 
 asio::awaitable<Prepared> prepare(std::string name, std::string device, double rate) {
-    Prepared prepared{std::string(trimBlanks(device)), std::nullopt};
+    Prepared prepared{std::string(trimBlanks(device)), nullptr};
     if (prepared.device.empty())
         prepared.device = AudioRouting::defaultOutputName();
     // A path could lead anywhere. A device is looked for here, where a silent server may be waited for.
     const bool isInFolder = name.find('/') == std::string::npos;
     if (isInFolder && AudioDevices::find(prepared.device))
-        if (auto sound = Wav::readMono16(AppPaths::recordings() / name, rate))
-            prepared.samples = std::move(sound->samples);
+        if (auto source = std::make_shared<Source>(AppPaths::recordings() / name, rate); source->sound)
+            prepared.source = std::move(source);
     co_return prepared;
+}
+
+asio::awaitable<std::vector<std::int16_t>> piece(std::shared_ptr<Source> source, std::size_t first,
+                                                 std::size_t count) {
+    const auto end = source->sound->size();
+    std::vector<std::int16_t> samples(std::min(count, end - std::min(first, end)));
+    if (!source->sound->read(first, samples))
+        samples.clear();
+    co_return samples;
 }
 
 } // namespace velto::RecordingFiles

@@ -77,12 +77,13 @@ void RecordingState::endRecording() {
 /// What a feeder works on.
 struct RecordingState::Feed {
     std::weak_ptr<AudioPlayback> playback;
-    std::vector<std::int16_t> samples;
+    std::shared_ptr<RecordingFiles::Source> source;
     std::size_t from = 0; ///< sample
 };
 
 void RecordingState::play(std::string name, std::string device, double from) {
     endPlayback();
+    unplayable.set({});
     MainThread::spawn(begin(weak_from_this(), lastPlay_, std::move(name), std::move(device), from));
 }
 
@@ -98,38 +99,42 @@ asio::awaitable<void> RecordingState::begin(std::weak_ptr<RecordingState> weak, 
     const auto self = weak.lock();
     if (!self || self->lastPlay_ != number)
         co_return;
-    if (prepared.samples)
+    if (prepared.source)
         self->playback_ = AudioPlayback::open(prepared.device, kRate, kChannels);
     if (!self->playback_) {
         self->status.set("Cannot play " + name + " on " + prepared.device);
+        self->unplayable.set(name);
         co_return;
     }
-    auto& samples = *prepared.samples;
-    const double first = std::clamp(from * kRate, 0.0, static_cast<double>(samples.size()));
+    const double first = std::clamp(from * kRate, 0.0, static_cast<double>(prepared.source->sound->size()));
     self->playback_->start();
     self->status.set("Playing " + name);
     self->playing.set(Playing{std::move(name), first / kRate});
     Background::spawn(
-        feed(weak, number, {self->playback_, std::move(samples), static_cast<std::size_t>(first)}));
+        feed(weak, number, {self->playback_, prepared.source, static_cast<std::size_t>(first)}));
 }
 
-/// Each block's time is counted from the first one's: waits that end late would add up to gaps.
+/// Each block's time is counted from the first one's: waits that end late would add up to gaps. While one
+/// plays, the next is read.
 asio::awaitable<void> RecordingState::feed(std::weak_ptr<RecordingState> weak, std::uint64_t number,
                                            Feed sound) {
-    const std::span<const std::int16_t> samples(sound.samples);
+    auto at = sound.from;
+    auto block = co_await Blocking::run(RecordingFiles::piece(sound.source, at, kBlock));
     auto next = Clock::shared().steadyNow();
-    for (std::size_t at = sound.from; at < samples.size(); at += kBlock) {
+    while (!block.empty()) {
         {
             const auto playback = sound.playback.lock();
             if (!playback)
                 co_return;
-            playback->write(samples.subspan(at, std::min(kBlock, samples.size() - at)));
+            playback->write(block);
         }
         MainThread::post([weak, number, position = static_cast<double>(at) / kRate] {
             if (const auto self = weak.lock())
                 self->follow(number, position);
         });
         next += kBlockTime;
+        at += block.size();
+        block = co_await Blocking::run(RecordingFiles::piece(sound.source, at, kBlock));
         co_await Clock::shared().sleep(next - Clock::shared().steadyNow());
     }
     co_await Clock::shared().sleep(kTail);

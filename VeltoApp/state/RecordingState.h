@@ -37,6 +37,9 @@ class RecordingState : public ObservableObject, public std::enable_shared_from_t
     Published<std::vector<File>> files{*this}; ///< those in `AppPaths::recordings()`, by name
     Published<bool> recording{*this, false};
     Published<std::string> status{*this}; ///< one line about the last recording or playback
+    /// The recording that was to be played and could not be, until the next one is asked for; `status` says
+    /// so.
+    Published<std::string> unplayable{*this};
     /// What is being played, ten times a second; none when it has ended or was stopped.
     Published<std::optional<Playing>> playing{*this};
     /// Length of a recording at most, s.
@@ -51,7 +54,8 @@ class RecordingState : public ObservableObject, public std::enable_shared_from_t
     void stop();
     /// Ends what is played and plays the recording of this name, soon after, on a device; on the default
     /// output when that is blank. A name is that of a file in the folder, no path. From a place in it, s; a
-    /// place behind its end plays nothing.
+    /// place behind its end plays nothing. The file is read while it plays; where it has been cut off it
+    /// ends.
     void play(std::string name, std::string device, double from = 0);
     /// Ends what is played, or is about to be.
     void stopPlaying();

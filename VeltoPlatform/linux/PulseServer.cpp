@@ -17,6 +17,8 @@ namespace {
 
 constexpr pa_usec_t tickPeriod = 125 * PA_USEC_PER_MSEC;
 constexpr pa_usec_t retryPeriod = 250 * PA_USEC_PER_MSEC;
+/// With nothing open and nobody asking.
+constexpr pa_usec_t longestRetry = 4 * PA_USEC_PER_SEC;
 /// A server that accepts the connection and then says nothing is tried afresh.
 constexpr pa_usec_t connectLimit = 2 * PA_USEC_PER_SEC;
 /// How long the observer of the return waits for units to find their devices again.
@@ -43,11 +45,12 @@ PulseServer::PulseServer(Log log, std::string address)
     for (auto& connection : connections_)
         connect(connection);
     timer_ = pa_context_rttime_new(
-        connections_[0].context, pa_rtclock_now() + tickPeriod,
+        connections_[0].context, PA_USEC_INVALID,
         [](pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
             static_cast<PulseServer*>(self)->tick();
         },
         this);
+    schedule();
     pa_threaded_mainloop_start(loop_);
 }
 
@@ -117,6 +120,7 @@ void PulseServer::failed(Connection& connection) {
     if (trouble_ == PA_OK) // it accepted the connection, and that was all
         trouble_ = PA_ERR_TIMEOUT;
     publish(State::lost);
+    schedule();
     if (lostAt_ != 0)
         return;
     lostAt_ = connection.since;
@@ -136,6 +140,8 @@ void PulseServer::becameReady() {
         lostAt_ = 0;
         returnAt_ = pa_rtclock_now();
     }
+    retry_ = 0;
+    schedule();
 }
 
 void PulseServer::publish(State state) {
@@ -157,7 +163,9 @@ bool PulseServer::waitUntilReady(std::chrono::steady_clock::time_point until) {
 
 bool PulseServer::ask(const std::function<std::vector<pa_operation*>(pa_context*)>& begin) {
     const auto until = std::chrono::steady_clock::now() + answerLimit;
-    if (pa_threaded_mainloop_in_thread(loop_) != 0 || !waitUntilReady(until))
+    if (pa_threaded_mainloop_in_thread(loop_) != 0)
+        return false;
+    if (!waitUntilReady(until) && !(seekNow() && waitUntilReady(until)))
         return false;
     std::optional<PulseQuestion> question;
     {
@@ -200,22 +208,57 @@ void PulseServer::leftUnanswered() {
         pa_operation_unref(probe);
 }
 
+pa_usec_t PulseServer::dueAt(const Connection& connection) const {
+    return connection.since + (connection.failed ? std::max(retry_, retryPeriod) : connectLimit);
+}
+
 void PulseServer::tick() {
     const auto now = pa_rtclock_now();
-    for (auto& connection : connections_) {
-        const auto age = now - connection.since;
-        if (!connection.ready && age >= (connection.failed ? retryPeriod : connectLimit)) {
+    const auto isDue = [&](const Connection& each) { return !each.ready && now >= dueAt(each); };
+    if (std::ranges::any_of(connections_, isDue)) {
+        for (auto& connection : connections_) {
+            if (!isDue(connection))
+                continue;
             if (!connection.failed)
                 failed(connection);
             connect(connection);
         }
+        retry_ = listeners_.empty() ? std::min(2 * std::max(retry_, retryPeriod), longestRetry) : 0;
     }
     for (auto* listener : listeners_)
         listener->tick();
     if (returnAt_ != 0 && lostAt_ == 0 &&
         (std::ranges::all_of(listeners_, &PulseListener::settled) || now - returnAt_ > settleLimit))
         tellReturn();
-    pa_context_rttime_restart(connections_[0].context, timer_, pa_rtclock_now() + tickPeriod);
+    schedule();
+}
+
+/// The next tick, if there is anything to do in one: an idle program does not wake up.
+void PulseServer::schedule() {
+    if (timer_ == nullptr)
+        return;
+    auto at = PA_USEC_INVALID;
+    if (!listeners_.empty() || (returnAt_ != 0 && lostAt_ == 0))
+        at = pa_rtclock_now() + tickPeriod;
+    else
+        for (const auto& connection : connections_)
+            if (!connection.ready)
+                at = std::min(at, dueAt(connection));
+    pa_context_rttime_restart(connections_[0].context, timer_, at);
+}
+
+/// For who asks while nothing is open and the next try may be far off; false when nothing was to be tried.
+bool PulseServer::seekNow() {
+    Lock lock(*this);
+    if (!listeners_.empty() || std::ranges::none_of(connections_, &Connection::failed))
+        return false;
+    retry_ = 0;
+    publish(State::connecting);
+    for (auto& connection : connections_)
+        if (connection.failed)
+            connect(connection);
+    schedule();
+    return true;
 }
 
 void PulseServer::tellReturn() {
@@ -236,6 +279,9 @@ pa_context* PulseServer::context(AudioDirection direction) const {
 
 void PulseServer::add(PulseListener& listener) {
     listeners_.push_back(&listener);
+    retry_ = 0;
+    if (listeners_.size() == 1)
+        schedule();
 }
 
 void PulseServer::remove(PulseListener& listener) {

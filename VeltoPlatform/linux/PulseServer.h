@@ -28,9 +28,10 @@ class PulseListener {
 };
 
 /// Speaks to PulseAudio or to pipewire-pulse. One context a direction: over a common one pipewire-pulse
-/// delivers capture in bursts. A lost server is sought every 250 ms for as long as this lives; its units and
-/// hardware share its ownership. Nobody waits for the server longer than `answerLimit`; once it has left a
-/// question unanswered, further ones fail at once until it answers again.
+/// delivers capture in bursts. A lost server is sought for as long as this lives, every 250 ms while anything
+/// is on it, else at each question and less and less often, every 4 s at last; its units and hardware
+/// share its ownership. Nobody waits for the server longer than `answerLimit`; once it has left a question
+/// unanswered, further ones fail at once until it answers again.
 class PulseServer {
   public:
     using Log = std::function<void(const std::string&)>;
@@ -95,7 +96,10 @@ class PulseServer {
     void publish(State state);
     bool waitUntilReady(std::chrono::steady_clock::time_point until);
     void leftUnanswered();
+    pa_usec_t dueAt(const Connection& connection) const;
     void tick();
+    void schedule();
+    bool seekNow();
     void tellReturn();
 
     Log log_;
@@ -108,6 +112,7 @@ class PulseServer {
     int trouble_ = PA_OK;
     pa_usec_t lostAt_ = 0;   ///< 0 while it is there
     pa_usec_t returnAt_ = 0; ///< 0 when the observer has been told
+    pa_usec_t retry_ = 0;    ///< how long a failed connection waits; 0 is the shortest
     bool everReady_ = false;
 
     std::mutex stateMutex_;

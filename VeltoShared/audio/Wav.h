@@ -15,9 +15,8 @@ struct Sound {
     std::vector<std::int16_t> samples;
 };
 
-/// The whole file, channels averaged, at `targetRate` Hz by linear interpolation when one is given. None when
-/// it is no regular file that can be read, no WAV file of 16-bit integer PCM, or cannot be converted: a rate
-/// that is not above zero, or a result of 2³¹ samples or more. Blocks while it reads. Any thread.
+/// The whole file, as `MonoSound`. None when it is no regular file that can be read, no WAV file of 16-bit
+/// integer PCM, or cannot be converted. Blocks while it reads. Any thread.
 std::optional<Sound> readMono16(const std::filesystem::path& url, std::optional<double> targetRate = {});
 
 /// The same of a file that has been looked into.

@@ -1,5 +1,7 @@
 // WAV files, ours and everybody else's: what is read from them, and what is refused.
 #include "VeltoShared/audio/Wav.h"
+#include "VeltoShared/audio/FileBytes.h"
+#include "VeltoShared/audio/MonoSound.h"
 #include "VeltoShared/audio/WavFormat.h"
 #include "tests/support/TestComputer.h"
 
@@ -81,6 +83,23 @@ TEST_F(WavTest, ChannelsAreAveragedTowardsZero) {
     EXPECT_EQ(read(riff(format(0, 8000) + chunk("data", pcm({5, 6}))))->samples, (Samples{5, 6}));
     Samples wide(65535, -32768);
     EXPECT_EQ(read(riff(format(65535, 8000) + chunk("data", pcm(wide))))->samples, Samples{-32768});
+}
+
+TEST_F(WavTest, AnyPieceIsAsInTheWhole) {
+    Samples sound(30'000);
+    for (std::size_t i = 0; i < sound.size(); ++i)
+        sound[i] = static_cast<std::int16_t>(i * i);
+    FileBytes bytes(file(riff(format(1, 16'000) + chunk("data", pcm(sound)))));
+    for (const double rate : {16'000, 44'100, 8000}) {
+        auto mono = MonoSound::of(*WavFormat::find(bytes), rate);
+        const auto whole = Wav::toMono16(*WavFormat::find(bytes), rate)->samples;
+        for (const std::size_t first : {std::size_t{9000}, whole.size() - 5000, std::size_t{0}}) {
+            Samples piece(5000);
+            ASSERT_TRUE(mono->read(first, piece));
+            EXPECT_TRUE(std::equal(piece.begin(), piece.end(), whole.begin() + static_cast<long>(first)));
+        }
+        EXPECT_FALSE(mono->read(whole.size(), std::span(sound).first(1))) << rate;
+    }
 }
 
 TEST_F(WavTest, ChunksAreWalkedToTheEnd) {

@@ -194,6 +194,17 @@ TEST_F(RecordingStateTest, PlaysFromAPlaceTellsWhereItIsAndStops) {
     EXPECT_FALSE(state->playing()) << "stopped before it began";
 }
 
+TEST_F(RecordingStateTest, ReadsTheFileWhileItPlays) {
+    keep("a.wav", Samples(160'000, 5));
+    play("a.wav", "Speaker");
+    fs::resize_file(folder() / "a.wav", 44 + std::uintmax_t{2} * 100'000);
+    loop.advance(6s);
+    EXPECT_TRUE(state->playing());
+    loop.advance(1s);
+    EXPECT_FALSE(state->playing()) << "from 6.2 s on there is nothing";
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
+}
+
 TEST_F(RecordingStateTest, SaysWhatCannotBePlayed) {
     keep("a.wav", Samples(1600, 1));
     fs::copy(folder() / "a.wav", AppPaths::support() / "outside.wav");

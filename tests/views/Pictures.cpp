@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -116,20 +117,26 @@ class Photographer {
         WindowBench bench;
         bench.addKey();
         addCalls(bench);
-        addRecording();
+        auto calls = bench.history.records();
+        calls.front().recordingPath = addRecording().string();
+        bench.history.records.set(std::move(calls));
         bench.drivers.clear();
         bench.settings.monitorDevice.set("Speaker");
         bench.computer.preferences.set("velto.settingsTab", std::string("debug"));
         auto& window = bench.open(QStringLiteral("SettingsView.qml"));
         const ScreenReader reader(window, [&] { bench.settle(); });
         bench.goLive(kNumber);
+        const auto listen = [&] {
+            if (auto* const wave = reader.item(QAccessible::Slider, "Place in the recording"))
+                wave->setProperty("value", 13);
+        };
         for (const char* pane : {"Native", "Recordings", "History", "Diagnostics", "Routing", "Drivers"}) {
             reader.pick("Pane", pane);
             reader.press("Run checks");
-            if (auto* const wave = reader.item(QAccessible::Slider, "Place in the recording"))
-                wave->setProperty("value", 13);
+            listen();
             take(window, "settings-" + std::string(pane));
             if (reader.press(kNumber, QAccessible::ListItem)) {
+                listen();
                 take(window, "settings-transcript");
                 reader.press("Done");
             }
@@ -141,7 +148,7 @@ class Photographer {
     }
 
     /// Syllables with pauses between sentences.
-    static void addRecording() {
+    static std::filesystem::path addRecording() {
         std::vector<std::int16_t> sound(std::size_t{40} * 16'000);
         for (std::size_t i = 0; i < sound.size(); ++i) {
             const double time = static_cast<double>(i) / 16'000;
@@ -149,9 +156,11 @@ class Photographer {
                 std::sin(time * 1.3) > -0.3 ? std::abs(std::sin(time * 9) * std::sin(time * 2.1)) : 0;
             sound[i] = static_cast<std::int16_t>(14'000 * loud * std::sin(time * 900));
         }
-        WavFile file(AppPaths::recordings() / "call-20261120-141503.wav", 16'000);
+        auto path = AppPaths::recordings() / "call-20261120-141503.wav";
+        WavFile file(path, 16'000);
         file.append(sound);
         file.finish();
+        return path;
     }
 
     static void addCalls(WindowBench& bench) {

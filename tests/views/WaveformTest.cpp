@@ -53,6 +53,8 @@ TEST_F(WaveformTest, HasTheLoudestSampleOfEachColumn) {
     std::stop_source stopped;
     stopped.request_stop();
     EXPECT_FALSE(Waveform::read(path, 3, stopped.get_token()));
+    std::filesystem::resize_file(path, 45);
+    EXPECT_FALSE(Waveform::read(path, 3)) << "no sample is left";
 }
 
 TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
@@ -79,6 +81,21 @@ TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
     EXPECT_EQ(position(), -1);
 
     std::filesystem::remove(path);
+    click(0.5);
+    EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));
+}
+
+TEST_F(WaveformTest, ATranscriptSaysThatItsRecordingCannotBePlayed) {
+    CallRecord call;
+    call.number = "+15550126";
+    call.recordingPath = keep("a.wav", std::vector<std::int16_t>(16'000, 9'000)).string();
+    bench.history.insertFirst(std::move(call));
+    openPane("History");
+    ASSERT_TRUE(press("+15550126", QAccessible::ListItem));
+    std::filesystem::remove(AppPaths::recordings() / "a.wav");
+    bench.app.rec->play("b.wav", "Speaker");
+    bench.settle();
+    EXPECT_FALSE(reads("Cannot play b.wav on Speaker"));
     click(0.5);
     EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));
 }

@@ -10,6 +10,7 @@ RecordingsModel::RecordingsModel(std::shared_ptr<RecordingState> recordings, QOb
       filesChange_(recordings_->files.observe([this](const Files& files) { show(files); })),
       recording_(recordings_->recording, [this] { recordingChanged(); }),
       playing_(recordings_->playing, [this] { playingChanged(); }),
+      unplayable_(recordings_->unplayable, [this] { unplayableChanged(); }),
       status_(recordings_->status, [this] { statusChanged(); }) {}
 
 int RecordingsModel::rowCount(const QModelIndex& parent) const {

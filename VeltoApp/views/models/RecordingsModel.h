@@ -22,6 +22,8 @@ class RecordingsModel : public QAbstractListModel {
     Q_PROPERTY(QString playing READ playing NOTIFY playingChanged)
     /// Of what is being played, s.
     Q_PROPERTY(double position READ position NOTIFY playingChanged)
+    /// The file that was to be played and could not be; `status` says so.
+    Q_PROPERTY(QString unplayable READ unplayable NOTIFY unplayableChanged)
     Q_PROPERTY(QString status READ status NOTIFY statusChanged)
 
   public:
@@ -37,6 +39,7 @@ class RecordingsModel : public QAbstractListModel {
     bool recording() const { return recording_(); }
     QString playing() const { return playing_() ? shown(playing_()->name) : QString(); }
     double position() const { return playing_() ? playing_()->position : 0; }
+    QString unplayable() const { return shown(unplayable_()); }
     QString status() const { return shown(status_()); }
 
     Q_INVOKABLE void refresh();
@@ -54,6 +57,7 @@ class RecordingsModel : public QAbstractListModel {
     void countChanged();
     void recordingChanged();
     void playingChanged();
+    void unplayableChanged();
     void statusChanged();
 
   private:
@@ -65,6 +69,7 @@ class RecordingsModel : public QAbstractListModel {
     Subscription filesChange_;
     Mirror<bool> recording_;
     Mirror<std::optional<RecordingState::Playing>> playing_;
+    Mirror<std::string> unplayable_;
     Mirror<std::string> status_;
 };
 

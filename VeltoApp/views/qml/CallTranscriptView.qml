@@ -88,6 +88,13 @@ Popup {
             implicitHeight: Math.round(44 * Theme.textScale)
             Layout.fillWidth: true
         }
+        Notice {
+            symbol: "exclamationmark.circle.fill"
+            ink: Theme.bad
+            ground: Theme.badSoft
+            text: sheet.recording.length > 0 && sheet.recordings.unplayable === sheet.recording ? sheet.recordings.status : ""
+            Layout.fillWidth: true
+        }
         TranscriptView {
             transcript: lines
             emptyText: "(no transcript)"
