@@ -1,11 +1,8 @@
 // Administrator runs on the simulated computer: when the user is asked, and what comes back.
 #include "VeltoApp/admin/Admin.h"
-#include "VeltoApp/admin/RunAdmin.h"
 #include "tests/support/TestComputer.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 namespace velto::test {
 namespace {
@@ -70,18 +67,6 @@ TEST(Admin, outputComesWholeAndIsText) {
     EXPECT_EQ(Admin::run("print").stdout, "grün\n");
     printed = "gr\xfcn\n";
     EXPECT_EQ(Admin::run("print").stdout, "");
-
-    char kept = 'k';
-    char* output = &kept;
-    printed.reset();
-    EXPECT_EQ(velto_run_admin("no pipe", &output), 0);
-    EXPECT_EQ(output, nullptr);
-    output = &kept;
-    computer.admin.executeAnswers = {AdminStatus::failed};
-    EXPECT_EQ(velto_run_admin("lost", &output), AdminStatus::failed);
-    EXPECT_EQ(output, nullptr);
-    printed = "unheard";
-    EXPECT_EQ(velto_run_admin("no place", nullptr), 0);
 }
 
 } // namespace

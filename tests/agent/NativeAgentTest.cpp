@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -241,19 +239,6 @@ TEST_F(Agent, aStopWhileItConnectsLeavesNothingRunning) {
     EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(Agent, withoutADescriptorItFailsToStart) {
-    make();
-    const ChunkQueue first(loop.context.get_executor()); // makes the loop open descriptors of its own
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    const auto started = loop.run(agent->start());
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_TRUE(started.has_error());
-    EXPECT_EQ(computer.audio.runningUnits(), 0u);
-}
-
 TEST_F(Agent, aSlowConnectionDropsTheOldestChunks) {
     voice->sendTime = 10s;
     ASSERT_TRUE(start().has_value());
@@ -321,15 +306,6 @@ TEST(Gain, followsTheLevelAndClips) {
     Samples ones{1, -1};
     process(ones, agc);
     EXPECT_EQ(ones, (Samples{2, -2}));
-}
-
-TEST(SystemInstruction, holdsTheGoal) {
-    EXPECT_EQ(NativeAgent::systemInstruction("Book a table"),
-              "You are a polite phone voice agent calling on behalf of the user. Goal for this call: Book a "
-              "table. Be "
-              "brief, speak naturally, identify as an AI test call if asked. When the goal is complete, or "
-              "the caller "
-              "wants to stop, say a short goodbye and then call the end_call tool to hang up.");
 }
 
 } // namespace

@@ -44,16 +44,6 @@ TEST_F(DevicesAndBridge, catalogueListsEverythingAndFindsExactNames) {
     EXPECT_TRUE(AudioDevices::all().empty());
 }
 
-TEST_F(DevicesAndBridge, noDefaultAndAFailedReadAreAlike) {
-    EXPECT_EQ(AudioRouting::defaultInputID(), std::nullopt);
-    EXPECT_EQ(defaults(), " / ");
-    audio.addUsualDevices();
-    EXPECT_EQ(defaults(), "Microphone / Speaker");
-    audio.faults.defaultReadFails = true;
-    EXPECT_EQ(AudioRouting::defaultOutputID(), std::nullopt);
-    EXPECT_EQ(defaults(), " / ");
-}
-
 TEST_F(DevicesAndBridge, switchesAndRestoresAcrossRepeatedCalls) {
     audio.addUsualDevices();
     const auto full = AudioBridge::enforceSavingPrevious(false);
@@ -102,15 +92,6 @@ TEST_F(DevicesAndBridge, missingDevicesTouchNothingButAreRemembered) {
     audio.addDevice("VeltoLoop 2ch", 2, 2);
     audio.removeDevice("VeltoVoice 2ch Feed"); // not looked at
     EXPECT_TRUE(AudioBridge::installed());
-}
-
-TEST_F(DevicesAndBridge, aRefusalShowsInTheStatusOnly) {
-    audio.addUsualDevices();
-    audio.faults.refusedAsDefault = {id("VeltoVoice 2ch Mic"), id("VeltoLoop 2ch")};
-    const auto status = AudioBridge::enforceSavingPrevious(false);
-    EXPECT_TRUE(status.ok);
-    EXPECT_EQ(status.message, "Bridge routing OK");
-    EXPECT_EQ(status.input + " / " + status.output, "Microphone / Speaker");
 }
 
 TEST_F(DevicesAndBridge, restoresOnlyWhatWasSavedAndFits) {

@@ -200,23 +200,6 @@ TEST_P(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
     EXPECT_FALSE(ear.hearsAnything(300ms));
 }
 
-TEST_P(TapServer, comesBackWithTheServer) {
-    startPhone();
-    const auto device = createDevice(createTap(phone->pid(), TapMute::unmuted));
-    ASSERT_NE(device, 0u);
-    Ear ear("VeltoTap", 16000);
-    play(1000, "a");
-    EXPECT_NEAR(ear.loudness(), level, tolerance);
-    server->kill();
-    ASSERT_TRUE(waitForLine("sound: server lost"));
-    EXPECT_FALSE(ear.hearsAnything(300ms) && ear.hearsAnything(300ms));
-    ASSERT_TRUE(server->restart());
-    EXPECT_TRUE(ear.hearsSilence());
-    play(1000, "a");
-    ear.forget();
-    EXPECT_NEAR(ear.loudness(), level, tolerance);
-}
-
 /// With a phone that is heard at the speaker.
 class MutedTap : public TapServer {
   protected:

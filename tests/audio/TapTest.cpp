@@ -1,19 +1,14 @@
-#include "VeltoShared/audio/AudioCapture.h"
 #include "VeltoShared/audio/AudioDevices.h"
-#include "VeltoShared/audio/AudioProcess.h"
 #include "VeltoShared/audio/ProcessTap.h"
 #include "tests/support/TestComputer.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
 #include <set>
 
 namespace velto::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr const char* phone = "com.apple.mobilephone";
 
@@ -27,14 +22,6 @@ class Tap : public ::testing::Test, protected TestComputer {
         audio.setProcess(40, 60, false);
         audio.setProcess(41, 61, false);
         audio.setProcess(42, 62, false);
-    }
-    void play(AudioObjectID process, std::int16_t level) {
-        audio.play(process, std::vector<std::int16_t>(480, level));
-    }
-    /// The level that a device has played.
-    int heard(const std::string& output) {
-        const auto samples = audio.takeHeard(output);
-        return samples.empty() ? 0 : samples.back();
     }
     bool nothingIsThere() { return audio.taps.taps().empty() && audio.taps.aggregates().empty(); }
 };
@@ -100,36 +87,6 @@ TEST_F(Tap, everyFailureLeavesNothingBehind) {
     audio.taps.faults = {};
     tap->destroy();
     EXPECT_EQ(audio.taps.destroyed().size(), 3u) << "one try, after the three of failed creations";
-}
-
-TEST_F(Tap, carriesWhatTheProcessPlaysAndMutesItWhileCaptured) {
-    for (const bool mute : {false, true}) {
-        const auto tap = ProcessTap::create(phone, "VeltoTap", mute);
-        std::vector<std::int16_t> captured;
-        auto capture = AudioCapture::open("VeltoTap", 16000, 2, [&](auto samples) {
-            captured.insert(captured.end(), samples.begin(), samples.end());
-        });
-        ASSERT_TRUE(capture);
-        play(61, 1000);
-        audio.advance(10ms);
-        EXPECT_EQ(heard("Speaker"), 1000) << "nobody captures yet";
-
-        capture->start();
-        for (const AudioObjectID process : {60u, 61u, 62u})
-            play(process, static_cast<std::int16_t>(process * 100));
-        audio.advance(20ms);
-        ASSERT_EQ(captured.size(), 320u);
-        EXPECT_EQ(captured.front(), 6100);
-        EXPECT_EQ(captured.back(), 0);
-        const auto speaker = audio.takeHeard("Speaker");
-        EXPECT_EQ(speaker.front(), mute ? 6000 + 6200 : 6000 + 6100 + 6200);
-
-        tap->destroy();
-        play(61, 1000);
-        audio.advance(10ms);
-        EXPECT_EQ(captured.size(), 320u) << "the device is gone";
-        EXPECT_EQ(heard("Speaker"), 1000);
-    }
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "VeltoShared/audio/AudioCapture.h"
 #include "VeltoShared/audio/AudioPlayback.h"
-#include "tests/support/AllocationCounter.h"
 #include "tests/support/TestComputer.h"
 
 #include <gtest/gtest.h>
@@ -127,22 +126,6 @@ TEST_F(Units, playbackDuplicatesFillsAndCounts) {
     EXPECT_TRUE(audio.pull("Speaker", 1).empty());
 }
 
-TEST_F(Units, playbackBoxServesEveryBufferByItsOwnChannels) {
-    PlaybackBox box(2);
-    box.ring = {1, 2, 3, 4, 5, 6};
-    Samples none(2, -1);
-    Samples one(2, -1);
-    Samples three(6, -1);
-    std::array<AudioBuffer, 4> buffers{AudioBuffer{0, 4, none.data()}, AudioBuffer{2, 0, nullptr},
-                                       AudioBuffer{1, 4, one.data()}, AudioBuffer{3, 12, three.data()}};
-    EXPECT_EQ(PlaybackBox::rendered(&box, 2, buffers), kAudioNoError);
-    EXPECT_EQ(none, (Samples{1, 2}));
-    EXPECT_EQ(one, (Samples{3, 4}));
-    EXPECT_EQ(three, (Samples{5, 5, 5, 6, 6, 6}));
-    EXPECT_EQ(box.renderedFrames, 6);
-    EXPECT_EQ(PlaybackBox::rendered(&box, 2, {}), kAudioUnready);
-}
-
 TEST_F(Units, theQueueIsCompactedPastItsLimitOnly) {
     PlaybackBox box(1);
     box.ring.resize(20'000);
@@ -160,67 +143,6 @@ TEST_F(Units, theQueueIsCompactedPastItsLimitOnly) {
     EXPECT_EQ(box.head, 0u);
     EXPECT_EQ(box.ring.size(), 3'000u);
     EXPECT_EQ(box.ring.front(), 17'000);
-}
-
-TEST_F(Units, callbacksAllocateNothing) {
-    CaptureBox captureBox;
-    std::int64_t sum = 0;
-    captureBox.onFrames = [&](auto samples) { sum = std::accumulate(samples.begin(), samples.end(), sum); };
-    captureBox.prepare(2);
-    struct Source final : OutputUnit {
-        AudioStatus enableIO(UnitScope, std::uint32_t, bool) override { return 0; }
-        AudioStatus setCurrentDevice(AudioObjectID) override { return 0; }
-        AudioStatus setStreamFormat(UnitScope, std::uint32_t, const StreamFormat&) override { return 0; }
-        AudioStatus setInputCallback(InputCallback, void*) override { return 0; }
-        AudioStatus setRenderCallback(RenderCallback, void*) override { return 0; }
-        AudioStatus initialize() override { return 0; }
-        AudioStatus start() override { return 0; }
-        AudioStatus stop() override { return 0; }
-        AudioStatus uninitialize() override { return 0; }
-        AudioStatus render(const RenderContext&, std::uint32_t frames, AudioBufferList buffers) override {
-            std::fill_n(buffers[0].data, frames * 2, std::int16_t{2});
-            return 0;
-        }
-    } source;
-    captureBox.unit = &source;
-    PlaybackBox playbackBox(2);
-    playbackBox.ring.resize(60'000);
-    Samples out(2 * 8192);
-
-    const auto before = allocationCount();
-    for (std::uint32_t frames = 0; frames <= 8192; frames += 512) {
-        CaptureBox::captured(&captureBox, {}, frames);
-        AudioBuffer buffer{2, frames * 4, out.data()};
-        PlaybackBox::rendered(&playbackBox, frames, {&buffer, 1});
-    }
-    EXPECT_EQ(allocationCount(), before);
-    EXPECT_EQ(sum, 2 * 512 * (16 * 17 / 2));
-    EXPECT_GT(playbackBox.underrunFrames, 0);
-    const auto counted = std::make_unique<int>(1);
-    EXPECT_EQ(allocationCount(), before + 1);
-}
-
-TEST_F(Units, simulatedWiresCarrySoundBetweenUnits) {
-    auto playback = AudioPlayback::open("VeltoVoice 2ch Feed", 24000, 2);
-    Samples heard;
-    auto listening = AudioCapture::open("VeltoVoice 2ch Mic", 16000, 2, [&](auto samples) {
-        heard.insert(heard.end(), samples.begin(), samples.end());
-    });
-    playback->start();
-    listening->start();
-    playback->write(Samples(240, 1000));
-    audio.speak("VeltoVoice 2ch Mic", Samples(480, 50));
-    audio.advance(std::chrono::milliseconds(20));
-    Samples expected(160, 1050);
-    expected.resize(320, 0);
-    EXPECT_EQ(heard, expected);
-    audio.removeDevice("VeltoVoice 2ch Mic");
-    audio.advance(std::chrono::milliseconds(10));
-    EXPECT_EQ(heard.size(), 320u);
-    audio.addDevice("VeltoVoice 2ch Mic", 2, 0);
-    audio.advance(std::chrono::milliseconds(10));
-    EXPECT_EQ(heard.size(), 480u);
-    EXPECT_EQ(audio.takeHeard("VeltoVoice 2ch Feed").size(), 4 * 480u);
 }
 
 } // namespace

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 
 #include <sys/stat.h>
@@ -148,31 +147,6 @@ TEST_F(WavTest, WhatIsNoSoundOfOursIsRefused) {
     const auto pipe = folder_.path() / "pipe.wav";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_FALSE(Wav::readMono16(pipe)) << "and nobody waits for a writer";
-}
-
-TEST_F(WavTest, FilesOfOtherPrograms) {
-    const auto written = [&](const std::string& command) {
-        const auto path = (folder_.path() / "other.wav").string();
-        std::filesystem::remove(path);
-        EXPECT_EQ(std::system((command + " " + path + " >/dev/null 2>&1").c_str()), 0) << command;
-        return Wav::readMono16(path);
-    };
-    const auto peakOf = [](const Samples& samples) { return *std::ranges::max_element(samples); };
-    const std::string tone = " synth 0.5 sine 1000 vol 0.5";
-    for (const auto& [how, rate] : {std::pair{"-r 8000 -c 1 -b 16", 8000}, {"-r 44100 -c 2 -b 16", 44'100}}) {
-        const auto sound = written(std::string("f() { sox -n ") + how + " \"$1\"" + tone + "; }; f");
-        ASSERT_TRUE(sound) << how;
-        EXPECT_EQ(sound->rate, rate);
-        EXPECT_EQ(sound->samples.size(), static_cast<std::size_t>(rate / 2));
-        EXPECT_NEAR(peakOf(sound->samples), 16'384, 200) << how;
-    }
-    const std::string source = "ffmpeg -y -f lavfi -i sine=frequency=1000:sample_rate=16000:duration=0.5 ";
-    const auto sound = written(source + "-metadata title=odd -c:a pcm_s16le");
-    ASSERT_TRUE(sound);
-    EXPECT_EQ(sound->samples.size(), 8000u);
-    EXPECT_NEAR(peakOf(sound->samples), 4096, 50);
-    for (const char* other : {"-c:a pcm_u8", "-c:a pcm_s24le", "-c:a pcm_f32le", "-c:a adpcm_ms", "-f aiff"})
-        EXPECT_FALSE(written(source + other)) << other;
 }
 
 TEST_F(WavTest, RatesAreConvertedByInterpolation) {

@@ -52,8 +52,8 @@ ChildProcess DesktopTest::launch(const std::vector<std::string>& arguments, cons
     return std::move(*started);
 }
 
-DesktopTest::Target DesktopTest::launchTarget(const std::string& description, int connections) {
-    Target target{launch({VELTO_SCRIPTED_TARGET, std::to_string(connections)}, description, true)};
+DesktopTest::Target DesktopTest::launchTarget(const std::string& description) {
+    Target target{launch({VELTO_SCRIPTED_TARGET}, description, true)};
     const auto line = nextLine(target);
     EXPECT_TRUE(line.starts_with("ready ")) << line;
     target.name = line.substr(std::min<std::size_t>(line.size(), 6));

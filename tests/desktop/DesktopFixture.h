@@ -37,7 +37,7 @@ class DesktopTest : public ::testing::Test {
         std::string name{};
         std::deque<std::string> lines{}; ///< that it wrote and nobody has asked for
     };
-    Target launchTarget(const std::string& description, int connections = 1);
+    Target launchTarget(const std::string& description);
     /// Replaces what a target shows.
     void show(const Target& target, const std::string& description);
     /// Of its first element.

@@ -1,6 +1,5 @@
 #include "VeltoApp/drivers/DriverState.h"
 
-#include "VeltoPlatform/ShellWord.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TestComputer.h"
@@ -152,14 +151,6 @@ TEST_F(DriverStateTest, UninstallReplacesTheLogAndRestartAppendsToItThreeSeconds
     loop.drain();
     state.reset();
     loop.advance(3s); // nobody is left to tell
-}
-
-TEST(ShellWord, LeavesPlainWordsAndQuotesTheOthers) {
-    EXPECT_EQ(shellWord("/a-Z/0.9_+:,@%"), "/a-Z/0.9_+:,@%");
-    EXPECT_EQ(shellWord(""), "''");
-    EXPECT_EQ(shellWord("it's $(x)\n"), "'it'\\''s $(x)\n'");
-    EXPECT_EQ(shellWord("/ä"), "'/ä'");
-    EXPECT_EQ(shellWord("~"), "'~'");
 }
 
 } // namespace

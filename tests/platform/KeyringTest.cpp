@@ -1,8 +1,6 @@
 // Keys in a real keyring, in one that behaves badly, and where there is none.
-#include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/linux/LinuxSecretStore.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
-#include "VeltoShared/core/KeychainStore.h"
 #include "rehearsal/PrivateDesktop.h"
 #include "tests/support/FakeSecretService.h"
 #include "tests/support/TestComputer.h"
@@ -321,32 +319,6 @@ TEST_F(KeyFile, TwoProcessesLoseNothing) {
     FileSecretStore keys(file, {});
     for (int i = 0; i < 40; ++i)
         EXPECT_EQ(find(keys, (i % 2 ? "child" : "parent") + std::to_string(i / 2)), Found(success, kSecret));
-}
-
-TEST_F(KeyFile, TheApplicationsKeysAnswerPlainlyInEveryState) {
-    const TestComputer computer;
-    auto parts = platform();
-    parts.secretStore = &secrets;
-    installPlatform(parts);
-    const auto all = [] {
-        const bool set = KeychainStore::set("value", "account");
-        const auto got = KeychainStore::get("account").value_or("none");
-        const bool removed = KeychainStore::remove("account");
-        return std::tuple(set, got, removed);
-    };
-    const std::tuple works(true, "value", true);
-    const std::tuple doesNot(false, "none", false);
-    EXPECT_EQ(all(), doesNot);
-    allow();
-    EXPECT_EQ(all(), works);
-    startSession(true);
-    EXPECT_EQ(all(), works);
-    EXPECT_FALSE(KeychainStore::remove("account"));
-    ASSERT_TRUE(KeychainStore::set("value", "account"));
-    ASSERT_TRUE(desktop->restartKeyring(false));
-    EXPECT_EQ(all(), doesNot);
-    ASSERT_TRUE(desktop->restartKeyring(true));
-    EXPECT_EQ(KeychainStore::get("account"), "value");
 }
 
 } // namespace

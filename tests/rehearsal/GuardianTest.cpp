@@ -2,7 +2,6 @@
 #include "rehearsal/director/Guardian.h"
 #include "rehearsal/director/Stage.h"
 #include "rehearsal/process/TextFile.h"
-#include "rehearsal/process/WhyNotStarted.h"
 
 #include <gtest/gtest.h>
 
@@ -63,12 +62,7 @@ struct GuardianTest : testing::Test {
     int alive = -1; ///< end of file once no process of the tree holds its standard error
     std::string said;
 
-    struct Circumstances {
-        bool keepFolder = false;
-        bool ignoresEndsOfChildren = false;
-    };
-
-    void start(Circumstances circumstances) {
+    void start(bool keepFolder = false) {
         std::array<int, 2> report{};
         std::array<int, 2> errors{};
         ASSERT_EQ(::pipe2(report.data(), O_CLOEXEC), 0);
@@ -76,10 +70,8 @@ struct GuardianTest : testing::Test {
         guardian = ::fork();
         if (guardian == 0) {
             ::dup2(errors[1], STDERR_FILENO);
-            if (circumstances.ignoresEndsOfChildren)
-                ::signal(SIGCHLD, SIG_IGN);
             ::alarm(60); // in place of waiting for ever
-            ::_exit(runGuarded({circumstances.keepFolder},
+            ::_exit(runGuarded({keepFolder},
                                [&](const GuardianLink& link) { return directDummies(link, report[1]); }));
         }
         ::close(report[1]);
@@ -92,8 +84,6 @@ struct GuardianTest : testing::Test {
         ASSERT_TRUE(std::filesystem::exists(folder));
         alive = errors[0];
     }
-
-    void start() { start({}); }
 
     /// Waits until the whole tree has ended, and answers the guardian's exit status.
     int wait() {
@@ -158,28 +148,13 @@ TEST_F(GuardianTest, TheGuardianClearsUpAfterAKilledDirectorAndTheDirectorAfterA
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     for (const bool kept : {false, true}) {
         said.clear();
-        start({.keepFolder = kept});
+        start(kept);
         ::kill(guardian, SIGKILL);
         EXPECT_TRUE(WIFSIGNALED(wait()));
         ::waitpid(director, nullptr, 0); // came to this process when its parent died
         EXPECT_NE(said.find("the guardian (the outer velto-rehearse) was killed"), std::string::npos) << said;
         expectNothingLeft(kept);
     }
-}
-
-TEST_F(GuardianTest, ItEndsWhereTheEndsOfChildrenAreIgnored) {
-    start({.ignoresEndsOfChildren = true});
-    ::kill(first, SIGKILL);
-    EXPECT_EQ(WEXITSTATUS(wait()), 1);
-    EXPECT_NE(said.find("first was killed (SIGKILL)"), std::string::npos) << said;
-    expectNothingLeft();
-
-    ::signal(SIGCHLD, SIG_IGN);
-    auto process = ChildProcess::start({"sleeper", {"/bin/sleep", "300"}, {}, "/dev/null"});
-    ASSERT_TRUE(process);
-    process->kill();
-    EXPECT_EQ(process->exitStatus(), W_EXITCODE(255, 0));
-    ::signal(SIGCHLD, SIG_DFL);
 }
 
 TEST_F(GuardianTest, SignalsEndEverythingAndShowInTheExitCode) {
@@ -196,41 +171,6 @@ TEST_F(GuardianTest, SignalsEndEverythingAndShowInTheExitCode) {
     ::kill(guardian, SIGINT);
     EXPECT_EQ(WEXITSTATUS(wait()), 1);
     expectNothingLeft();
-}
-
-TEST(Stage, ReportsArriveWholeAndAProgramThatCannotRunIsAFailure) {
-    const GuardianLink link(std::filesystem::temp_directory_path(), -1);
-    std::vector<int> numbers;
-    {
-        Stage stage(link);
-        stage.add(
-            {"counter",
-             {"/bin/sh", "-c",
-              "printf '{\"n\":'; sleep 0.05; echo '1}'; echo nonsense; echo '{\"n\":2}'; sleep 9"},
-             {{"PATH", "/usr/bin:/bin"}},
-             "/dev/null"},
-            [&](const boost::json::object& object) { numbers.push_back(object.at("n").to_number<int>()); });
-        EXPECT_TRUE(stage.waitUntil([&] { return numbers.size() == 2; }, 10s));
-        EXPECT_EQ(stage.failure(), "");
-    }
-    EXPECT_EQ(numbers, (std::vector<int>{1, 2}));
-    Stage stage(link);
-    stage.add({"ghost", {"/no/such/program"}, {}, "/dev/null"}, {});
-    EXPECT_FALSE(stage.waitUntil([] { return false; }, 10s));
-    EXPECT_EQ(stage.failure(), "ghost ended with exit code 127");
-}
-
-TEST(WhyNotStarted, AMissingProgramIsToldApartFromOneThatGaveUp) {
-    const auto log = std::filesystem::temp_directory_path() / ("why-" + std::to_string(::getpid()));
-    const auto whyNot = [&](const char* program) {
-        auto process = ChildProcess::start(
-            {"it", {program, "-c", "for i in 1 2 3 4 5 6; do echo $i >&2; done; exit 1"}, {}, log});
-        EXPECT_TRUE(process && process->endsWithin(10s));
-        return whyNotStarted(process, log);
-    };
-    EXPECT_EQ(whyNot("/no/such/program"), "; is it installed?");
-    EXPECT_EQ(whyNot("/bin/sh"), "; it said:\n  2\n  3\n  4\n  5\n  6");
-    std::filesystem::remove(log);
 }
 
 TEST(Stage, WhoeverDoesNotEndAsAskedIsNamed) {

@@ -1,5 +1,4 @@
-// Scenarios: what is shipped can be played, what cannot be played is refused with a clear word.
-#include "rehearsal/director/Summary.h"
+// Scenarios that cannot be played are refused with a clear word, and calls that went wrong with another.
 #include "rehearsal/director/Verdict.h"
 #include "rehearsal/scenario/ScenarioFile.h"
 
@@ -31,38 +30,17 @@ std::string with(const std::string& from, const std::string& to) {
     return text.replace(at, from.size(), to);
 }
 
-TEST(ScenarioFile, EveryShippedScenarioLoadsUnderItsOwnName) {
-    const auto names = scenarioNames(VELTO_SCENARIOS);
-    EXPECT_EQ(names, (std::vector<std::string>{"appointment", "bad-day", "callee-hangs-up", "interruption",
-                                               "no-answer", "sound-restart"}));
-    for (const auto& name : names) {
-        const auto scenario = loadScenario(name, VELTO_SCENARIOS);
-        ASSERT_TRUE(scenario) << scenario.error().message;
-        EXPECT_EQ(scenario->name, name);
-    }
-    EXPECT_NE(loadScenario("nothing", VELTO_SCENARIOS).error().message.find("no scenario \"nothing\""),
-              std::string::npos);
-    EXPECT_EQ(loadScenario("/no/such.json", ".").error().message, "cannot read /no/such.json");
-}
-
 TEST(ScenarioFile, MistakesAreNamedByTheirPlace) {
     EXPECT_EQ(messageOf(kGood), "good");
     const std::vector<std::pair<std::string, std::string>> cases{
         {"{", "not JSON"},
         {"[]", "scenario is not an object"},
         {with("\"goal\":\"g\",", ""), "scenario.goal is missing"},
-        {with("\"g\"", "\" \""), "scenario.goal is not a text, or is empty"},
-        {with("\"goal\"", "\"gaol\":1,\"goal\""), "scenario.gaol is not known"},
-        {with("\"ends\":\"agent\"", "\"ends\":\"both\""), "scenario.ends is none of"},
-        {with("\"ends\"", "\"ringing\":\"1\",\"ends\""), "scenario.ringing is not a number from 0 to 120"},
-        {with("\"ends\"", "\"deadline\":-1,\"ends\""), "scenario.deadline is not a number from 1 to 600"},
         {with("\"mark\":3", "\"mark\":1"), "scenario.lines[2].mark is used twice"},
         {with("\"mark\":3", "\"mark\":100"), "scenario.lines[2].mark is not a whole number"},
-        {with("\"mark\":3", "\"mark\":3.5"), "scenario.lines[2].mark is not a whole number"},
         {with("\"mark\":3,\"side\":\"callee\"", "\"mark\":3,\"side\":\"agent\""), "scenario.lines[2]"},
         {with("Hello?\"", "Hello?\",\"over\":1"), "scenario.lines[0]: there is no line before it"},
         {with("Bye.\"", "Bye.\",\"pause\":1"), "scenario.lines[3]: \"pause\", \"over\" and"},
-        {with("Stop.\"", "Stop.\",\"after\":\"rain\""), "scenario.lines[2].after is none of"},
         {with("Stop.\"", "Stop.\",\"pause\":1,\"after\":\"sound restart\""),
          "scenario.lines[2].after needs a pause of at least 3 s"},
         {with("Bye.", "Bye. "), "scenario.lines[3].text has blanks at an end"},
@@ -222,12 +200,6 @@ TEST(Verdict, ATroubleThatWasNeverMadeIsAFault) {
         std::vector<std::string>{"the phone app was not made to stand still before line 3 (\"Stop.\")"});
     evidence.troubledBefore.insert(3);
     EXPECT_EQ(faults(scenario, evidence), std::vector<std::string>{});
-}
-
-TEST(Summary, TheLastStatisticsAreTakenFromTheLog) {
-    EXPECT_EQ(lastStats(""), "");
-    EXPECT_EQ(lastStats("[t] session: stats: a=1\n[t] session: final stats: a=2\n[t] more\n"), "a=2");
-    EXPECT_EQ(lastStats("stats: unfinished"), "unfinished");
 }
 
 } // namespace

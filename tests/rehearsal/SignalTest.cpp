@@ -1,5 +1,4 @@
 // Marks survive what a call does to sound, and nothing else is taken for one.
-#include "rehearsal/signal/ActivityDetector.h"
 #include "rehearsal/signal/Dtmf.h"
 #include "rehearsal/signal/LineVoice.h"
 #include "rehearsal/signal/MarkListener.h"
@@ -136,66 +135,6 @@ TEST(Marks, SpeechTonesAndNoiseAreNotTakenForSymbols) {
             EXPECT_TRUE(heardIn(talk).empty()) << voice;
             EXPECT_LE(symbolsIn(talk).size(), 1U) << voice << ' ' << symbolsIn(talk);
         }
-}
-
-TEST(Speech, WavStreamsAreReadAndBrokenOnesRefused) {
-    const std::string format{"fmt \x10\0\0\0\1\0\1\0\x22\x56\0\0\x44\xac\0\0\2\0\x10\0", 24};
-    const std::string data{"data\xff\xff\xff\x7f\1\0\2\0", 12};
-    const std::string head{"RIFF\xff\xff\xff\x7fWAVE", 12};
-    const auto recording = parseWav(head + format + data);
-    ASSERT_TRUE(recording);
-    EXPECT_EQ(recording->rate, 22050);
-    EXPECT_EQ(recording->samples, (Samples{1, 2}));
-    for (const auto& broken : {std::string(), head, head + format, head + data, head + format.substr(0, 20),
-                               std::string("RIFX") + head.substr(4) + format + data})
-        EXPECT_FALSE(parseWav(broken));
-}
-
-TEST(Speech, ALineHasNoPauseThatEndsATurnAndStartsAndEndsWithSound) {
-    const auto line =
-        speakLine(7, "First. Second, after a full stop. Third; and more... Fourth!", "en-us", kRate);
-    ActivityDetector detector({.rate = kRate, .hangover = Milliseconds(350)});
-    auto samples = line.samples;
-    appendSilence(samples, Milliseconds(600), kRate);
-    const auto changes = detector.feed(samples);
-    ASSERT_EQ(changes.size(), 2U) << "one start, one end";
-    EXPECT_LE(changes[0].frame, frameCount(Milliseconds(20), kRate));
-    EXPECT_NEAR(static_cast<double>(changes[1].frame), static_cast<double>(line.samples.size()),
-                static_cast<double>(frameCount(Milliseconds(80), kRate)));
-}
-
-TEST(Activity, ShortNoisesDoNotStartItAndShortPausesDoNotEndIt) {
-    const auto changesOf = [](std::initializer_list<std::pair<bool, int>> parts) {
-        Samples samples;
-        for (const auto& [loud, ms] : parts)
-            loud ? appendTones(samples, std::array{300.0}, 3000, Milliseconds(ms), kRate)
-                 : appendSilence(samples, Milliseconds(ms), kRate);
-        ActivityDetector detector({});
-        std::vector<std::pair<bool, std::uint64_t>> changes;
-        for (std::size_t at = 0; at < samples.size(); at += 77)
-            for (const auto& change : detector.feed(
-                     std::span(samples).subspan(at, std::min<std::size_t>(77, samples.size() - at))))
-                changes.emplace_back(change.active, change.frame);
-        return changes;
-    };
-    using Changes = std::vector<std::pair<bool, std::uint64_t>>;
-    EXPECT_EQ(changesOf({{false, 100}, {true, 40}, {false, 600}}), Changes{});
-    EXPECT_EQ(changesOf({{false, 100}, {true, 200}, {false, 490}, {true, 200}, {false, 490}}),
-              (Changes{{true, 1600}}));
-    EXPECT_EQ(changesOf({{true, 200}, {false, 600}, {true, 200}}),
-              (Changes{{true, 0}, {false, 3200}, {true, 12800}}));
-}
-
-TEST(Resampler, KeepsToneAndLevelAndRemovesWhatTheLowerRateCannotHold) {
-    Samples tone;
-    appendTones(tone, std::array{1000.0}, 10000, Milliseconds(500), 22050);
-    const auto up = resampled(tone, 22050, 24000);
-    EXPECT_EQ(up.size(), tone.size() * 24000 / 22050);
-    EXPECT_NEAR(loudness(up), loudness(tone), 0.002);
-    Samples high;
-    appendTones(high, std::array{9000.0}, 10000, Milliseconds(500), 24000);
-    EXPECT_LT(loudness(resampled(high, 24000, 16000)), 0.01);
-    EXPECT_TRUE(resampled({}, 24000, 16000).empty());
 }
 
 } // namespace

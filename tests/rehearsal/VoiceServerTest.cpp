@@ -8,7 +8,6 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/ssl/host_name_verification.hpp>
-#include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/ssl.hpp>
@@ -38,7 +37,6 @@ struct VoiceServerTest : testing::Test {
     boost::asio::io_context clientContext{1};
     LocalAuthority authority;
     std::vector<json::object> reports;
-    std::atomic<int> sessionsClosed = 0;
     std::shared_ptr<WireTranscript> wire;
     std::unique_ptr<VoiceServer> server;
     std::uint16_t port = 0;
@@ -53,13 +51,8 @@ struct VoiceServerTest : testing::Test {
         options.scenario.goal = "a table";
         options.scenario.lines = {{2, Side::agent, "Hi."}};
         options.voices.emplace(2, speakLine(2, "Hi.", "en-us", 24000));
-        server = std::make_unique<VoiceServer>(std::move(options), [this](json::object report) {
-            reports.push_back(std::move(report));
-            if (reports.back().at("event") == "closed") {
-                ++sessionsClosed;
-                sessionsClosed.notify_all();
-            }
-        });
+        server = std::make_unique<VoiceServer>(
+            std::move(options), [this](json::object report) { reports.push_back(std::move(report)); });
         boost::asio::co_spawn(serverContext, server->serve(), boost::asio::detached);
         while (reports.empty())
             serverContext.run_one();
@@ -109,21 +102,6 @@ struct VoiceServerTest : testing::Test {
         EXPECT_EQ(shakeHands(*stream, targetOf(provider), fieldsOf(provider)), 101U);
         return stream;
     }
-    static std::string readUntil(Stream& stream, const std::string& part) {
-        std::string text;
-        while (text.find(part) == std::string::npos) {
-            boost::beast::flat_buffer buffer;
-            stream.read(buffer);
-            text = boost::beast::buffers_to_string(buffer.data());
-        }
-        return text;
-    }
-    /// Returns when the server is through with the session.
-    void closeNormally(Stream& stream) const {
-        const int before = sessionsClosed;
-        stream.close(boost::beast::websocket::close_code::normal);
-        sessionsClosed.wait(before);
-    }
     static http::request<http::string_body> checkOf(VoiceProvider provider) {
         http::request<http::string_body> request(http::verb::get, "/v1beta/models?key=a%20key%2F%26", 11);
         if (provider == VoiceProvider::openai) {
@@ -153,49 +131,6 @@ struct VoiceServerTest : testing::Test {
     }
 };
 using Texts = std::vector<std::string>;
-
-TEST_F(VoiceServerTest, SpeaksBothProtocolsAndWritesDownWhatTheClientSent) {
-    auto gemini = opened(VoiceProvider::gemini);
-    const auto& geminiTexts = clientTexts(VoiceProvider::gemini);
-    const auto write = [](Stream& stream, const std::string& text) {
-        stream.write(boost::asio::buffer(text));
-    };
-    write(*gemini, geminiTexts.configuration);
-    EXPECT_EQ(readUntil(*gemini, "{"), R"({"setupComplete":{}})");
-    for (int i = 0; i < 3; ++i)
-        write(*gemini, geminiTexts.audio);
-    write(*gemini, geminiTexts.text.front());
-    readUntil(*gemini, "modelTurn");
-    EXPECT_TRUE(gemini->got_binary());
-    gemini->ping({});
-    closeNormally(*gemini);
-
-    auto openAI = opened(VoiceProvider::openai);
-    const auto& openAITexts = clientTexts(VoiceProvider::openai);
-    EXPECT_NE(readUntil(*openAI, "{").find("session.created"), std::string::npos);
-    write(*openAI, openAITexts.configuration);
-    EXPECT_NE(readUntil(*openAI, "{").find("session.updated"), std::string::npos);
-    write(*openAI, openAITexts.text[0]);
-    write(*openAI, openAITexts.audio);
-    write(*openAI, openAITexts.text[1]);
-    readUntil(*openAI, "response.audio.delta");
-    EXPECT_TRUE(openAI->got_text());
-    closeNormally(*openAI);
-
-    EXPECT_EQ(reported("connected"), (Texts{R"({"event":"connected","provider":"gemini"})",
-                                            R"({"event":"connected","provider":"openai"})"}));
-    EXPECT_EQ(reported("violation"), Texts{});
-    const std::string fields = "Host: localhost:(port)\nUpgrade: websocket\nConnection: upgrade\n"
-                               "Sec-WebSocket-Key: (random)\nSec-WebSocket-Version: 13\n";
-    const auto audio = [](const ClientTexts& texts) { return replaced(texts.audio, "AQACAA==", "(audio)"); };
-    EXPECT_EQ(wire->text(), "GET " + geminiTexts.path + "?key=(key) HTTP/1.1\n" + fields + "\ntext " +
-                                geminiTexts.configuration + "\ntext x3 " + audio(geminiTexts) + "\ntext " +
-                                geminiTexts.text.front() + "\nping\nclose 1000\n\n" + "GET " +
-                                openAITexts.path + "?model=gpt-4o-realtime-preview HTTP/1.1\n" + fields +
-                                "Authorization: Bearer (key)\nOpenAI-Beta: realtime=v1\n\ntext " +
-                                openAITexts.configuration + "\ntext " + openAITexts.text[0] + "\ntext x1 " +
-                                audio(openAITexts) + "\ntext " + openAITexts.text[1] + "\nclose 1000\n\n");
-}
 
 TEST_F(VoiceServerTest, ViolationsCloseWithTheirCode) {
     std::size_t tried = 0;
@@ -234,8 +169,6 @@ TEST_F(VoiceServerTest, OtherPathsKeysAndFieldsAreRefusedInTheHandshake) {
         {replaced(gemini, "v1beta", "v1alpha"), none, 403},
         {replaced(gemini, "a%20key", "b%20key"), none, 403},
         {gemini + "&x=1", none, 403},
-        {replaced(gemini, "?key=", "?token="), none, 403},
-        {replaced(gemini, "%26", "%2"), none, 403},
         {gemini, {{"Sec-WebSocket-Protocol", "x"}}, 403},
         {"/", none, 403},
         {openAI, none, 403},
@@ -244,11 +177,8 @@ TEST_F(VoiceServerTest, OtherPathsKeysAndFieldsAreRefusedInTheHandshake) {
         {openAI, {{"Authorization", "sk/+"}, kOpenAIFields[1]}, 403},
         {openAI, {{"Authorization", "Bearer sk/"}, kOpenAIFields[1]}, 401},
         {openAI, {{"Authorization", "Bearer a key/&"}, kOpenAIFields[1]}, 401},
-        {openAI, {kOpenAIFields[0], kOpenAIFields[0], kOpenAIFields[1]}, 403},
-        {"/v1/realtime", kOpenAIFields, 403},
         {"/v1/realtime?model=", kOpenAIFields, 403},
         {openAI + "&key=sk%2F%2B", kOpenAIFields, 403},
-        {"/v1/realtime?model=sk%2F%2B", kOpenAIFields, 403},
         {openAI, {kOpenAIFields[0], kOpenAIFields[1], {"Sec-WebSocket-Protocol", "realtime"}}, 403}};
     for (const auto& [target, fields, status] : cases)
         EXPECT_EQ(shakeHands(*connected(), target, fields), status) << target;
@@ -286,47 +216,6 @@ TEST_F(VoiceServerTest, KeyChecksAreAnsweredOnOneConnectionAndMayBeFollowedByASe
         << wire->text();
     EXPECT_NE(wire->text().find("Authorization: Bearer (key)\n"), std::string::npos);
     EXPECT_NE(wire->text().find("\n\n" + kPing + "\n\n"), std::string::npos);
-}
-
-TEST_F(VoiceServerTest, KeyChecksOfAnotherFormAreViolations) {
-    using Change = std::function<void(http::request<http::string_body>&)>;
-    const auto body = [](const std::string& from, const std::string& to) -> Change {
-        return [=](auto& request) {
-            request.body() = replaced(kPing, from, to);
-            request.prepare_payload();
-        };
-    };
-    const std::vector<std::pair<VoiceProvider, Change>> cases{
-        {VoiceProvider::gemini, [](auto& request) { request.target("/v1beta/models"); }},
-        {VoiceProvider::gemini,
-         [](auto& request) { request.target("/v1beta/models?key=a%20key%2F%26&x=1"); }},
-        {VoiceProvider::gemini, [](auto& request) { request.method(http::verb::post); }},
-        {VoiceProvider::gemini, [](auto& request) { request.set("Authorization", "Bearer a key/&"); }},
-        {VoiceProvider::gemini,
-         [](auto& request) {
-             request.body() = "x";
-             request.prepare_payload();
-         }},
-        {VoiceProvider::gemini, [](auto& request) { request.version(10); }},
-        {VoiceProvider::openai, [](auto& request) { request.target("/v1/chat/completions?key=sk"); }},
-        {VoiceProvider::openai, [](auto& request) { request.method(http::verb::put); }},
-        {VoiceProvider::openai, [](auto& request) { request.erase(http::field::content_type); }},
-        {VoiceProvider::openai, [](auto& request) { request.set("Authorization", "sk/+"); }},
-        {VoiceProvider::openai, body("mini", "maxi")},
-        {VoiceProvider::openai, body("ping", "pong")},
-        {VoiceProvider::openai, body("user", "system")},
-        {VoiceProvider::openai, body(":1", ":1.0")},
-        {VoiceProvider::openai, body(":1", ": 1")},
-        {VoiceProvider::openai, body(",\"max_tokens\":1", "")},
-        {VoiceProvider::openai, body(":1", ":1,\"n\":1")},
-        {VoiceProvider::openai, body(kPing, "")}};
-    for (const auto& [provider, change] : cases) {
-        auto request = checkOf(provider);
-        change(request);
-        EXPECT_EQ(ask(*connected(), request).result_int(), 400U) << request;
-    }
-    EXPECT_EQ(reported("violation").size(), cases.size());
-    EXPECT_EQ(reported("keyCheck").size(), cases.size());
 }
 
 } // namespace

@@ -5,14 +5,12 @@
 //
 // An element: "id" (its path's last part), "role", "name", "description", "text", "value", "at" [x, y],
 // "actions", "children" (elements, or the ids of others); "disabled", "hidden", "multiLine"; "copies" (so
-// many of it) and "levels" (so many of it, one inside the other); "onPress": "stop" (stops this process,
+// many of it); "onPress": "stop" (stops this process,
 // carries it out when continued), "later" (answers it, and carries it out, at the next "Show") or "refuse";
 // "broken": "error" or "types" for all that it answers but its role. Of the first element: "endsAfter", so
 // many answers of the program after which nothing else is there; "stopsAfter", so many after which this
 // process stops itself, once; "slow", so many milliseconds for each answer. "unanswered": a member that the
-// element never answers. A child { "of": NAME, "id": ID } is an element of another program.
-//
-// With an argument, the process takes part so many times, each time with a connection of its own.
+// element never answers.
 #include "VeltoPlatform/linux/AtspiCalls.h"
 #include "VeltoPlatform/linux/AtspiRoles.h"
 
@@ -20,7 +18,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <iterator>
 #include <map>
@@ -39,11 +36,7 @@ const std::string kFolder = "/org/a11y/atspi/accessible/";
 
 struct Node {
     json::object facts;
-    struct Child {
-        std::string id;
-        std::string program{}; ///< none: this one
-    };
-    std::vector<Child> children;
+    std::vector<std::string> children; ///< their ids
 };
 
 class Target {
@@ -86,20 +79,13 @@ class Target {
             id = facts.contains("id") ? json::value_to<std::string>(facts.at("id"))
                                       : "n" + std::to_string(unnamed_++);
         Node node{.facts = facts, .children = {}};
-        const auto levels = count(facts, "levels");
-        if (levels > 1) {
-            auto inner = facts;
-            inner["levels"] = levels - 1;
-            node.children.push_back({add(inner, "")});
-        } else if (const auto* children = facts.if_contains("children")) {
+        if (const auto* children = facts.if_contains("children")) {
             for (const auto& child : children->as_array())
                 if (child.is_string())
-                    node.children.push_back({std::string(child.as_string())});
-                else if (child.as_object().contains("of"))
-                    node.children.push_back({text(child.as_object(), "id"), text(child.as_object(), "of")});
+                    node.children.emplace_back(child.as_string());
                 else
                     for (auto copy = count(child.as_object(), "copies"); copy > 0; --copy)
-                        node.children.push_back({add(child.as_object(), "")});
+                        node.children.push_back(add(child.as_object(), ""));
         }
         nodes_[id] = std::move(node);
         return id;
@@ -163,8 +149,7 @@ class Target {
                 sd_bus_get_unique_name(bus_->handle(), &name);
                 sd_bus_message_open_container(out, 'a', "(so)");
                 for (const auto& child : node.children)
-                    sd_bus_message_append(out, "(so)", child.program.empty() ? name : child.program.c_str(),
-                                          (kFolder + child.id).c_str());
+                    sd_bus_message_append(out, "(so)", name, (kFolder + child).c_str());
                 sd_bus_message_append(out, "(so)", "", "/org/a11y/atspi/null");
                 sd_bus_message_close_container(out);
             });
@@ -268,25 +253,14 @@ std::unique_ptr<Bus> openAccessibilityBus() {
     return address ? Bus::open(*address, 10s) : nullptr;
 }
 
-int takePart(const std::string& description) {
-    auto bus = openAccessibilityBus();
-    if (!bus)
-        return 2;
-    Target target(std::move(bus));
-    target.show(description);
-    return target.serve();
-}
-
 } // namespace
 } // namespace velto::test
 
-int main(int argc, char** argv) {
-    const std::string description(std::istreambuf_iterator<char>(std::cin), {});
-    std::vector<std::thread> more;
-    for (int i = 1; argc > 1 && i < std::atoi(argv[1]); ++i)
-        more.emplace_back(velto::test::takePart, description);
-    const int status = velto::test::takePart(description);
-    for (auto& thread : more)
-        thread.join();
-    return status;
+int main() {
+    auto bus = velto::test::openAccessibilityBus();
+    if (!bus)
+        return 2;
+    velto::test::Target target(std::move(bus));
+    target.show(std::string(std::istreambuf_iterator<char>(std::cin), {}));
+    return target.serve();
 }

@@ -129,15 +129,14 @@ bool UnreliableWire::passToClient(int client, int server) {
     }
     if (count <= 0 || !write(client, {bytes, static_cast<std::size_t>(count)}))
         return false;
-    carried_ += static_cast<std::size_t>(count);
     if (left >= 0)
         untilReset_ = left - count;
     return left < 0 || count < left;
 }
 
-bool UnreliableWire::write(int to, std::string_view bytes) const {
+bool UnreliableWire::write(int to, std::string_view bytes) {
     while (!bytes.empty()) {
-        const auto sent = ::send(to, bytes.data(), isChopped_ ? 1 : bytes.size(), MSG_NOSIGNAL);
+        const auto sent = ::send(to, bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (sent <= 0)
             return false;
         bytes.remove_prefix(static_cast<std::size_t>(sent));

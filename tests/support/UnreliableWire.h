@@ -1,4 +1,4 @@
-// A bad network between a client and a server on this computer: it delays, chops, holds and cuts.
+// A bad network between a client and a server on this computer: it delays, holds and cuts.
 #pragma once
 
 #include "VeltoPlatform/FileDescriptor.h"
@@ -28,12 +28,8 @@ class UnreliableWire {
     /// Nothing gets through, in either direction, until `release`; the connection stays open.
     void hold();
     void release();
-    /// Each byte travels in a TCP segment of its own.
-    void chop() { isChopped_ = true; }
     /// Lets so many more bytes through to the client, then resets both connections.
     void resetAfter(std::size_t bytes) { untilReset_ = static_cast<std::ptrdiff_t>(bytes); }
-    /// Bytes that have come through to the client.
-    std::size_t carried() const { return carried_; }
 
   private:
     void run();
@@ -41,7 +37,7 @@ class UnreliableWire {
     void carry(int client, int server);
     bool passToClient(int client, int server);
     bool passToServer(int client, int server);
-    bool write(int to, std::string_view bytes) const;
+    static bool write(int to, std::string_view bytes);
     void wake();
 
     std::uint16_t serverPort_;
@@ -49,9 +45,7 @@ class UnreliableWire {
     FileDescriptor listener_;
     FileDescriptor wake_;
     std::atomic<bool> isHeld_ = false;
-    std::atomic<bool> isChopped_ = false;
     std::atomic<std::ptrdiff_t> untilReset_ = -1; ///< none below zero
-    std::atomic<std::size_t> carried_ = 0;
     std::mutex mutex_;
     bool hasEnded_ = false;
     std::array<int, 2> open_{-1, -1}; ///< the two connections, for the end to wake a blocked write

@@ -1,7 +1,6 @@
 // The accessibility toolkit against trees of every shape, with its limits and faults.
 #include "VeltoShared/telephony/AX.h"
 
-#include "VeltoShared/telephony/ElementWalk.h"
 #include "VeltoShared/telephony/Letters.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/TestComputer.h"
@@ -127,16 +126,6 @@ TEST_F(AXTest, aWalkOfAnApplicationThatHardlyAnswersEnds) {
     }
 }
 
-TEST_F(AXTest, attributesAreReadWhereTheRoleNeedsThemAndInBundles) {
-    for (int i = 0; i < 500; ++i)
-        center->add({.role = "AXGroup"});
-    center->addButton("End");
-    AX::buttons();
-    // Role and children of each, description and position of the one button.
-    EXPECT_EQ(desktop.attributeReads(), 2 * 502 + 2);
-    EXPECT_EQ(desktop.largestBatch(), ElementWalk::kReadsInFlight);
-}
-
 TEST_F(AXTest, aTreeThatChangesOrFailsUnderTheWalkEndsIt) {
     auto group = center->add({.role = "AXGroup"});
     group->addButton("hidden");
@@ -180,15 +169,6 @@ TEST_F(AXTest, scanAllAppsSearchesEverythingOutsideMenus) {
     EXPECT_EQ(AX::scanAllApps("the nee dle").size(), 1u); // joined by blanks
     EXPECT_EQ(AX::scanAllApps("", "com.example.app").size(), 4u);
     EXPECT_EQ(AX::scanAllApps("", "com.example").size(), 0u);
-}
-
-TEST_F(AXTest, roleCountsCountsElementsWithoutARoleToo) {
-    center->add({});
-    center->addButton("x")->failRead(Attribute::role);
-    center->add({.role = "AXGroup"});
-    EXPECT_EQ(AX::roleCounts("com.apple.notificationcenterui"),
-              (std::map<std::string, int>{{"?", 2}, {"AXApplication", 1}, {"AXGroup", 1}}));
-    EXPECT_TRUE(AX::roleCounts("com.example.absent").empty());
 }
 
 } // namespace

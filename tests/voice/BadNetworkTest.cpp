@@ -1,4 +1,4 @@
-// A session over a network that delays, chops, stalls and cuts, on a hand-driven clock.
+// A session over a network that delays, stalls and cuts, on a hand-driven clock.
 #include "tests/support/ManualClock.h"
 #include "tests/support/UnreliableWire.h"
 #include "tests/voice/VoiceFixture.h"
@@ -64,33 +64,6 @@ class BadNetworkTest : public testing::TestWithParam<VoiceProvider> {
     LocalAuthority& authority_ = test::trustedAuthority();
     test::Loop loop_;
 };
-
-TEST_P(BadNetworkTest, EveryByteByItself) {
-    std::promise<Lines> heard;
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        Lines lines;
-        while (const auto frame = peer.read()) {
-            lines.push_back(frame->payload);
-            peer.sendText(ServerWords::around(words().agentText, std::to_string(frame->payload.size())));
-        }
-        heard.set_value(std::move(lines));
-    });
-    UnreliableWire wire(server.port());
-    wire.chop();
-    auto session = test::makeClient(GetParam(), wire.host());
-    ASSERT_TRUE(connect(*session));
-    const std::string pcm(640, 'x');
-    start(session->sendAudio(std::as_bytes(std::span(pcm))));
-    const auto configuration = next(*session);
-    const auto audio = next(*session);
-    close(session);
-    const auto lines = await(heard);
-    ASSERT_EQ(lines.size(), 3u);
-    EXPECT_EQ(configuration, "agent " + std::to_string(lines[0].size()));
-    EXPECT_EQ(audio, "agent " + std::to_string(lines[1].size()));
-    EXPECT_NE(lines[1].find("eHh4eHh4"), std::string::npos);
-}
 
 TEST_P(BadNetworkTest, AStallOfHalfAMinuteCostsNothingButTime) {
     std::promise<void> spoken;

@@ -2,7 +2,6 @@
 #include "tests/voice/VoiceFixture.h"
 
 #include <boost/asio/io_context.hpp>
-#include <boost/json/parse.hpp>
 
 namespace velto {
 namespace {
@@ -40,37 +39,16 @@ TEST_P(VoiceClientTest, AConversation) {
     EXPECT_EQ(next(*session, 2), (Lines{"closed client closed", "end"}));
     EXPECT_EQ(run(session->connect()).error().code, kErrorNotConnected);
 
-    auto lines = heard.get_future().get();
-    const auto request = lines[0];
-    EXPECT_EQ(request.find("Sec-WebSocket-Protocol"), std::string::npos);
-    EXPECT_NE(request.find("\r\nHost: " + server.host() + "\r\n"), std::string::npos);
+    // The setup, "abc", the turn and the answer in the messages of the provider, and the end.
+    const auto lines = heard.get_future().get();
+    const auto turn = GetParam() == VoiceProvider::gemini ? 1u : 2u;
+    ASSERT_EQ(lines.size(), 4 + 2 * turn);
+    EXPECT_EQ(lines[0].find("Sec-WebSocket-Protocol"), std::string::npos);
     EXPECT_EQ(lines[1].substr(0, 2), "1{");
-    lines.erase(lines.begin(), lines.begin() + 2);
-    if (GetParam() == VoiceProvider::gemini) {
-        EXPECT_TRUE(request.starts_with("GET /ws/google.ai.generativelanguage.v1beta.GenerativeService."
-                                        "BidiGenerateContent?key=secret%20%22key%22%2F%26 HTTP/1.1\r\n"))
-            << request;
-        EXPECT_EQ(request.find("Authorization"), std::string::npos);
-        EXPECT_EQ(
-            lines,
-            (Lines{R"(1{"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":"YWJj"}}})",
-                   R"(1{"clientContent":{"turns":[{"role":"user","parts":[{"text":"Greet."}]}],)"
-                   R"("turnComplete":true}})",
-                   R"(1{"toolResponse":{"functionResponses":[{"id":"7","name":"end_call","response":{}}]}})",
-                   "8\x03\xE8"}));
-    } else {
-        EXPECT_TRUE(request.starts_with("GET /v1/realtime?model=a%20model HTTP/1.1\r\n")) << request;
-        EXPECT_NE(request.find("\r\nAuthorization: Bearer secret \"key\"/&\r\n"), std::string::npos);
-        EXPECT_NE(request.find("\r\nOpenAI-Beta: realtime=v1\r\n"), std::string::npos);
-        EXPECT_EQ(lines,
-                  (Lines{R"(1{"type":"input_audio_buffer.append","audio":"YWJj"})",
-                         R"(1{"type":"conversation.item.create","item":{"type":"message","role":"user",)"
-                         R"("content":[{"type":"input_text","text":"Greet."}]}})",
-                         R"(1{"type":"response.create"})",
-                         R"(1{"type":"conversation.item.create","item":{"type":"function_call_output",)"
-                         R"("call_id":"7","output":"nonsense"}})",
-                         R"(1{"type":"response.create"})", "8\x03\xE8"}));
-    }
+    EXPECT_NE(lines[2].find("\"YWJj\""), std::string::npos) << "what was sent early is not kept";
+    EXPECT_NE(lines[3].find("Greet."), std::string::npos);
+    EXPECT_NE(lines[3 + turn].find("\"7\""), std::string::npos);
+    EXPECT_EQ(lines.back(), "8\x03\xE8");
 }
 
 TEST_P(VoiceClientTest, FramesOfEveryKind) {
@@ -101,59 +79,26 @@ TEST_P(VoiceClientTest, FramesOfEveryKind) {
 TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
     struct Case {
         const char* name;
-        ScriptedTlsServer::Script script;
-        std::string reason; ///< after "closed " and the host; "*" for any
+        std::string bytes;                   ///< what the server sends in the end
+        std::optional<std::string> reason{}; ///< after "closed " and the host; none for any
+        void (*then)(ServerPeer&) = [](ServerPeer& peer) { peer.drain(); };
     };
+    using namespace std::string_literals;
+    const auto closing = [](const std::string& payload) { return ServerPeer::frame(8, payload); };
+    const std::string closed = " closed the connection with";
     const Case cases[] = {
-        {"code and reason",
-         [](ServerPeer& peer) {
-             peer.send(ServerPeer::frame(8, "\x03\xF0"
-                                            "bad\n" +
-                                                std::string(test::kSecret)));
-             peer.drain();
-         },
-         " closed the connection with code 1008: bad (key)"},
-        {"the key as it stood in the request",
-         [](ServerPeer& peer) {
-             peer.send(ServerPeer::frame(8, "\x03\xF3"
-                                            "no secret%20%22key%22%2F%26 here"));
-             peer.drain();
-         },
-         " closed the connection with code 1011: no (key) here"},
-        {"a code that may not be sent",
-         [](ServerPeer& peer) {
-             peer.send(ServerPeer::frame(8, "\x03\xEE"));
-             peer.drain();
-         },
-         "*"},
-        {"no code",
-         [](ServerPeer& peer) {
-             peer.send(ServerPeer::frame(8, ""));
-             peer.drain();
-         },
-         " closed the connection without a code"},
-        {"close in mid-message",
-         [](ServerPeer& peer) { peer.send(ServerPeer::frame(1, "{\"setup", true, 1000)); },
-         " ended the connection without closing it"},
-        {"reset", [](ServerPeer& peer) { peer.reset(); }, "*"},
-        {"too long",
-         [](ServerPeer& peer) {
-             peer.send(ServerPeer::frame(1, "{", true, std::uint64_t{1} << 40));
-             peer.drain();
-         },
-         "*"},
-        {"broken text",
-         [](ServerPeer& peer) {
-             peer.sendText("\xFF");
-             peer.drain();
-         },
-         "*"},
-        {"not a frame",
-         [](ServerPeer& peer) {
-             peer.send("HTTP/1.1 500 Oh no\r\n\r\n");
-             peer.drain();
-         },
-         "*"},
+        {"code and reason", closing("\x03\xF0"s + "bad\n" + std::string(test::kSecret)),
+         closed + " code 1008: bad (key)"},
+        {"the key as it stood in the request", closing("\x03\xF3no secret%20%22key%22%2F%26 here"),
+         closed + " code 1011: no (key) here"},
+        {"a code that may not be sent", closing("\x03\xEE")},
+        {"no code", closing(""), closed + "out a code"},
+        {"close in mid-message", ServerPeer::frame(1, "{\"setup", true, 1000),
+         " ended the connection without closing it", [](ServerPeer&) {}},
+        {"reset", "", {}, [](ServerPeer& peer) { peer.reset(); }},
+        {"too long", ServerPeer::frame(1, "{", true, std::uint64_t{1} << 40)},
+        {"broken text", ServerPeer::frame(1, "\xFF")},
+        {"not a frame", "HTTP/1.1 500 Oh no\r\n\r\n"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
@@ -161,54 +106,38 @@ TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
             peer.accept();
             peer.read();
             peer.sendText(words().setupComplete);
-            each.script(peer);
+            peer.send(each.bytes);
+            each.then(peer);
         });
         const auto session = client(server.host());
         ASSERT_TRUE(run(session->connect()));
         EXPECT_EQ(next(*session), "setup");
-        const auto closed = next(*session);
-        EXPECT_TRUE(closed.starts_with("closed ")) << closed;
-        EXPECT_NE(closed.find(server.host()), std::string::npos) << closed;
-        EXPECT_EQ(closed.find("secret"), std::string::npos) << closed;
-        if (each.reason != "*") {
-            EXPECT_EQ(closed, "closed " + server.host() + each.reason);
-        }
+        const auto said = next(*session);
+        EXPECT_TRUE(said.starts_with("closed ")) << said;
+        EXPECT_NE(said.find(server.host()), std::string::npos) << said;
+        EXPECT_EQ(said.find("secret"), std::string::npos) << said;
+        EXPECT_TRUE(!each.reason || said == "closed " + server.host() + *each.reason) << said;
         run(session->sendAudio(bytes("lost")));
         run(session->close());
         EXPECT_EQ(next(*session, 2), (Lines{"closed client closed", "end"}));
     }
 }
 
-TEST_P(VoiceClientTest, OnlyTheNewestUnreadEventsAreKept) {
-    std::promise<void> handled;
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        for (int i = 0; i < 5000; ++i)
-            peer.sendText(ServerWords::around(words().agentText, std::to_string(i)));
-        // The answer comes when everything before has been handled.
-        peer.send(ServerPeer::frame(9, "done?"));
-        peer.readUntil(10);
-        handled.set_value();
-        peer.readUntilClosed();
-    });
-    const auto session = client(server.host());
-    ASSERT_TRUE(run(session->connect()));
-    handled.get_future().wait();
-    EXPECT_EQ(session->events().waiting(), kVoiceEventCapacity);
-    EXPECT_EQ(next(*session), "agent 4488");
-    EXPECT_EQ(next(*session, 511).back(), "agent 4999");
-    run(session->close());
-}
-
-TEST_P(VoiceClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd) {
+/// Takes the connection and reads nothing.
+struct DeafServer {
     std::promise<void> done;
-    ScriptedTlsServer server([&](ServerPeer& peer) {
+    ScriptedTlsServer server{[this](ServerPeer& peer) {
         peer.accept();
         done.get_future().wait();
-    });
+    }};
+    ~DeafServer() { done.set_value(); }
+};
+
+TEST_P(VoiceClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd) {
+    const DeafServer deaf;
     VoiceSocket::Limits limits;
     limits.closing = std::chrono::milliseconds(50);
-    const auto session = client(server.host(), limits);
+    const auto session = client(deaf.server.host(), limits);
     ASSERT_TRUE(run(session->connect()));
     const std::string pcm(30'000, 'x');
     // All at once: most find eight waiting and are dropped, the others end with the session.
@@ -226,25 +155,19 @@ TEST_P(VoiceClientTest, APeerThatStopsReadingCostsNoMemoryAndNoTimeAtTheEnd) {
     EXPECT_EQ(next(*session, 2), (Lines{"closed client closed", "end"}));
     for (auto& each : sends)
         EXPECT_EQ(each.wait_for(std::chrono::seconds(60)), std::future_status::ready);
-    done.set_value();
 }
 
 TEST_P(VoiceClientTest, ANetworkThatTakesNothingIsNoticed) {
-    std::promise<void> done;
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        done.get_future().wait();
-    });
+    const DeafServer deaf;
     VoiceSocket::Limits limits;
     limits.unacknowledged = std::chrono::milliseconds(1);
-    const auto session = client(server.host(), limits);
+    const auto session = client(deaf.server.host(), limits);
     ASSERT_TRUE(run(session->connect()));
     const std::string pcm(8'000'000, 'x');
     run(session->sendAudio(bytes(pcm)));
     EXPECT_EQ(next(*session),
-              "closed the connection to " + server.host() + " was lost: Connection timed out");
+              "closed the connection to " + deaf.server.host() + " was lost: Connection timed out");
     run(session->close());
-    done.set_value();
 }
 
 TEST_P(VoiceClientTest, MayGoAtAnyTime) {

@@ -1,29 +1,11 @@
-// The small values of the voice room: providers, hosts, broken UTF-8.
+// The small values of the voice room: hosts, broken UTF-8.
 #include "VeltoShared/core/Utf8.h"
 #include "VeltoShared/voice/HostAddress.h"
-#include "VeltoShared/voice/VoiceProvider.h"
 
 #include <gtest/gtest.h>
 
 namespace velto {
 namespace {
-
-TEST(VoiceProvider, OnlyTheExactRawValuesName) {
-    EXPECT_EQ(voiceProvider("gemini"), VoiceProvider::gemini);
-    EXPECT_EQ(voiceProvider("openai"), VoiceProvider::openai);
-    for (const char* text : {"", "Gemini", " openai", "openai ", "openAI", "gemini\n"})
-        EXPECT_FALSE(voiceProvider(text)) << text;
-}
-
-TEST(VoiceProvider, VoicesBeginWithTheDefault) {
-    for (const auto provider : kAllVoiceProviders)
-        EXPECT_EQ(voices(provider).front(), defaultVoice(provider));
-    EXPECT_EQ(voices(VoiceProvider::gemini).size(), 30u);
-    EXPECT_EQ(voices(VoiceProvider::gemini).back(), "Sulafat");
-    EXPECT_EQ(voices(VoiceProvider::openai).size(), 8u);
-    EXPECT_EQ(inputRate(VoiceProvider::gemini), 16000);
-    EXPECT_EQ(inputRate(VoiceProvider::openai), 24000);
-}
 
 TEST(HostAddress, HostsAndPorts) {
     const auto expect = [](std::string_view text, std::string host, std::uint16_t port, bool isLiteral,
