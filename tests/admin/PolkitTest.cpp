@@ -1,6 +1,9 @@
 // Administrator rights by the real polkit and pkexec, asked for by a user who is not root.
 #include "VeltoApp/admin/Admin.h"
+#include "VeltoApp/drivers/DriverLines.h"
+#include "VeltoApp/drivers/DriverState.h"
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/LinuxDriverPlace.h"
 #include "VeltoPlatform/linux/PolkitAdmin.h"
 #include "tests/admin/AuthenticationAgent.h"
 #include "tests/admin/PolkitMachine.h"
@@ -12,6 +15,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 
@@ -88,6 +92,36 @@ TEST_F(Polkit, TheUserIsAskedOnceForTheLifeOfTheProcess) {
     EXPECT_EQ(agent.asked(), Texts{"org.velto.Velto.admin"});
 }
 
+std::vector<std::string> listing() {
+    std::vector<std::string> files;
+    for (const char* folder : {"/usr/local/share", "/etc/pulse", "/etc/pipewire"}) {
+        std::error_code error;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error))
+            files.push_back(entry.path());
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+TEST_F(Polkit, DriversAreInstalledAndRemovedWithOneQuestion) {
+    std::filesystem::copy(VELTO_DRIVERS, "/opt/the drivers", std::filesystem::copy_options::recursive);
+    LinuxDriverPlace place;
+    Platform parts;
+    parts.driverPlace = &place;
+    installPlatform(parts);
+    const auto before = listing();
+    start({DriverLines::install("/opt/the drivers"), DriverLines::uninstall()});
+    AuthenticationAgent agent(app->pid(), kUser, {rightPassword});
+    EXPECT_EQ(next(), "0: ");
+    EXPECT_EQ(DriverState::installed(), (Texts{"VeltoHQ.driver", "VeltoLoop.driver", "VeltoVoice.driver"}));
+    EXPECT_EQ(readFile("/etc/pulse/default.pa.d/VeltoLoop.pa"),
+              readFile("/opt/the drivers/VeltoLoop.driver/pulse.pa"));
+    EXPECT_NE(readFile("/etc/pipewire/pipewire.conf.d/VeltoVoice.conf"), "");
+    EXPECT_EQ(next(), "0: ");
+    EXPECT_EQ(listing(), before);
+    EXPECT_EQ(agent.asked().size(), 1u);
+}
+
 TEST_F(Polkit, WhoRefusesIsAskedAgain) {
     start({kWho, kWho, kWho});
     AuthenticationAgent agent(app->pid(), kUser, {dismissed, wrongPassword, rightPassword});
@@ -103,6 +137,21 @@ TEST_F(Polkit, AHelperThatIsNotInstalledNeedsTheGenericRight) {
     AuthenticationAgent agent(app->pid(), kUser, {rightPassword});
     EXPECT_EQ(next(), kDone);
     EXPECT_EQ(agent.asked(), Texts{"org.freedesktop.policykit.exec"});
+}
+
+TEST_F(Polkit, ACommandEndsWithAnApplicationThatIsKilled) {
+    start({"echo $$ >/opt/shell; sleep 60"});
+    AuthenticationAgent agent(app->pid(), kUser, {rightPassword});
+    app->signal(SIGUSR1);
+    std::string shell;
+    for (int i = 0; i < 2000 && !shell.ends_with('\n'); ++i, std::this_thread::sleep_for(5ms))
+        shell = readFile("/opt/shell");
+    ASSERT_NE(shell, "");
+    app->kill();
+    int found = 0;
+    for (int i = 0; i < 2000 && found == 0; ++i, std::this_thread::sleep_for(5ms))
+        found = ::kill(std::stoi(shell), 0);
+    EXPECT_NE(found, 0);
 }
 
 TEST_F(Polkit, WithoutSomebodyToAskNothingRuns) {
