@@ -11,7 +11,7 @@
 namespace velto {
 namespace {
 
-/// How a child ends that handles SIGHUP so, and that is told to end when it was not asked to reload.
+/// How a child ends that handles SIGHUP so, after it was asked to reload and then told to end.
 struct Asked {
     bool answer = false;
     int status = 0;
@@ -22,7 +22,11 @@ Asked ask(void (*handler)(int), const char* program) {
     EXPECT_EQ(::pipe(ready), 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        ::signal(SIGHUP, handler);
+        // What it does at SIGHUP, it does before SIGTERM ends it.
+        struct sigaction action {};
+        action.sa_handler = handler;
+        ::sigfillset(&action.sa_mask);
+        ::sigaction(SIGHUP, &action, nullptr);
         static_cast<void>(::write(ready[1], "r", 1) == 1);
         for (;;)
             ::pause();
@@ -33,8 +37,7 @@ Asked ask(void (*handler)(int), const char* program) {
     ::close(ready[1]);
     Asked asked;
     asked.answer = askToReload(child, program);
-    if (!asked.answer)
-        ::kill(child, SIGTERM);
+    ::kill(child, SIGTERM);
     ::waitpid(child, &asked.status, 0);
     return asked;
 }
