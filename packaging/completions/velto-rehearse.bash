@@ -11,7 +11,7 @@ _velto_rehearse() {
   --keys) choices="gemini openai both" ;;
   --sound) choices="pulseaudio pipewire" ;;
   --cut) choices="uplink loop" ;;
-  *) choices="--scenario --scenarios --list --provider --keys --wire --record --tap --mute --windows --kill
+  *) choices="--scenario --scenarios --list --provider --keys --wire --record --tap --mute --windows --wait --kill
        --sound --cut --keep --json --help" ;;
   esac
   mapfile -t COMPREPLY < <(compgen -W "$choices" -- "$word")
