@@ -1,6 +1,7 @@
 #include "tests/views/endtoend/Desk.h"
 
 #include "VeltoPlatform/Platform.h"
+#include "VeltoPlatform/linux/InstallTree.h"
 #include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/telephony/ElementWalk.h"
 
@@ -22,10 +23,6 @@ constexpr double kBelowTabs = 200;
 /// More than any pane is long.
 constexpr int kTurns = 30;
 
-std::filesystem::path programs() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-}
-
 } // namespace
 
 Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
@@ -41,7 +38,7 @@ Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
     rehearsal::PrivateSessionPlan plan;
     plan.folder = link_.folder();
     plan.folders = surroundings.environment();
-    plan.phone = programs() / "velto-phone";
+    plan.phone = InstallTree::programs() / "velto-phone";
     plan.scenario = scenario;
     plan.reports = surroundings.file("reports");
     stage.expect(
@@ -53,7 +50,7 @@ Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
     parts.workspace = workspace_.get();
     installPlatform(parts);
     screen = std::make_unique<Screen>(session->phoneEnvironment().at("DISPLAY"));
-    auto server = program("velto-rehearsal-server",
+    auto server = program(InstallTree::helpers() / "velto-rehearsal-server",
                           {"--scenario", scenario, "--certificate", surroundings.file("server.pem"), "--key",
                            surroundings.file("server.key")});
     for (const auto& [provider, key] : keys.all())
@@ -73,18 +70,20 @@ Desk::~Desk() {
     installPlatform({});
 }
 
-rehearsal::ChildProgram Desk::program(const char* name, std::vector<std::string> arguments) const {
+rehearsal::ChildProgram Desk::program(const std::filesystem::path& file,
+                                      std::vector<std::string> arguments) const {
+    const auto name = file.filename().string();
     rehearsal::ChildProgram program;
     program.title = name;
     program.arguments = std::move(arguments);
-    program.arguments.insert(program.arguments.begin(), programs() / name);
+    program.arguments.insert(program.arguments.begin(), file);
     program.environment = session->environment();
-    program.errorFile = surroundings.file(std::string(name) + ".err");
+    program.errorFile = surroundings.file(name + ".err");
     return program;
 }
 
 bool Desk::start(const rehearsal::Environment& others) {
-    auto velto = program("velto", {});
+    auto velto = program(InstallTree::programs() / "velto", {});
     velto.environment["DISPLAY"] = session->phoneEnvironment().at("DISPLAY");
     for (const auto& [name, value] : others)
         velto.environment[name] = value;

@@ -73,7 +73,8 @@ class Desk {
     std::unique_ptr<Watchdog> watchdog;
 
   private:
-    rehearsal::ChildProgram program(const char* name, std::vector<std::string> arguments) const;
+    rehearsal::ChildProgram program(const std::filesystem::path& file,
+                                    std::vector<std::string> arguments) const;
 
     LinuxFolders folders_{"velto-windows-test"};
     SecretServiceStore keyring_{[](const std::string&) {}};
