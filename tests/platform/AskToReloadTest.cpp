@@ -1,4 +1,4 @@
-// Which processes are sent SIGHUP.
+// Which processes are sent SIGUSR1.
 #include "VeltoPlatform/linux/AskToReload.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 namespace velto {
 namespace {
 
-/// How a child ends that handles SIGHUP so, after it was asked to reload and then told to end.
+/// How a child ends that handles SIGUSR1 so, after it was asked to reload and then told to end.
 struct Asked {
     bool answer = false;
     int status = 0;
@@ -22,11 +22,11 @@ Asked ask(void (*handler)(int), const char* program) {
     EXPECT_EQ(::pipe(ready), 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        // What it does at SIGHUP, it does before SIGTERM ends it.
+        // What it does at SIGUSR1, it does before SIGTERM ends it.
         struct sigaction action {};
         action.sa_handler = handler;
         ::sigfillset(&action.sa_mask);
-        ::sigaction(SIGHUP, &action, nullptr);
+        ::sigaction(SIGUSR1, &action, nullptr);
         static_cast<void>(::write(ready[1], "r", 1) == 1);
         for (;;)
             ::pause();
