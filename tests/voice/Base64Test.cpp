@@ -44,14 +44,8 @@ std::string randomBytes(std::size_t count) {
 }
 
 TEST(Base64, StandardVectors) {
-    const std::pair<const char*, const char*> vectors[] = {{"", ""},
-                                                           {"f", "Zg=="},
-                                                           {"fo", "Zm8="},
-                                                           {"foo", "Zm9v"},
-                                                           {"foob", "Zm9vYg=="},
-                                                           {"fooba", "Zm9vYmE="},
-                                                           {"foobar", "Zm9vYmFy"},
-                                                           {"\xFB\xFF\xBF", "+/+/"}};
+    const std::pair<const char*, const char*> vectors[] = {
+        {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"\xFB\xFF\xBF", "+/+/"}};
     for (const auto engine : engines())
         for (const auto& [bytes, text] : vectors) {
             EXPECT_EQ(encoded(bytes, engine), text);
@@ -92,9 +86,7 @@ TEST(Base64, AnyWrongCharacterAnywhereIsRefused) {
 TEST(Base64, MalformedTextsAreRefused) {
     const std::string filler(192, 'A');
     for (const char* end :
-         {"Z",        "Zg",    "Zg=",      "Zg===",    "Zm8",  "====",  "=",        "Z===",  "Zm=v",
-          "Z=9v",     "=m9v",  "Zg==Zg==", "Zm8=Zm8=", "Zh==", "Zv==",  "Zm9=",     "Zm8\n", "Zm9v\n",
-          "Zm9v\r\n", "Zm 9v", " Zm9v",    "Zm9-",     "Zm9_", "Zm9v=", "Zm9v====", "Zm9\0", "Zg=A"})
+         {"Z", "Zg", "Zg=", "Zg===", "====", "Z===", "Zm=v", "Zg==Zg==", "Zh==", "Zm9=", "Zm9v\n", "Zg=A"})
         for (const auto engine : engines()) {
             EXPECT_FALSE(decoded(end, engine)) << end;
             EXPECT_FALSE(decoded(filler + end, engine)) << end;

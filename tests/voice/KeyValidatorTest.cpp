@@ -1,22 +1,14 @@
 // Asking real TLS servers of this computer whether they like a key.
 #include "VeltoShared/voice/KeyValidator.h"
 
-#include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/voice/ProviderHosts.h"
 #include "VeltoShared/voice/TlsTrust.h"
-#include "tests/support/ManualClock.h"
 #include "tests/support/ScopedEnvironment.h"
-#include "tests/support/ScriptedTlsServer.h"
 #include "tests/support/TestComputer.h"
-#include "tests/support/TrustedAuthority.h"
-
-#include <gtest/gtest.h>
-
-#include <boost/asio/bind_cancellation_slot.hpp>
+#include "tests/voice/VoiceFixture.h"
 
 #include <algorithm>
 #include <atomic>
-#include <future>
 
 #include <openssl/ssl.h>
 
@@ -64,42 +56,19 @@ class Service {
     ScriptedTlsServer server_;
 };
 
-/// One thread, whose clock stands still unless a test moves it: no limit is ever reached by slowness.
-class KeyValidatorTest : public ::testing::Test {
+class KeyValidatorTest : public NetworkLoop {
   protected:
-    using Outcome = std::shared_ptr<std::optional<bool>>;
-
     void setHost(VoiceProvider provider, const std::string& host) {
         computer.preferences.set(std::string(ProviderHosts::preferenceKey(provider)), PreferenceValue(host));
     }
-    Outcome start(VoiceProvider provider, const std::string& key, asio::cancellation_slot slot = {}) {
-        auto outcome = std::make_shared<std::optional<bool>>();
-        asio::co_spawn(
-            loop.context, KeyValidator::validate(provider, key),
-            asio::bind_cancellation_slot(slot, [outcome](const std::exception_ptr& error, bool valid) {
-                EXPECT_FALSE(error);
-                *outcome = valid;
-            }));
-        return outcome;
-    }
-    void runUntil(const std::function<bool()>& done) {
-        const auto giveUp = std::chrono::steady_clock::now() + 90s;
-        while (!done() && std::chrono::steady_clock::now() < giveUp) {
-            loop.context.restart();
-            loop.context.run_one_for(10ms);
-        }
-        ASSERT_TRUE(done());
-    }
     bool valid(VoiceProvider provider, const std::string& key, const std::string& host) {
         setHost(provider, host);
-        const auto outcome = start(provider, key);
+        const auto outcome = start(KeyValidator::validate(provider, key));
         runUntil([&] { return outcome->has_value(); });
         return outcome->value_or(false);
     }
 
-    LocalAuthority& authority = trustedAuthority(); // while there is one thread
     TestComputer computer;
-    Loop loop;
 };
 
 TEST_F(KeyValidatorTest, RequestsAreTheProvidersOwnAndGoToNobodyElse) {
@@ -187,9 +156,9 @@ TEST_F(KeyValidatorTest, SilentServersAreLeftAfterTwentySecondsAndHoldUpNobody) 
     std::promise<void> over;
     const ScriptedTlsServer silent([ended = over.get_future().share()](ServerPeer&) { ended.wait(); });
     setHost(gemini, silent.host());
-    std::vector<Outcome> outcomes(50);
+    std::vector<std::shared_ptr<std::optional<bool>>> outcomes(50);
     for (auto& outcome : outcomes)
-        outcome = start(gemini, "key");
+        outcome = start(KeyValidator::validate(gemini, "key"));
     const auto answered = [&] {
         return std::ranges::count_if(outcomes, [](const auto& each) { return each->has_value(); });
     };
@@ -215,7 +184,7 @@ TEST_F(KeyValidatorTest, ACancelledOrAbandonedRequestLeavesNothingBehind) {
     });
     setHost(gemini, server.host());
     asio::cancellation_signal signal;
-    const auto outcome = start(gemini, "key", signal.slot());
+    const auto outcome = start(KeyValidator::validate(gemini, "key"), signal.slot());
     runUntil([&] { return asked == 1; });
     EXPECT_FALSE(*outcome);
     signal.emit(asio::cancellation_type::terminal);
@@ -227,7 +196,7 @@ TEST_F(KeyValidatorTest, ACancelledOrAbandonedRequestLeavesNothingBehind) {
     Clock::install(nullptr);
     {
         const BackgroundThreads threads;
-        start(gemini, "key");
+        start(KeyValidator::validate(gemini, "key"));
         runUntil([&] { return asked == 2; });
     }
     runUntil([&] { return left == 2; });

@@ -95,7 +95,10 @@ TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
         {"no code", closing(""), closed + "out a code"},
         {"close in mid-message", ServerPeer::frame(1, "{\"setup", true, 1000),
          " ended the connection without closing it", [](ServerPeer&) {}},
-        {"reset", "", {}, [](ServerPeer& peer) { peer.reset(); }},
+        {"reset in mid-message",
+         ServerPeer::frame(1, "{\"setup", true, 1000),
+         {},
+         [](ServerPeer& peer) { peer.reset(); }},
         {"too long", ServerPeer::frame(1, "{", true, std::uint64_t{1} << 40)},
         {"broken text", ServerPeer::frame(1, "\xFF")},
         {"not a frame", "HTTP/1.1 500 Oh no\r\n\r\n"},
@@ -171,10 +174,7 @@ TEST_P(VoiceClientTest, ANetworkThatTakesNothingIsNoticed) {
 }
 
 TEST_P(VoiceClientTest, MayGoAtAnyTime) {
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        peer.readUntilClosed();
-    });
+    const ScriptedTlsServer server(test::listenToTheEnd);
     // Before connecting, while connecting, while receiving: the server sees the end each time.
     client(server.host()).reset();
     auto connecting = client(server.host());
@@ -196,10 +196,7 @@ TEST_P(VoiceClientTest, MayGoAtAnyTime) {
 }
 
 TEST_P(VoiceClientTest, ResumesWhereItWasAwaited) {
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        peer.readUntilClosed();
-    });
+    const ScriptedTlsServer server(test::listenToTheEnd);
     const auto session = client(server.host());
     asio::io_context elsewhere;
     int steps = 0;

@@ -1,16 +1,18 @@
-// A background thread and helpers for tests that talk to a real server on this computer.
+// What tests that talk to a real server on this computer stand on: threads, providers and their words.
 #pragma once
 
 #include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
 #include "VeltoShared/voice/GeminiLiveClient.h"
 #include "VeltoShared/voice/OpenAIRealtimeClient.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/ScriptedTlsServer.h"
 #include "tests/support/TrustedAuthority.h"
 #include "tests/voice/EventText.h"
 
 #include <gtest/gtest.h>
 
+#include <boost/asio/bind_cancellation_slot.hpp>
 #include <boost/asio/use_future.hpp>
 
 #include <future>
@@ -56,6 +58,12 @@ inline std::shared_ptr<VoiceClient> makeClient(VoiceProvider provider, const std
     return std::make_shared<OpenAIRealtimeClient>(options, limits);
 }
 
+/// A server's script: takes what comes until the client closes.
+inline void listenToTheEnd(ServerPeer& peer) {
+    peer.accept();
+    peer.readUntilClosed();
+}
+
 class VoiceFixture : public ::testing::Test {
   protected:
     /// Runs a coroutine on the background thread. Far more time than any limit of the transport.
@@ -85,6 +93,34 @@ class VoiceFixture : public ::testing::Test {
     // Trust is set up while there is one thread.
     LocalAuthority& authority_ = trustedAuthority();
     BackgroundThreads background_;
+};
+
+/// One thread that waits for the network, and a clock that stands still unless a test moves it: no limit is
+/// ever reached by slowness.
+class NetworkLoop : public ::testing::Test {
+  protected:
+    template <class T>
+    std::shared_ptr<std::optional<T>> start(asio::awaitable<T> task, asio::cancellation_slot slot = {}) {
+        auto answer = std::make_shared<std::optional<T>>();
+        asio::co_spawn(loop.context, std::move(task),
+                       asio::bind_cancellation_slot(slot, [answer](const std::exception_ptr& error, T value) {
+                           EXPECT_FALSE(error);
+                           answer->emplace(std::move(value));
+                       }));
+        return answer;
+    }
+    void start(asio::awaitable<void> task) { asio::co_spawn(loop.context, std::move(task), asio::detached); }
+    void runUntil(const std::function<bool()>& done) {
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(90);
+        while (!done() && std::chrono::steady_clock::now() < giveUp) {
+            loop.context.restart();
+            loop.context.run_one_for(std::chrono::milliseconds(10));
+        }
+        ASSERT_TRUE(done()) << "nothing came";
+    }
+
+    LocalAuthority& authority = trustedAuthority(); // while there is one thread
+    Loop loop;
 };
 
 /// Every test for every provider.

@@ -19,23 +19,18 @@ class VoiceSocketTest : public test::VoiceFixture {
     }
 };
 
-const ScriptedTlsServer::Script kAccept = [](ServerPeer& peer) {
-    peer.accept();
-    peer.readUntilClosed();
-};
-
 TEST_F(VoiceSocketTest, CertificatesMustBeForTheHostAndFromAnAuthority) {
-    const ScriptedTlsServer other(kAccept, "elsewhere.example");
+    const ScriptedTlsServer other(test::listenToTheEnd, "elsewhere.example");
     EXPECT_EQ(failure(other.host()),
               "the certificate of " + other.host() + " was refused: hostname mismatch");
-    const ScriptedTlsServer named(kAccept, "localhost");
+    const ScriptedTlsServer named(test::listenToTheEnd, "localhost");
     EXPECT_EQ(failure(named.host()), "connected");
     const auto byAddress = "127.0.0.1:" + std::to_string(named.port());
     EXPECT_EQ(failure(byAddress), "the certificate of " + byAddress + " was refused: IP address mismatch");
-    const ScriptedTlsServer addressed(kAccept, "127.0.0.1");
+    const ScriptedTlsServer addressed(test::listenToTheEnd, "127.0.0.1");
     EXPECT_EQ(failure("127.0.0.1:" + std::to_string(addressed.port())), "connected");
     LocalAuthority stranger;
-    const ScriptedTlsServer untrusted(kAccept, stranger.issue("localhost"));
+    const ScriptedTlsServer untrusted(test::listenToTheEnd, stranger.issue("localhost"));
     EXPECT_EQ(failure(untrusted.host()), "the certificate of " + untrusted.host() +
                                              " was refused: unable to get local issuer certificate");
 }
@@ -55,7 +50,7 @@ TEST_F(VoiceSocketTest, RefusalsAreDescribedWithoutTheKey) {
     EXPECT_EQ(openai(std::string(test::kSecret) + "\n", refusing.host()), refusal);
     std::string closedHost;
     {
-        const ScriptedTlsServer gone(kAccept);
+        const ScriptedTlsServer gone(test::listenToTheEnd);
         closedHost = "127.0.0.1:" + std::to_string(gone.port());
     }
     EXPECT_EQ(failure(closedHost), "cannot connect to " + closedHost + ": Connection refused");
