@@ -1,5 +1,6 @@
 // The backend against a real sound server of its own.
 #include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoPlatform/linux/PulseMicrophone.h"
 #include "VeltoShared/audio/AudioDevices.h"
 #include "VeltoShared/audio/AudioPlayback.h"
 #include "VeltoShared/audio/AudioRouting.h"
@@ -11,6 +12,7 @@
 
 #include <limits>
 #include <map>
+#include <set>
 
 namespace velto::test {
 namespace {
@@ -42,12 +44,11 @@ TEST(PulseCatalogue, pairsSidesByDescriptionAndKeepsIdentifiersApart) {
     const auto forwards = identifiers(PulseCatalogue::devices(many, {}));
     std::ranges::reverse(many);
     EXPECT_EQ(identifiers(PulseCatalogue::devices(many, {})), forwards);
-    std::vector<AudioObjectID> values;
+    std::set<AudioObjectID> values;
     for (const auto& [name, id] : forwards)
-        values.push_back(id);
-    std::ranges::sort(values);
-    EXPECT_EQ(std::ranges::adjacent_find(values), values.end());
-    EXPECT_GT(values.front(), 0u);
+        values.insert(id);
+    EXPECT_EQ(values.size(), many.size());
+    EXPECT_FALSE(values.contains(0));
 }
 
 TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
@@ -66,11 +67,7 @@ TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
               "Microphone / Speaker");
     // A server on a busy machine may refuse, or take longer than anybody should wait.
     const auto becomesDefault = [&](AudioDirection direction, AudioObjectID device) {
-        const auto until = SteadyClock::now() + patience;
-        while (!hardware->setDefaultDevice(direction, device))
-            if (SteadyClock::now() > until)
-                return false;
-        return true;
+        return eventually([&] { return hardware->setDefaultDevice(direction, device); });
     };
     EXPECT_TRUE(becomesDefault(AudioDirection::input, mic.id));
     EXPECT_TRUE(becomesDefault(AudioDirection::output, AudioDevices::find("VeltoLoop 2ch")->id));
@@ -93,11 +90,7 @@ TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
         EXPECT_EQ(hardware->processIsRunningInput(*self), true);
     }
     // The end of a stream and the question travel on connections of their own.
-    const auto until = SteadyClock::now() + patience;
-    std::optional<bool> recording;
-    while ((recording = hardware->processIsRunningInput(*self)) == true && SteadyClock::now() < until)
-        std::this_thread::yield();
-    EXPECT_EQ(recording, false);
+    EXPECT_TRUE(eventually([&] { return hardware->processIsRunningInput(*self) == false; }));
 
     ASSERT_TRUE(server->restart());
     ASSERT_TRUE(waitForLine("server back"));
@@ -205,10 +198,7 @@ TEST_P(EachSoundServer, aDeviceThatComesBackIsFoundByItsName) {
     playback->start();
     const auto moves = [&] {
         const auto before = playback->stats().rendered;
-        const auto until = SteadyClock::now() + patience;
-        while (playback->stats().rendered == before && SteadyClock::now() < until)
-            std::this_thread::yield();
-        return playback->stats().rendered > before;
+        return eventually([&] { return playback->stats().rendered > before; });
     };
     ASSERT_TRUE(moves());
     unload(module);
@@ -223,12 +213,16 @@ TEST_P(EachSoundServer, aDeviceThatComesBackIsFoundByItsName) {
 TEST_P(EachSoundServer, aServerThatHangsHoldsNobodyUp) {
     Ear ear("VeltoLoop 2ch", 16000);
     ASSERT_TRUE(ear.hearsAnything());
+    auto microphone = std::make_unique<PulseMicrophone>(connection);
+    const auto mayRecord = [&] { return microphone->status().authorization; };
+    ASSERT_TRUE(eventually([&] { return mayRecord() == MicrophoneAuthorization::authorized; }));
     ::kill(server->processes().back().pid(), SIGSTOP);
     const auto asked = SteadyClock::now();
     EXPECT_TRUE(AudioDevices::all().empty());
     for (int i = 0; i < 20; ++i) {
         EXPECT_EQ(AudioRouting::defaultInputName(), "");
         hardware->setDefaultDevice(AudioDirection::input, 1);
+        EXPECT_EQ(microphone->status().reason, "the sound server does not answer");
     }
     {
         Ear other("VeltoLoop 2ch", 16000);
@@ -241,6 +235,11 @@ TEST_P(EachSoundServer, aServerThatHangsHoldsNobodyUp) {
     EXPECT_TRUE(ear.hearsAnything());
     EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is back"));
     EXPECT_EQ(AudioRouting::defaultInputName(), "Microphone");
+    EXPECT_TRUE(eventually([&] { return mayRecord() == MicrophoneAuthorization::authorized; }));
+    ::kill(server->processes().back().pid(), SIGSTOP);
+    mayRecord();
+    microphone.reset(); // with its question still open
+    ::kill(server->processes().back().pid(), SIGCONT);
 }
 
 TEST_P(EachSoundServer, unitsRefuseWhatTheyCannotDo) {

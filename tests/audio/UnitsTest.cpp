@@ -26,29 +26,6 @@ class Units : public ::testing::Test, protected TestComputer {
     Samples last;
 };
 
-TEST_F(Units, areSetUpAndTakenDownInOrder) {
-    const auto loop = std::to_string(*audio.devices().value().rbegin());
-    {
-        auto unit = capture();
-        unit->start();
-        unit->stop();
-        unit->stop();
-        unit->start();
-    }
-    EXPECT_EQ(
-        audio.unitCalls(),
-        (std::vector<std::string>{"enableIO output 0 off", "enableIO input 1 on", "setCurrentDevice " + loop,
-                                  "setStreamFormat output 1 16000 Hz 2 ch", "setInputCallback", "initialize",
-                                  "start", "stop", "uninitialize", "dispose"}));
-    const auto before = static_cast<std::ptrdiff_t>(audio.unitCalls().size());
-    AudioPlayback::open("VeltoLoop 2ch", 24000, 2).reset();
-    const auto calls = audio.unitCalls();
-    EXPECT_EQ(std::vector(calls.begin() + before, calls.end()),
-              (std::vector<std::string>{"enableIO output 0 on", "setCurrentDevice " + loop,
-                                        "setStreamFormat input 0 24000 Hz 2 ch", "setRenderCallback",
-                                        "initialize", "stop", "uninitialize", "dispose"}));
-}
-
 TEST_F(Units, areNotHadWithoutDeviceComponentOrInstance) {
     EXPECT_FALSE(AudioCapture::open("veltoloop 2ch", 16000, 2, {}));
     EXPECT_FALSE(AudioPlayback::open("", 16000, 2));
@@ -73,6 +50,7 @@ TEST_F(Units, captureAveragesChannelsTowardZero) {
     EXPECT_EQ(deliveries, 2);
     EXPECT_TRUE(last.empty());
     unit->stop();
+    unit->start(); // too late
 
     for (const std::uint32_t channels : {0U, 1U}) {
         auto mono = capture(channels);
@@ -104,26 +82,6 @@ TEST_F(Units, captureSurvivesFailingAndOversizedRenders) {
 
     CaptureBox empty;
     EXPECT_EQ(CaptureBox::captured(&empty, {}, 1), kAudioUnready);
-}
-
-TEST_F(Units, playbackDuplicatesFillsAndCounts) {
-    auto unit = AudioPlayback::open("Speaker", 24000, 2);
-    unit->start();
-    EXPECT_EQ(audio.pull("Speaker", 3), Samples(6));
-    unit->write(Samples{1, -2});
-    unit->write(Samples{3});
-    EXPECT_EQ(audio.pull("Speaker", 2), (Samples{1, 1, -2, -2}));
-    EXPECT_EQ(audio.pull("Speaker", 2), (Samples{3, 3, 0, 0}));
-    EXPECT_EQ(unit->stats().rendered, 7);
-    EXPECT_EQ(unit->stats().underruns, 4);
-    unit->write(Samples(10, 9));
-    audio.pull("Speaker", 1);
-    unit->flush();
-    EXPECT_EQ(audio.pull("Speaker", 4), Samples(8));
-    unit->write(Samples{5});
-    EXPECT_EQ(audio.pull("Speaker", 1), (Samples{5, 5}));
-    unit->stop();
-    EXPECT_TRUE(audio.pull("Speaker", 1).empty());
 }
 
 TEST_F(Units, theQueueIsCompactedPastItsLimitOnly) {

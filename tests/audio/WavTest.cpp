@@ -115,7 +115,6 @@ TEST_F(WavTest, ChunksAreWalkedToTheEnd) {
     for (const std::uint32_t lie : {5u, 0x7FFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFEu}) {
         const auto sound =
             read("RIFF" + little(0, 4) + "WAVE" + format(1, 8000) + chunk("data", pcm({1, 2}), lie));
-        EXPECT_FALSE(sound && lie == 0);
         ASSERT_TRUE(sound) << lie;
         EXPECT_EQ(sound->samples, read12) << lie;
     }

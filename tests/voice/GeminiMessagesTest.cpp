@@ -14,8 +14,8 @@ namespace {
 namespace json = boost::json;
 using Lines = std::vector<std::string>;
 
-GeminiMessages make(std::string key = "k", std::string instruction = "Be \"brief\"\n") {
-    return GeminiMessages({std::move(key), "some-model", "Puck", std::move(instruction), "localhost:1"});
+GeminiMessages make(std::string key = "k") {
+    return GeminiMessages({std::move(key), "some-model", "Puck", "Be brief.", "localhost:1"});
 }
 
 Lines handled(GeminiMessages& messages, std::string_view text) {
@@ -33,15 +33,6 @@ TEST(GeminiMessages, RequestEscapesTheKey) {
     EXPECT_TRUE(request.headers.empty());
 }
 
-TEST(GeminiMessages, TheSetupCarriesModelAndInstruction) {
-    const auto setup = json::parse(make().configuration()).at("setup");
-    EXPECT_EQ(setup.at("model"), "models/some-model");
-    EXPECT_EQ(setup.at_pointer("/systemInstruction/parts/0/text"), "Be \"brief\"\n");
-    EXPECT_EQ(json::parse(make("k", "bad \xFF").configuration())
-                  .at_pointer("/setup/systemInstruction/parts/0/text"),
-              "bad \xEF\xBF\xBD");
-}
-
 TEST(GeminiMessages, AudioOfEverySize) {
     auto messages = make();
     const std::string pcm(5000, 'x');
@@ -56,9 +47,10 @@ TEST(GeminiMessages, AudioOfEverySize) {
 }
 
 TEST(GeminiMessages, TextTurnAndToolResponse) {
-    EXPECT_EQ(make().clientText("Say \"hi\" \x01"),
-              Lines{R"({"clientContent":{"turns":[{"role":"user","parts":[{"text":"Say \"hi\" \u0001"}]}],)"
-                    R"("turnComplete":true}})"});
+    EXPECT_EQ(
+        make().clientText("Say \"hi\" \x01 bad \xFF"),
+        Lines{R"({"clientContent":{"turns":[{"role":"user","parts":[{"text":"Say \"hi\" \u0001 bad �"}]}],)"
+              R"("turnComplete":true}})"});
     const auto response = [](std::string result) {
         const auto sent = make().toolResponse("id 1", "end_call", result);
         EXPECT_EQ(sent.size(), 1u);

@@ -13,8 +13,8 @@ namespace {
 namespace json = boost::json;
 using Lines = std::vector<std::string>;
 
-OpenAIMessages make(std::string instruction = "Be \"brief\"\n") {
-    return OpenAIMessages({"k&y \n", "a model/1", "alloy", std::move(instruction), "localhost:1"});
+OpenAIMessages make() {
+    return OpenAIMessages({"k&y \n", "a model/1", "alloy", "Be brief.", "localhost:1"});
 }
 
 /// What a session's messages stand for, all in one.
@@ -36,14 +36,6 @@ TEST(OpenAIMessages, TheKeyTravelsInItsFieldOnly) {
     EXPECT_EQ(request.target, "/v1/realtime?model=a%20model%2F1");
     EXPECT_EQ(request.headers, (std::vector<std::pair<std::string, std::string>>{
                                    {"Authorization", "Bearer k&y"}, {"OpenAI-Beta", "realtime=v1"}}));
-}
-
-TEST(OpenAIMessages, TheConfigurationCarriesVoiceAndInstructions) {
-    const auto session = json::parse(make().configuration()).at("session");
-    EXPECT_EQ(session.at("voice"), "alloy");
-    EXPECT_EQ(session.at("instructions"), "Be \"brief\"\n");
-    EXPECT_EQ(json::parse(make("bad \xFF").configuration()).at_pointer("/session/instructions"),
-              "bad \xEF\xBF\xBD");
 }
 
 TEST(OpenAIMessages, EveryTurnIsFollowedByTheRequestToRespond) {

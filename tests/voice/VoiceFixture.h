@@ -26,20 +26,18 @@ struct ServerWords {
     std::string setupComplete;
     std::string turnComplete;
     /// Before and after a text without characters to escape.
-    std::pair<std::string, std::string> callerText, agentText, audio;
+    std::pair<std::string, std::string> callerText, audio;
 
     static const ServerWords& of(VoiceProvider provider) {
         static const ServerWords kGemini{
             R"({"setupComplete":{}})",
             R"({"serverContent":{"turnComplete":true}})",
             {R"({"serverContent":{"inputTranscription":{"text":")", R"("}}})"},
-            {R"({"serverContent":{"outputTranscription":{"text":")", R"("}}})"},
             {R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":")", R"("}}]}}})"}};
         static const ServerWords kOpenAI{
             R"({"type":"session.created"})",
             R"({"type":"response.done"})",
             {R"({"type":"conversation.item.input_audio_transcription.completed","transcript":")", R"("})"},
-            {R"({"type":"response.audio_transcript.delta","delta":")", R"("})"},
             {R"({"type":"response.audio.delta","delta":")", R"("})"}};
         return provider == VoiceProvider::gemini ? kGemini : kOpenAI;
     }
