@@ -20,26 +20,15 @@ class DevicesAndBridge : public ::testing::Test, protected TestComputer {
     }
 };
 
-TEST_F(DevicesAndBridge, catalogueListsEverythingAndFindsExactNames) {
+TEST_F(DevicesAndBridge, theFirstOfAnExactNameIsFound) {
     const auto first = audio.addDevice("Twin", 1, 0);
-    audio.addDevice("Twin", 2, 0);
-    audio.addDevice({0, "Wide", {2, 6}, {}});
-    const auto nameless = audio.addDevice("lost", 0, 2);
-    const auto mute = audio.addDevice("Mute", 2, 2);
-    audio.faults.nameFails = {nameless};
-    audio.faults.configurationFails = {mute};
-
-    EXPECT_EQ(AudioDevices::all().size(), 5u);
-    EXPECT_EQ(AudioDevices::find("Twin")->id, first);
-    EXPECT_EQ(AudioDevices::find("Wide")->inputChannels, 8);
-    EXPECT_EQ(AudioDevices::find("Unknown"), (AudioDeviceInfo{nameless, "Unknown", 0, 2}));
-    EXPECT_EQ(AudioDevices::find("Mute"), (AudioDeviceInfo{mute, "Mute", 0, 0}));
+    audio.addDevice({0, "Twin", {2, 6}, {}});
+    EXPECT_EQ(AudioDevices::find("Twin"), (AudioDeviceInfo{first, "Twin", 1, 0}));
+    EXPECT_EQ(AudioDevices::all().at(1).inputChannels, 8);
     for (const char* wrong : {"twin", "Twi", "Twin ", ""})
         EXPECT_FALSE(AudioDevices::find(wrong)) << wrong;
-    EXPECT_EQ(AudioDevices::name(999), "Unknown");
-
-    audio.faults.deviceListFails = true;
-    EXPECT_TRUE(AudioDevices::all().empty());
+    audio.faults.nameFails = audio.faults.configurationFails = {first};
+    EXPECT_EQ(AudioDevices::find("Unknown"), (AudioDeviceInfo{first, "Unknown", 0, 0}));
 }
 
 TEST_F(DevicesAndBridge, inputOnlyLeavesTheOutputAndSetsNothingTwice) {

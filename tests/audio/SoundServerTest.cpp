@@ -13,6 +13,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <tuple>
 
 namespace velto::test {
 namespace {
@@ -98,16 +99,10 @@ TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
 }
 
 TEST_P(EachSoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
-    struct Case {
-        const char* output;
-        const char* input;
-        double played;
-        double captured;
-    };
     for (const auto& [output, input, played, captured] :
-         {Case{"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", 24000, 16000},
-          Case{"VeltoLoop 2ch", "VeltoLoop 2ch", 24000, 24000},
-          Case{"Microphone Line", "Microphone", 48000, 16000}}) {
+         {std::tuple{"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", 24000.0, 16000.0},
+          {"VeltoLoop 2ch", "VeltoLoop 2ch", 24000.0, 24000.0},
+          {"Microphone Line", "Microphone", 48000.0, 16000.0}}) {
         auto playback = AudioPlayback::open(output, played, 2);
         ASSERT_TRUE(playback);
         const auto began = SteadyClock::now();
@@ -153,16 +148,6 @@ TEST_P(EachSoundServer, killedAndStartedAgainTheSoundComesBack) {
     EXPECT_TRUE(told.wait([&] { return returns == 1; }));
     EXPECT_TRUE(waitForLine("sound: server back after "));
     hardware->observeReturn({});
-
-    // And without the loop, whose unit is told apart from a lost server.
-    Ear loop("VeltoLoop 2ch", 16000);
-    ASSERT_TRUE(loop.hearsAnything());
-    ASSERT_TRUE(server->restart({.without = {"VeltoLoop 2ch"}, .muted = {}}));
-    EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is gone"));
-    EXPECT_TRUE(ear.hearsAnything());
-    ASSERT_TRUE(server->restart(rehearsal::SoundDevices{}));
-    EXPECT_TRUE(loop.hearsAnything());
-    EXPECT_EQ(returns, 1);
 }
 
 TEST_P(EachSoundServer, aServerThatStartsLateIsFound) {

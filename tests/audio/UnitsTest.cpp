@@ -26,17 +26,14 @@ class Units : public ::testing::Test, protected TestComputer {
     Samples last;
 };
 
-TEST_F(Units, areNotHadWithoutDeviceComponentOrInstance) {
-    EXPECT_FALSE(AudioCapture::open("veltoloop 2ch", 16000, 2, {}));
-    EXPECT_FALSE(AudioPlayback::open("", 16000, 2));
-    audio.faults.noUnitComponent = true;
-    EXPECT_FALSE(capture());
-    EXPECT_FALSE(AudioPlayback::open("Speaker", 24000, 2));
-    audio.faults.noUnitComponent = false;
-    audio.faults.instantiationFails = true;
-    EXPECT_FALSE(capture());
-    EXPECT_FALSE(AudioPlayback::open("Speaker", 24000, 2));
-    EXPECT_TRUE(audio.unitCalls().empty());
+TEST_F(Units, areNotHadWithoutComponentOrInstance) {
+    for (const auto fault :
+         {&SimulatedAudioFaults::noUnitComponent, &SimulatedAudioFaults::instantiationFails}) {
+        audio.faults = {};
+        audio.faults.*fault = true;
+        EXPECT_FALSE(capture());
+        EXPECT_FALSE(AudioPlayback::open("Speaker", 24000, 2));
+    }
 }
 
 TEST_F(Units, captureAveragesChannelsTowardZero) {

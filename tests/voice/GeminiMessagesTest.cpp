@@ -33,20 +33,9 @@ TEST(GeminiMessages, RequestEscapesTheKey) {
     EXPECT_TRUE(request.headers.empty());
 }
 
-TEST(GeminiMessages, AudioOfEverySize) {
-    auto messages = make();
-    const std::string pcm(5000, 'x');
-    for (const std::size_t size : {640u, 0u, 1u, 2u, 3u, 5000u, 641u}) {
-        const auto bytes = std::as_bytes(std::span(pcm).first(size));
-        std::string base64(Base64::encodedSize(size), ' ');
-        Base64::encode(bytes, base64.data());
-        EXPECT_EQ(messages.audio(bytes),
-                  R"({"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":")" + base64 +
-                      R"("}}})");
-    }
-}
-
-TEST(GeminiMessages, TextTurnAndToolResponse) {
+TEST(GeminiMessages, AudioTextTurnAndToolResponse) {
+    EXPECT_EQ(make().audio(std::as_bytes(std::span("abcd", 4))),
+              R"({"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":"YWJjZA=="}}})");
     EXPECT_EQ(
         make().clientText("Say \"hi\" \x01 bad \xFF"),
         Lines{R"({"clientContent":{"turns":[{"role":"user","parts":[{"text":"Say \"hi\" \u0001 bad �"}]}],)"
@@ -132,11 +121,6 @@ TEST(GeminiMessages, DepthIsBoundedAndTheNextMessageUnharmed) {
         EXPECT_EQ(handled(messages, R"({"a":)" + std::string(depth, '{')), Lines{});
         EXPECT_EQ(handled(messages, R"({"setupComplete":[[{}]]})"), Lines{"setup"});
     }
-    const std::string large(3'000'000, 'A');
-    const auto events = messages.handle(R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":")" +
-                                        large + R"("}}]}}})");
-    ASSERT_EQ(events.size(), 1u);
-    EXPECT_EQ(std::get<event::Audio>(events[0]).chunk.bytes().size(), large.size() / 4 * 3);
 }
 
 } // namespace

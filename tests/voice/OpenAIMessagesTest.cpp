@@ -18,16 +18,13 @@ OpenAIMessages make() {
 }
 
 /// What a session's messages stand for, all in one.
-Lines handled(OpenAIMessages& messages, const Lines& texts) {
+Lines handled(const Lines& texts) {
+    auto messages = make();
     Lines lines;
     for (const auto& text : texts)
         for (const auto& event : messages.handle(text))
             lines.push_back(test::text(event));
     return lines;
-}
-Lines handled(const Lines& texts) {
-    auto messages = make();
-    return handled(messages, texts);
 }
 
 TEST(OpenAIMessages, TheKeyTravelsInItsFieldOnly) {
@@ -85,26 +82,21 @@ TEST(OpenAIMessages, AFunctionCallIsNamedByItsItem) {
         return R"({"type":"response.output_item.added","item":{"type":"function_call",)" + members + "}}";
     };
     const auto done = [](const std::string& members) {
-        return R"({"type":"response.function_call_arguments.done")" + members + "}";
+        return R"({"type":"response.function_call_arguments.done",)" + members + "}";
     };
-    const std::string unchanged = R"("arguments":"{ \"reason\" : \"goal met\" }")";
-    EXPECT_EQ(handled({item(R"("call_id":"X","id":"Y","name":"end_call")"),
-                       done(R"(,"call_id":"X","name":"other",)" + unchanged)}),
-              Lines{R"(tool X|end_call|{ "reason" : "goal met" })"});
-    EXPECT_EQ(handled({item(R"("id":"Y","call_id":5,"name":"a")"), item(R"("name":"b")"),
-                       item(R"("call_id":"Z","name":1)"), done(R"(,"call_id":"Y")"), done(""),
-                       done(R"(,"call_id":"Z","name":"c")")}),
-              (Lines{"tool Y|a|{}", "tool |b|{}", "tool Z||{}"}));
     EXPECT_EQ(
-        handled({item(R"("call_id":"X","name":"first")"), item(R"("call_id":"X","name":"second")"),
-                 done(R"(,"call_id":"X","arguments":"")"), done(R"(,"call_id":"X","arguments":{"a":1})"),
-                 done(R"(,"call_id":"unseen","name":"given")"), done(R"(,"call_id":"unseen")")}),
-        (Lines{"tool X|second|", "tool X|second|{}", "tool unseen|given|{}", "tool unseen||{}"}));
+        handled({item(R"("call_id":"X","id":"Y","name":"first")"), item(R"("call_id":"X","name":"end_call")"),
+                 done(R"("call_id":"X","name":"other","arguments":"{ \"reason\" : \"goal met\" }")"),
+                 done(R"("call_id":"X","arguments":"")"), done(R"("call_id":"X","arguments":{"a":1})")}),
+        (Lines{R"(tool X|end_call|{ "reason" : "goal met" })", "tool X|end_call|", "tool X|end_call|{}"}));
+    EXPECT_EQ(handled({item(R"("id":"Y","call_id":5,"name":"a")"), item(R"("name":"b")"),
+                       item(R"("call_id":"Z","name":1)"), done(R"("call_id":"Y")"), done(R"("name":"c")"),
+                       done(R"("call_id":"Z","name":"c")"), done(R"("call_id":"unseen","name":"given")")}),
+              (Lines{"tool Y|a|{}", "tool |b|{}", "tool Z||{}", "tool unseen|given|{}"}));
     EXPECT_EQ(
         handled(
             {R"({"type":"response.output_item.added","item":{"type":"message","call_id":"X","name":"m"}})",
-             R"({"type":"response.output_item.added","item":"function_call"})",
-             R"({"type":"response.output_item.added"})", done(R"(,"call_id":"X")")}),
+             R"({"type":"response.output_item.added","item":"function_call"})", done(R"("call_id":"X")")}),
         Lines{"tool X||{}"});
 }
 
@@ -117,16 +109,12 @@ TEST(OpenAIMessages, ErrorsAreQuoted) {
 
 TEST(OpenAIMessages, WhatIsMalformedOrUnknownStandsForNothing) {
     for (const std::string members :
-         {R"("type":5)", R"("type":["error"])", R"("type":"Session.created")", R"("kind":"error")",
-          R"("type":"response.audio.delta")", R"("type":"response.audio.delta","delta":5)",
-          R"("type":"response.audio.delta","delta":"QQ")", R"("type":"response.audio_transcript.delta")",
+         {R"("type":5)", R"("type":"Session.created")", R"("kind":"error")",
+          R"("type":"response.audio.delta","delta":5)", R"("type":"response.audio.delta","delta":"QQ")",
           R"("type":"response.audio_transcript.delta","delta":"")",
-          R"("type":"response.audio_transcript.delta","delta":["a"])",
-          R"("type":"conversation.item.input_audio_transcription.completed","transcript":"")",
           R"("type":"conversation.item.input_audio_transcription.completed")",
           R"("type":"rate_limits.updated")", R"("type":"response.output_item.done")"})
         EXPECT_EQ(handled({"{" + members + "}", R"({"type":"session.created"})"}), Lines{"setup"}) << members;
-    EXPECT_EQ(handled({"", "{", "[]", R"({"type":"session.created"}x)"}), Lines{});
 }
 
 } // namespace

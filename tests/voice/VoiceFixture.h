@@ -12,7 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <boost/asio/bind_cancellation_slot.hpp>
 #include <boost/asio/use_future.hpp>
 
 #include <future>
@@ -98,13 +97,12 @@ class VoiceFixture : public ::testing::Test {
 class NetworkLoop : public ::testing::Test {
   protected:
     template <class T>
-    std::shared_ptr<std::optional<T>> start(asio::awaitable<T> task, asio::cancellation_slot slot = {}) {
+    std::shared_ptr<std::optional<T>> start(asio::awaitable<T> task) {
         auto answer = std::make_shared<std::optional<T>>();
-        asio::co_spawn(loop.context, std::move(task),
-                       asio::bind_cancellation_slot(slot, [answer](const std::exception_ptr& error, T value) {
-                           EXPECT_FALSE(error);
-                           answer->emplace(std::move(value));
-                       }));
+        asio::co_spawn(loop.context, std::move(task), [answer](const std::exception_ptr& error, T value) {
+            EXPECT_FALSE(error);
+            answer->emplace(std::move(value));
+        });
         return answer;
     }
     void start(asio::awaitable<void> task) { asio::co_spawn(loop.context, std::move(task), asio::detached); }
