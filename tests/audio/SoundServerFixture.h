@@ -142,6 +142,11 @@ class SoundServer : public ::testing::Test {
         server = std::move(*started);
         for (const auto& [name, value] : server->clientEnvironment())
             ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        connect();
+    }
+    void TearDown() override { installPlatform({}); }
+
+    void connect() {
         const auto log = [this](const std::string& line) { logged.change([&] { lines.push_back(line); }); };
         connection = std::make_shared<PulseServer>(log, server->address());
         taps = std::make_shared<PulseTaps>(connection);
@@ -153,7 +158,14 @@ class SoundServer : public ::testing::Test {
         all.outputUnits = units.get();
         installPlatform(all);
     }
-    void TearDown() override { installPlatform({}); }
+    /// Units that play keep the connection.
+    void disconnect() {
+        installPlatform({});
+        units.reset();
+        hardware.reset();
+        taps.reset();
+        connection.reset();
+    }
 
     bool waitForLine(std::string_view part) {
         return logged.wait([&] {

@@ -31,10 +31,10 @@ extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) {
     return ::posix_memalign(&memory, alignment, size) == 0 ? memory : nullptr;
 }
 
-namespace velto {
+namespace velto::test {
 namespace {
 
-class AllocationTest : public test::VoiceFixture {};
+class AllocationTest : public VoiceFixture {};
 
 struct Count {
     std::size_t ours = 0;
@@ -42,19 +42,19 @@ struct Count {
 };
 
 asio::awaitable<Count> allocationsOf(VoiceSession& session, int chunks, std::span<const std::byte> pcm) {
-    const auto before = test::allocationCount();
+    const auto before = allocationCount();
     byAsio = byOpenSSL = 0;
     for (int i = 0; i < chunks; ++i)
         co_await session.sendAudio(pcm);
-    co_return Count{test::allocationCount() - before + byAsio, byOpenSSL};
+    co_return Count{allocationCount() - before + byAsio, byOpenSSL};
 }
 
 TEST_F(AllocationTest, SendingAudioAllocatesNothing) {
-    test::ScriptedTlsServer server([](test::ServerPeer& peer) {
+    ScriptedTlsServer server([](ServerPeer& peer) {
         peer.accept();
         peer.drain(); // takes no memory of its own, which would be counted
     });
-    const auto session = test::makeClient(VoiceProvider::openai, server.host());
+    const auto session = makeClient(VoiceProvider::openai, server.host());
     ASSERT_TRUE(run(session->connect()));
     const std::string pcm(640, 'x');
     EXPECT_GT(run(allocationsOf(*session, 50, bytes(pcm))).ours, 0u) << "the count does not work";
@@ -67,4 +67,4 @@ TEST_F(AllocationTest, SendingAudioAllocatesNothing) {
 }
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

@@ -2,23 +2,19 @@
 #include "tests/support/UnreliableWire.h"
 #include "tests/voice/VoiceFixture.h"
 
-namespace velto {
+namespace velto::test {
 namespace {
 
 using namespace std::chrono_literals;
-using test::ScriptedTlsServer;
-using test::ServerPeer;
-using test::ServerWords;
-using test::UnreliableWire;
 
-class BadNetworkTest : public test::NetworkLoop, public testing::WithParamInterface<VoiceProvider> {
+class BadNetworkTest : public NetworkLoop, public testing::WithParamInterface<VoiceProvider> {
   protected:
     static const ServerWords& words() { return ServerWords::of(GetParam()); }
 
     std::string next(VoiceClient& session) {
         const auto event = start(session.events().next());
         runUntil([&] { return event->has_value(); });
-        return **event ? test::text(***event) : "end";
+        return **event ? text(***event) : "end";
     }
     /// What the server's thread promised; the loop goes on meanwhile.
     template <class T>
@@ -52,7 +48,7 @@ TEST_P(BadNetworkTest, AStallOfHalfAMinuteCostsNothingButTime) {
         received.set_value(frames);
     });
     UnreliableWire wire(server.port());
-    auto session = test::makeClient(GetParam(), wire.host());
+    auto session = makeClient(GetParam(), wire.host());
     wire.hold();
     const auto connected = start(session->connect());
     loop.advance(30s);
@@ -81,7 +77,7 @@ TEST_P(BadNetworkTest, AnOpeningIsLimitedAndCanBeLeft) {
     ScriptedTlsServer server([](ServerPeer& peer) { peer.accept(); });
     UnreliableWire wire(server.port());
     wire.hold();
-    auto session = test::makeClient(GetParam(), wire.host());
+    auto session = makeClient(GetParam(), wire.host());
     auto connected = start(session->connect());
     loop.advance(59s);
     EXPECT_FALSE(connected->has_value());
@@ -90,7 +86,7 @@ TEST_P(BadNetworkTest, AnOpeningIsLimitedAndCanBeLeft) {
     EXPECT_EQ((*connected)->error().description, wire.host() + " did not answer in time");
     close(session);
 
-    session = test::makeClient(GetParam(), wire.host());
+    session = makeClient(GetParam(), wire.host());
     connected = start(session->connect());
     loop.drain();
     close(session);
@@ -98,7 +94,7 @@ TEST_P(BadNetworkTest, AnOpeningIsLimitedAndCanBeLeft) {
     EXPECT_EQ((*connected)->error().description, "the session was closed");
 }
 
-INSTANTIATE_TEST_SUITE_P(Voice, BadNetworkTest, testing::ValuesIn(kAllVoiceProviders), test::providerName);
+INSTANTIATE_TEST_SUITE_P(Voice, BadNetworkTest, testing::ValuesIn(kAllVoiceProviders), providerName);
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

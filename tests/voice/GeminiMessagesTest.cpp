@@ -8,21 +8,13 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
-namespace velto {
+namespace velto::test {
 namespace {
 
 namespace json = boost::json;
-using Lines = std::vector<std::string>;
 
 GeminiMessages make(std::string key = "k") {
     return GeminiMessages({std::move(key), "some-model", "Puck", "Be brief.", "localhost:1"});
-}
-
-Lines handled(GeminiMessages& messages, std::string_view text) {
-    Lines lines;
-    for (const auto& event : messages.handle(text))
-        lines.push_back(test::text(event));
-    return lines;
 }
 
 TEST(GeminiMessages, RequestEscapesTheKey) {
@@ -56,7 +48,6 @@ TEST(GeminiMessages, AudioTextTurnAndToolResponse) {
 }
 
 TEST(GeminiMessages, OrderOfBranches) {
-    auto messages = make();
     const std::pair<const char*, Lines> cases[] = {
         {R"({"serverContent":{"turnComplete":true},"setupComplete":{}})", {"setup"}},
         {R"({"setupComplete":null,"goAway":1})", {"setup"}},
@@ -76,21 +67,20 @@ TEST(GeminiMessages, OrderOfBranches) {
          {"audio A", "audio "}},
     };
     for (const auto& [text, lines] : cases)
-        EXPECT_EQ(handled(messages, text), lines) << text;
+        EXPECT_EQ(handled(make(), {text}), lines) << text;
 }
 
 TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
-    auto messages = make();
     // A tool call of another shape does not hide the content beside it.
     for (const char* call : {"null", "5", "[]", "{}", R"({"functionCalls":{}})", R"({"functionCalls":null})",
                              R"({"functionCalls":[{},5]})"})
-        EXPECT_EQ(handled(messages,
-                          std::string(R"({"serverContent":{"turnComplete":true},"toolCall":)") + call + "}"),
+        EXPECT_EQ(handled(make(), {std::string(R"({"serverContent":{"turnComplete":true},"toolCall":)") +
+                                   call + "}"}),
                   Lines{"turn"})
             << call;
     for (const char* fields :
          {R"("id":5,"name":null,"args":5)", R"("id":[],"name":{},"args":"text")", R"("args":null)"})
-        EXPECT_EQ(handled(messages, std::string(R"({"toolCall":{"functionCalls":[{)") + fields + "}]}}"),
+        EXPECT_EQ(handled(make(), {std::string(R"({"toolCall":{"functionCalls":[{)") + fields + "}]}}"}),
                   Lines{"tool ||{}"})
             << fields;
     for (const char* wrong :
@@ -101,27 +91,24 @@ TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
           R"("modelTurn":{"parts":[5,{"inlineData":{"data":"QQ=="}}]})",
           R"("modelTurn":{"parts":[{"inlineData":5},{"inlineData":{}},{"inlineData":{"data":5}}]})",
           R"("modelTurn":{"parts":[{"inlineData":{"data":"QQ"}},{"inlineData":{"data":"Q\nQ="}}]})"})
-        EXPECT_EQ(handled(messages, std::string(R"({"serverContent":{)") + wrong +
-                                        R"(,"outputTranscription":{"text":"on"},"turnComplete":true}})"),
+        EXPECT_EQ(handled(make(), {std::string(R"({"serverContent":{)") + wrong +
+                                   R"(,"outputTranscription":{"text":"on"},"turnComplete":true}})"}),
                   (Lines{"agent on", "turn"}))
             << wrong;
     for (const char* nothing :
          {"", " ", "null", "5", "[]", "\"setupComplete\"", "{}", "{", R"({"setupComplete":{}}x)",
           R"({"SetupComplete":{}})", R"({"serverContent":[]})", R"({"serverContent":"x"})",
           R"({"serverContent":{"turnComplete":"true"}})", "\xFF"})
-        EXPECT_EQ(handled(messages, nothing), Lines{}) << nothing;
+        EXPECT_EQ(handled(make(), {nothing}), Lines{}) << nothing;
 }
 
 TEST(GeminiMessages, DepthIsBoundedAndTheNextMessageUnharmed) {
-    auto messages = make();
-    for (const std::size_t depth : {100u, 1'000'000u}) {
-        EXPECT_EQ(handled(messages,
-                          R"({"setupComplete":)" + std::string(depth, '[') + std::string(depth, ']') + "}"),
-                  Lines{});
-        EXPECT_EQ(handled(messages, R"({"a":)" + std::string(depth, '{')), Lines{});
-        EXPECT_EQ(handled(messages, R"({"setupComplete":[[{}]]})"), Lines{"setup"});
-    }
+    for (const std::size_t depth : {100u, 1'000'000u})
+        EXPECT_EQ(
+            handled(make(), {R"({"setupComplete":)" + std::string(depth, '[') + std::string(depth, ']') + "}",
+                             R"({"a":)" + std::string(depth, '{'), R"({"setupComplete":[[{}]]})"}),
+            Lines{"setup"});
 }
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

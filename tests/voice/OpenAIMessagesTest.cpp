@@ -7,24 +7,13 @@
 
 #include <boost/json/parse.hpp>
 
-namespace velto {
+namespace velto::test {
 namespace {
 
 namespace json = boost::json;
-using Lines = std::vector<std::string>;
 
 OpenAIMessages make() {
     return OpenAIMessages({"k&y \n", "a model/1", "alloy", "Be brief.", "localhost:1"});
-}
-
-/// What a session's messages stand for, all in one.
-Lines handled(const Lines& texts) {
-    auto messages = make();
-    Lines lines;
-    for (const auto& text : texts)
-        for (const auto& event : messages.handle(text))
-            lines.push_back(test::text(event));
-    return lines;
 }
 
 TEST(OpenAIMessages, TheKeyTravelsInItsFieldOnly) {
@@ -51,14 +40,14 @@ TEST(OpenAIMessages, EveryTurnIsFollowedByTheRequestToRespond) {
                 {"item", {{"type", "function_call_output"}, {"call_id", "id 1"}, {"output", result}}}}));
         EXPECT_EQ(sent[1], respond);
     }
-    auto messages = make();
-    EXPECT_EQ(messages.audio(std::as_bytes(std::span("abcd", 4))),
+    EXPECT_EQ(make().audio(std::as_bytes(std::span("abcd", 4))),
               R"({"type":"input_audio_buffer.append","audio":"YWJjZA=="})");
 }
 
 TEST(OpenAIMessages, WordsSoundAndTurns) {
     EXPECT_EQ(
-        handled({R"({"type":"session.created","session":{"id":"s"}})", R"({"type":"session.updated"})",
+        handled(make(),
+                {R"({"type":"session.created","session":{"id":"s"}})", R"({"type":"session.updated"})",
                  R"({"type":"conversation.item.input_audio_transcription.completed","transcript":"\u00fc"})",
                  R"({"type":"response.audio_transcript.delta","delta":"Good"})",
                  R"({"type":"response.audio_transcript.delta","delta":" day"})",
@@ -73,7 +62,7 @@ TEST(OpenAIMessages, OnlyAResponseUnderWayIsInterrupted) {
     const std::string speech = R"({"type":"input_audio_buffer.speech_started"})";
     const std::string created = R"({"type":"response.created"})";
     const std::string done = R"({"type":"response.done"})";
-    EXPECT_EQ(handled({speech, done, speech, created, created, speech, speech, done, speech}),
+    EXPECT_EQ(handled(make(), {speech, done, speech, created, created, speech, speech, done, speech}),
               (Lines{"turn", "interrupted", "interrupted", "turn"}));
 }
 
@@ -85,24 +74,27 @@ TEST(OpenAIMessages, AFunctionCallIsNamedByItsItem) {
         return R"({"type":"response.function_call_arguments.done",)" + members + "}";
     };
     EXPECT_EQ(
-        handled({item(R"("call_id":"X","id":"Y","name":"first")"), item(R"("call_id":"X","name":"end_call")"),
+        handled(make(),
+                {item(R"("call_id":"X","id":"Y","name":"first")"), item(R"("call_id":"X","name":"end_call")"),
                  done(R"("call_id":"X","name":"other","arguments":"{ \"reason\" : \"goal met\" }")"),
                  done(R"("call_id":"X","arguments":"")"), done(R"("call_id":"X","arguments":{"a":1})")}),
         (Lines{R"(tool X|end_call|{ "reason" : "goal met" })", "tool X|end_call|", "tool X|end_call|{}"}));
-    EXPECT_EQ(handled({item(R"("id":"Y","call_id":5,"name":"a")"), item(R"("name":"b")"),
-                       item(R"("call_id":"Z","name":1)"), done(R"("call_id":"Y")"), done(R"("name":"c")"),
-                       done(R"("call_id":"Z","name":"c")"), done(R"("call_id":"unseen","name":"given")")}),
-              (Lines{"tool Y|a|{}", "tool |b|{}", "tool Z||{}", "tool unseen|given|{}"}));
+    EXPECT_EQ(
+        handled(make(), {item(R"("id":"Y","call_id":5,"name":"a")"), item(R"("name":"b")"),
+                         item(R"("call_id":"Z","name":1)"), done(R"("call_id":"Y")"), done(R"("name":"c")"),
+                         done(R"("call_id":"Z","name":"c")"), done(R"("call_id":"unseen","name":"given")")}),
+        (Lines{"tool Y|a|{}", "tool |b|{}", "tool Z||{}", "tool unseen|given|{}"}));
     EXPECT_EQ(
         handled(
+            make(),
             {R"({"type":"response.output_item.added","item":{"type":"message","call_id":"X","name":"m"}})",
              R"({"type":"response.output_item.added","item":"function_call"})", done(R"("call_id":"X")")}),
         Lines{"tool X||{}"});
 }
 
 TEST(OpenAIMessages, ErrorsAreQuoted) {
-    EXPECT_EQ(handled({R"({"type":"error", "error": {"code" : null,"message":"no\nway"}})",
-                       R"({"type":"error"})", R"({"type":"error","error":"text"})"}),
+    EXPECT_EQ(handled(make(), {R"({"type":"error", "error": {"code" : null,"message":"no\nway"}})",
+                               R"({"type":"error"})", R"({"type":"error","error":"text"})"}),
               (Lines{R"(closed openai error: {"code":null,"message":"no\nway"})",
                      "closed openai error: ", R"(closed openai error: "text")"}));
 }
@@ -114,8 +106,9 @@ TEST(OpenAIMessages, WhatIsMalformedOrUnknownStandsForNothing) {
           R"("type":"response.audio_transcript.delta","delta":"")",
           R"("type":"conversation.item.input_audio_transcription.completed")",
           R"("type":"rate_limits.updated")", R"("type":"response.output_item.done")"})
-        EXPECT_EQ(handled({"{" + members + "}", R"({"type":"session.created"})"}), Lines{"setup"}) << members;
+        EXPECT_EQ(handled(make(), {"{" + members + "}", R"({"type":"session.created"})"}), Lines{"setup"})
+            << members;
 }
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

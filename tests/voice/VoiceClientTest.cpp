@@ -3,15 +3,16 @@
 
 #include <boost/asio/io_context.hpp>
 
-namespace velto {
+namespace velto::test {
 namespace {
 
-using test::Lines;
-using test::ScriptedTlsServer;
-using test::ServerPeer;
-using test::ServerWords;
-
-class VoiceClientTest : public test::ProviderFixture {};
+class VoiceClientTest : public VoiceFixture, public testing::WithParamInterface<VoiceProvider> {
+  protected:
+    static std::shared_ptr<VoiceClient> client(const std::string& host, VoiceSocket::Limits limits = {}) {
+        return makeClient(GetParam(), host, limits);
+    }
+    static const ServerWords& words() { return ServerWords::of(GetParam()); }
+};
 
 TEST_P(VoiceClientTest, AConversation) {
     std::promise<Lines> heard;
@@ -87,7 +88,7 @@ TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
     const auto closing = [](const std::string& payload) { return ServerPeer::frame(8, payload); };
     const std::string closed = " closed the connection with";
     const Case cases[] = {
-        {"code and reason", closing("\x03\xF0"s + "bad\n" + std::string(test::kSecret)),
+        {"code and reason", closing("\x03\xF0"s + "bad\n" + std::string(kSecret)),
          closed + " code 1008: bad (key)"},
         {"the key as it stood in the request", closing("\x03\xF3no secret%20%22key%22%2F%26 here"),
          closed + " code 1011: no (key) here"},
@@ -174,7 +175,7 @@ TEST_P(VoiceClientTest, ANetworkThatTakesNothingIsNoticed) {
 }
 
 TEST_P(VoiceClientTest, MayGoAtAnyTime) {
-    const ScriptedTlsServer server(test::listenToTheEnd);
+    const ScriptedTlsServer server(listenToTheEnd);
     // Before connecting, while connecting, while receiving: the server sees the end each time.
     client(server.host()).reset();
     auto connecting = client(server.host());
@@ -196,7 +197,7 @@ TEST_P(VoiceClientTest, MayGoAtAnyTime) {
 }
 
 TEST_P(VoiceClientTest, ResumesWhereItWasAwaited) {
-    const ScriptedTlsServer server(test::listenToTheEnd);
+    const ScriptedTlsServer server(listenToTheEnd);
     const auto session = client(server.host());
     asio::io_context elsewhere;
     const auto converse = [](VoiceSession& one) -> asio::awaitable<void> {
@@ -212,7 +213,7 @@ TEST_P(VoiceClientTest, ResumesWhereItWasAwaited) {
     elsewhere.run();
 }
 
-INSTANTIATE_TEST_SUITE_P(Voice, VoiceClientTest, testing::ValuesIn(kAllVoiceProviders), test::providerName);
+INSTANTIATE_TEST_SUITE_P(Voice, VoiceClientTest, testing::ValuesIn(kAllVoiceProviders), providerName);
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

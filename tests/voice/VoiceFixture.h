@@ -18,8 +18,6 @@
 
 namespace velto::test {
 
-using Lines = std::vector<std::string>;
-
 /// Messages of a provider's server that stand for one event each.
 struct ServerWords {
     std::string setupComplete;
@@ -117,15 +115,6 @@ class NetworkLoop : public ::testing::Test {
 
     LocalAuthority& authority = trustedAuthority(); // while there is one thread
     Loop loop;
-};
-
-/// Every test for every provider.
-class ProviderFixture : public VoiceFixture, public ::testing::WithParamInterface<VoiceProvider> {
-  protected:
-    static std::shared_ptr<VoiceClient> client(const std::string& host, VoiceSocket::Limits limits = {}) {
-        return makeClient(GetParam(), host, limits);
-    }
-    static const ServerWords& words() { return ServerWords::of(GetParam()); }
 };
 
 inline std::string providerName(const ::testing::TestParamInfo<VoiceProvider>& info) {
