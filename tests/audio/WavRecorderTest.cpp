@@ -103,15 +103,6 @@ TEST_F(WavRecorderTest, WhatCannotBeWrittenIsCountedAndSaid) {
         recorder->stop();
         EXPECT_EQ(recorder->trouble(), "160 samples could not be written: " + why);
     }
-    std::filesystem::create_directory(root() / "folder");
-    auto deleted = started(root() / "folder" / "a.wav");
-    hear(100);
-    loop.advance(100ms);
-    std::filesystem::remove_all(root() / "folder");
-    hear(60);
-    deleted->stop();
-    EXPECT_EQ(deleted->trouble(), "160 samples could not be written: the file was deleted");
-
     auto recorder = started(file);
     constexpr std::size_t kWaiting = std::size_t{1} << 18;
     hear(kWaiting + 5);

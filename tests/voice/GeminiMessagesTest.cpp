@@ -72,8 +72,7 @@ TEST(GeminiMessages, OrderOfBranches) {
 
 TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
     // A tool call of another shape does not hide the content beside it.
-    for (const char* call : {"null", "5", "[]", "{}", R"({"functionCalls":{}})", R"({"functionCalls":null})",
-                             R"({"functionCalls":[{},5]})"})
+    for (const char* call : {"null", "{}", R"({"functionCalls":{}})", R"({"functionCalls":[{},5]})"})
         EXPECT_EQ(handled(make(), {std::string(R"({"serverContent":{"turnComplete":true},"toolCall":)") +
                                    call + "}"}),
                   Lines{"turn"})
@@ -84,11 +83,9 @@ TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
                   Lines{"tool ||{}"})
             << fields;
     for (const char* wrong :
-         {R"("interrupted":"true")", R"("interrupted":1)", R"("interrupted":false)",
-          R"("inputTranscription":"hi")", R"("inputTranscription":{"text":""})",
-          R"("inputTranscription":{"text":5})", R"("outputTranscription":{})",
-          R"("outputTranscription":[{"text":"x"}])", R"("modelTurn":[])", R"("modelTurn":{"parts":{}})",
-          R"("modelTurn":{"parts":[5,{"inlineData":{"data":"QQ=="}}]})",
+         {R"("interrupted":"true")", R"("interrupted":false)", R"("inputTranscription":"hi")",
+          R"("inputTranscription":{"text":""})", R"("inputTranscription":{"text":5})", R"("modelTurn":[])",
+          R"("modelTurn":{"parts":{}})", R"("modelTurn":{"parts":[5,{"inlineData":{"data":"QQ=="}}]})",
           R"("modelTurn":{"parts":[{"inlineData":5},{"inlineData":{}},{"inlineData":{"data":5}}]})",
           R"("modelTurn":{"parts":[{"inlineData":{"data":"QQ"}},{"inlineData":{"data":"Q\nQ="}}]})"})
         EXPECT_EQ(handled(make(), {std::string(R"({"serverContent":{)") + wrong +
@@ -96,9 +93,8 @@ TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
                   (Lines{"agent on", "turn"}))
             << wrong;
     for (const char* nothing :
-         {"", " ", "null", "5", "[]", "\"setupComplete\"", "{}", "{", R"({"setupComplete":{}}x)",
-          R"({"SetupComplete":{}})", R"({"serverContent":[]})", R"({"serverContent":"x"})",
-          R"({"serverContent":{"turnComplete":"true"}})", "\xFF"})
+         {"", "null", "[]", "{}", "{", "\xFF", R"({"setupComplete":{}}x)", R"({"SetupComplete":{}})",
+          R"({"serverContent":"x"})", R"({"serverContent":{"turnComplete":"true"}})"})
         EXPECT_EQ(handled(make(), {nothing}), Lines{}) << nothing;
 }
 

@@ -30,7 +30,7 @@ class Service {
                   identity ? std::move(*identity) : trustedAuthority().issue("localhost")) {}
 
     std::string host() const { return server_.host(); }
-    std::string address() const { return "127.0.0.1:" + std::to_string(server_.port()); }
+    std::uint16_t port() const { return server_.port(); }
     int connections() const { return connections_; }
     /// Once the first connection has ended.
     std::string request() {
@@ -131,18 +131,29 @@ TEST_F(KeyValidatorTest, OnlySuccessOfAWholeResponseIsAYes) {
     EXPECT_EQ(elsewhere.connections(), 0);
 }
 
-TEST_F(KeyValidatorTest, TheServerMustBeTrustedAndTheRightOne) {
+TEST_F(KeyValidatorTest, TheServerMustBeTrustedAndTheRightOneForKeysAndForCalls) {
     LocalAuthority stranger;
-    const Service other(kYes, authority.issue("elsewhere.example"));
-    EXPECT_FALSE(valid(gemini, "key", other.host()));
-    const Service untrusted(kYes, stranger.issue("localhost"));
-    EXPECT_FALSE(valid(openai, "key", untrusted.host()));
-    const Service named(kYes);
-    EXPECT_FALSE(valid(gemini, "key", named.address()));
-    const Service addressed(kYes, authority.issue("127.0.0.1"));
-    EXPECT_TRUE(valid(gemini, "key", addressed.address()));
-    EXPECT_FALSE(valid(openai, "key", addressed.host()));
-    // The authorities are shared with the calls: there only a root may be the end of a chain.
+    const auto local = authority.issue("localhost");
+    const auto numeric = authority.issue("127.0.0.1");
+    for (const auto& [identity, host, problem] :
+         {std::tuple{local, "localhost:", ""},
+          {numeric, "127.0.0.1:", ""},
+          {local, "127.0.0.1:", "IP address mismatch"},
+          {numeric, "localhost:", "hostname mismatch"},
+          {authority.issue("elsewhere.example"), "localhost:", "hostname mismatch"},
+          {stranger.issue("localhost"), "localhost:", "unable to get local issuer certificate"}}) {
+        const Service service(kYes, identity);
+        const auto address = host + std::to_string(service.port());
+        const bool isTrusted = std::string(problem).empty();
+        EXPECT_EQ(valid(gemini, "key", address), isTrusted) << address << problem;
+        const auto session = makeClient(openai, address);
+        const auto connected = start(session->connect());
+        runUntil([&] { return connected->has_value(); });
+        EXPECT_EQ((*connected)->error().description,
+                  isTrusted ? address + " refused the connection: HTTP 200 OK"
+                            : "the certificate of " + address + " was refused: " + problem);
+    }
+    // For calls only a root may be the end of a chain.
     const X509_STORE* authorities = SSL_CTX_get_cert_store(TlsTrust::context().native_handle());
     EXPECT_FALSE(X509_VERIFY_PARAM_get_flags(X509_STORE_get0_param(authorities)) & X509_V_FLAG_PARTIAL_CHAIN);
 }
