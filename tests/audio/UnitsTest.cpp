@@ -15,8 +15,8 @@ class Units : public ::testing::Test, protected TestComputer {
   protected:
     Units() { audio.addUsualDevices(); }
 
-    std::unique_ptr<AudioCapture> capture(std::uint32_t channels = 2) {
-        return AudioCapture::open("VeltoLoop 2ch", 16000, channels, [this](auto samples) {
+    std::unique_ptr<AudioCapture> capture() {
+        return AudioCapture::open("VeltoLoop 2ch", 16000, 2, [this](auto samples) {
             ++deliveries;
             last.assign(samples.begin(), samples.end());
         });
@@ -48,17 +48,6 @@ TEST_F(Units, captureAveragesChannelsTowardZero) {
     EXPECT_TRUE(last.empty());
     unit->stop();
     unit->start(); // too late
-
-    for (const std::uint32_t channels : {0U, 1U}) {
-        auto mono = capture(channels);
-        mono->start();
-        audio.deliver("VeltoLoop 2ch", Samples{5, -6});
-        EXPECT_EQ(last, (Samples{5, -6}));
-    }
-    auto wide = capture(3);
-    wide->start();
-    audio.deliver("VeltoLoop 2ch", Samples{-5, -5, -1, 9, 9, 9});
-    EXPECT_EQ(last, (Samples{-3, 9}));
 }
 
 TEST_F(Units, captureSurvivesFailingAndOversizedRenders) {

@@ -82,12 +82,6 @@ TEST_F(WavRecorderTest, NoSoundIsAnEmptyHeaderAndNoDeviceToo) {
     EXPECT_EQ(readFile(file), header(0));
     EXPECT_FALSE(WavRecorder::open("veltoloop 2ch", 16'000, root() / "none.wav"));
     EXPECT_EQ(readFile(root() / "none.wav"), header(0));
-    auto dropped = started(file);
-    hear(200);
-    loop.advance(100ms);
-    dropped.reset();
-    loop.advance(1s);
-    EXPECT_EQ(readFile(file).substr(0, 44), header(0)) << "a recorder that is not stopped finishes nothing";
 }
 
 TEST_F(WavRecorderTest, WhatCannotBeWrittenIsCountedAndSaid) {
