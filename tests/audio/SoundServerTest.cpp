@@ -37,15 +37,15 @@ TEST(PulseCatalogue, pairsSidesByDescriptionAndKeepsIdentifiersApart) {
     std::vector<PulseEndpoint> many;
     for (int i = 0; i < 200'000; ++i)
         many.push_back({"alsa_output." + std::to_string(i), std::to_string(i), 2});
-    const auto identifiers = [](const std::vector<PulseDevice>& list) {
+    const auto identifiers = [&many] {
         std::map<std::string, AudioObjectID> all;
-        for (const auto& device : list)
+        for (const auto& device : PulseCatalogue::devices(many, {}))
             all[device.output.serverName] = device.id;
         return all;
     };
-    const auto forwards = identifiers(PulseCatalogue::devices(many, {}));
+    const auto forwards = identifiers();
     std::ranges::reverse(many);
-    EXPECT_EQ(identifiers(PulseCatalogue::devices(many, {})), forwards);
+    EXPECT_EQ(identifiers(), forwards);
     std::set<AudioObjectID> values;
     for (const auto& [name, id] : forwards)
         values.insert(id);
@@ -121,47 +121,35 @@ TEST_P(EachSoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
     }
 }
 
-TEST_P(EachSoundServer, killedAndStartedAgainTheSoundComesBack) {
+TEST_P(EachSoundServer, aServerThatStartsLateOrAgainIsFound) {
+    // One connection at a time: libpulse recycles memory between them in ways a thread sanitizer cannot see.
+    disconnect();
+    server->kill();
+    connect();
     std::atomic<int> returns = 0;
     hardware->observeReturn([&] { ++returns; });
-    auto playback = AudioPlayback::open("VeltoVoice 2ch Feed", 24000, 2);
-    Ear ear("VeltoVoice 2ch Mic", 16000);
-    playback->start();
-    ASSERT_TRUE(ear.hearsAnything());
-
-    server->kill();
-    ASSERT_TRUE(waitForLine("sound: server lost"));
+    EXPECT_TRUE(waitForLine("sound: no server: "));
     const auto asked = SteadyClock::now();
     EXPECT_EQ(hardware->devices(), std::nullopt);
     EXPECT_TRUE(AudioDevices::all().empty());
     EXPECT_EQ(AudioRouting::defaultInputID(), std::nullopt);
     EXPECT_FALSE(AudioCapture::open("VeltoLoop 2ch", 16000, 2, {}));
     EXPECT_LT(SteadyClock::now() - asked, PulseServer::answerLimit); // nobody waits for it
-    EXPECT_FALSE(ear.hearsAnything(300ms));
-
-    ASSERT_TRUE(server->restart());
-    playback->flush();
-    playback->write(tone(24000, 6));
-    EXPECT_NEAR(ear.loudness(), amplitude / std::numbers::sqrt2, 0.03 * amplitude);
-    EXPECT_TRUE(eventually([&] { return returns == 1; }));
-    EXPECT_TRUE(waitForLine("sound: server back after "));
-    hardware->observeReturn({});
-}
-
-TEST_P(EachSoundServer, aServerThatStartsLateIsFound) {
-    // One connection at a time: libpulse recycles memory between them in ways a thread sanitizer cannot see.
-    disconnect();
-    server->kill();
-    connect();
-    std::atomic<bool> hasReturned = false;
-    hardware->observeReturn([&] { hasReturned = true; });
-    EXPECT_TRUE(waitForLine("sound: no server: "));
-    EXPECT_FALSE(PulseCatalogue::read(*connection));
     ASSERT_TRUE(server->restart());
     const auto devices = PulseCatalogue::read(*connection);
     ASSERT_TRUE(devices) << "who asks does not wait for the next try";
     EXPECT_EQ(devices->size(), 6u);
-    EXPECT_TRUE(eventually([&] { return hasReturned.load(); }));
+    EXPECT_TRUE(eventually([&] { return returns == 1; }));
+
+    auto playback = AudioPlayback::open("VeltoVoice 2ch Feed", 24000, 2);
+    Ear ear("VeltoVoice 2ch Mic", 16000);
+    playback->start();
+    ASSERT_TRUE(ear.hearsAnything());
+    ASSERT_TRUE(server->restart());
+    playback->flush();
+    playback->write(tone(24000, 6));
+    EXPECT_NEAR(ear.loudness(), amplitude / std::numbers::sqrt2, 0.03 * amplitude);
+    EXPECT_TRUE(eventually([&] { return returns == 2; }));
     hardware->observeReturn({});
 }
 
@@ -217,16 +205,13 @@ TEST_P(EachSoundServer, aServerThatHangsHoldsNobodyUp) {
     ::kill(server->processes().back().pid(), SIGCONT);
 }
 
-TEST_P(EachSoundServer, unitsRefuseWhatTheyCannotDo) {
+TEST_P(EachSoundServer, aUnitWithoutADeviceRefusesAndOneThatPlaysMayBeTheLast) {
     auto unit = units->instantiate();
     EXPECT_NE(unit->setCurrentDevice(1), kAudioNoError);
-    EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {std::nan(""), 2}), kAudioNoError);
-    EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {24000, 300}), kAudioNoError);
     EXPECT_NE(unit->initialize(), kAudioNoError);
     EXPECT_NE(unit->start(), kAudioNoError);
-    EXPECT_EQ(unit->stop(), kAudioNoError);
 
-    // The last owner of the connection may be a unit that plays.
+    // The last owner of the connection, that is.
     auto playback = AudioPlayback::open("Speaker", 24000, 2);
     playback->start();
     disconnect();
