@@ -230,6 +230,12 @@ TEST_F(Agent, aSlowConnectionDropsTheOldestChunks) {
     voice->sendTime = {};
     loop.advance(20s);
     ASSERT_EQ(voice->audio.size(), 51u); // the one under way and the newest fifty
+    Agc agc;
+    Samples oldest{1000};
+    Samples next{1010};
+    process(oldest, agc);
+    process(next, agc);
+    EXPECT_EQ(voice->audio[1], next);
     EXPECT_NE(lines.back().find("downlink frames=51 peak=1059"), std::string::npos);
 }
 
