@@ -23,37 +23,29 @@ const std::string kYes = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}";
 const std::string kCut = "<cut>";
 
 /// Gives one answer and notes what it was asked.
-class Service {
-  public:
-    explicit Service(const std::string& response, std::optional<LocalAuthority::Issued> identity = {})
-        : server_([this, response](ServerPeer& peer) { serve(peer, response); },
-                  identity ? std::move(*identity) : trustedAuthority().issue("localhost")) {}
+struct Service {
+    explicit Service(std::string answer, std::optional<LocalAuthority::Issued> identity = {})
+        : response(std::move(answer)),
+          server([this](ServerPeer& peer) { serve(peer); },
+                 identity ? std::move(*identity) : trustedAuthority().issue("localhost")) {}
 
-    std::string host() const { return server_.host(); }
-    std::uint16_t port() const { return server_.port(); }
-    int connections() const { return connections_; }
-    /// Once the first connection has ended.
-    std::string request() {
-        auto request = request_.get_future();
-        return request.wait_for(30s) == std::future_status::ready ? request.get() : "none";
-    }
-
-  private:
-    void serve(ServerPeer& peer, const std::string& response) {
-        const bool isFirst = ++connections_ == 1;
+    std::string host() const { return server.host(); }
+    void serve(ServerPeer& peer) {
+        ++connections;
         if (!peer.acceptTls())
             return;
-        auto request = peer.readRequest();
+        auto asked = peer.readRequest();
         peer.sendBytewise(response.substr(0, response.find(kCut)));
         if (!response.ends_with(kCut))
-            request += peer.readRequest();
-        if (isFirst)
-            request_.set_value(request);
+            asked += peer.readRequest();
+        if (connections == 1)
+            request.set_value(asked);
     }
 
-    std::atomic<int> connections_ = 0;
-    std::promise<std::string> request_;
-    ScriptedTlsServer server_;
+    const std::string response;
+    std::atomic<int> connections = 0;
+    std::promise<std::string> request; ///< the first connection's, once it has ended
+    ScriptedTlsServer server;
 };
 
 class KeyValidatorTest : public NetworkLoop {
@@ -79,11 +71,12 @@ TEST_F(KeyValidatorTest, RequestsAreTheProvidersOwnAndGoToNobodyElse) {
                      {"SSLKEYLOGFILE", secrets}});
     Service first(kYes);
     EXPECT_TRUE(valid(gemini, "\t a/b&c=\x01 é \r\n", first.host()));
-    EXPECT_EQ(first.request(), "GET /v1beta/models?key=a%2Fb%26c%3D%01%20%C3%A9 HTTP/1.1\r\nHost: " +
-                                   first.host() + "\r\nUser-Agent: Velto\r\nAccept: */*\r\n\r\n");
+    EXPECT_EQ(first.request.get_future().get(),
+              "GET /v1beta/models?key=a%2Fb%26c%3D%01%20%C3%A9 HTTP/1.1\r\nHost: " + first.host() +
+                  "\r\nUser-Agent: Velto\r\nAccept: */*\r\n\r\n");
     Service second(kYes);
     EXPECT_TRUE(valid(openai, "sk-secret\n", second.host()));
-    EXPECT_EQ(second.request(),
+    EXPECT_EQ(second.request.get_future().get(),
               "POST /v1/chat/completions HTTP/1.1\r\nHost: " + second.host() +
                   "\r\nUser-Agent: Velto\r\nAccept: */*\r\nContent-Type: application/json\r\n"
                   "Authorization: Bearer sk-secret\r\nContent-Length: 84\r\n\r\n"
@@ -101,7 +94,7 @@ TEST_F(KeyValidatorTest, WhatCannotBeAskedIsNotAsked) {
     for (const auto& host : {std::string("not a host"), "user@" + service.host(), service.host() + "/path",
                              std::string("localhost:0")})
         EXPECT_FALSE(valid(gemini, "key", host)) << host;
-    EXPECT_EQ(service.connections(), 0);
+    EXPECT_EQ(service.connections, 0);
 }
 
 TEST_F(KeyValidatorTest, OnlySuccessOfAWholeResponseIsAYes) {
@@ -126,9 +119,9 @@ TEST_F(KeyValidatorTest, OnlySuccessOfAWholeResponseIsAYes) {
         for (const auto provider : kAllVoiceProviders) {
             const Service service(response);
             EXPECT_EQ(valid(provider, "key", service.host()), expected) << rawValue(provider) << response;
-            EXPECT_EQ(service.connections(), 1);
+            EXPECT_EQ(service.connections, 1);
         }
-    EXPECT_EQ(elsewhere.connections(), 0);
+    EXPECT_EQ(elsewhere.connections, 0);
 }
 
 TEST_F(KeyValidatorTest, TheServerMustBeTrustedAndTheRightOneForKeysAndForCalls) {
@@ -143,7 +136,7 @@ TEST_F(KeyValidatorTest, TheServerMustBeTrustedAndTheRightOneForKeysAndForCalls)
           {authority.issue("elsewhere.example"), "localhost:", "hostname mismatch"},
           {stranger.issue("localhost"), "localhost:", "unable to get local issuer certificate"}}) {
         const Service service(kYes, identity);
-        const auto address = host + std::to_string(service.port());
+        const auto address = host + std::to_string(service.server.port());
         const bool isTrusted = std::string(problem).empty();
         EXPECT_EQ(valid(gemini, "key", address), isTrusted) << address << problem;
         const auto session = makeClient(openai, address);
