@@ -26,6 +26,8 @@ struct QtEnvironment : testing::Environment {
 };
 inline testing::Environment* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnvironment);
 
+using Did = std::vector<std::string>;
+
 struct ToldLine : Line {
     void dial(const std::string& number, LineEvents itsEvents) override {
         did.push_back("dial " + number);
@@ -34,7 +36,7 @@ struct ToldLine : Line {
     void hangUp() override { did.emplace_back("hang up"); }
     void sendTones(const std::string& digits) override { did.push_back("tones " + digits); }
 
-    std::vector<std::string> did;
+    Did did;
     LineEvents events;
 };
 
