@@ -1,7 +1,5 @@
 // velto-shots: pictures of the windows in every state, light and dark, for the documentation.
 #include "VeltoApp/views/items/Appearance.h"
-#include "VeltoShared/audio/WavFile.h"
-#include "VeltoShared/core/AppPaths.h"
 #include "tests/views/ScreenReader.h"
 #include "tests/views/WindowBench.h"
 
@@ -44,7 +42,6 @@ class Photographer {
 
     bool takeAll() {
         firstRun();
-        ready();
         calling();
         failed();
         settings();
@@ -56,16 +53,8 @@ class Photographer {
         WindowBench bench;
         bench.computer.desktop.setTrusted(false);
         bench.drivers.clear();
-        for (const char* device : {"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", "VeltoLoop 2ch"})
-            bench.computer.audio.removeDevice(device);
+        bench.computer.audio.removeDevice("VeltoLoop 2ch");
         take(bench.open(), "main-not-ready");
-    }
-
-    void ready() {
-        WindowBench bench;
-        bench.addKey();
-        auto& window = bench.open();
-        take(window, "main-ready");
     }
 
     void calling() {
@@ -118,7 +107,7 @@ class Photographer {
         bench.addKey();
         addCalls(bench);
         auto calls = bench.history.records();
-        calls.front().recordingPath = addRecording().string();
+        calls.front().recordingPath = addRecording(bench).string();
         bench.history.records.set(std::move(calls));
         bench.drivers.clear();
         bench.settings.monitorDevice.set("Speaker");
@@ -148,7 +137,7 @@ class Photographer {
     }
 
     /// Syllables with pauses between sentences.
-    static std::filesystem::path addRecording() {
+    static std::filesystem::path addRecording(WindowBench& bench) {
         std::vector<std::int16_t> sound(std::size_t{40} * 16'000);
         for (std::size_t i = 0; i < sound.size(); ++i) {
             const double time = static_cast<double>(i) / 16'000;
@@ -156,11 +145,7 @@ class Photographer {
                 std::sin(time * 1.3) > -0.3 ? std::abs(std::sin(time * 9) * std::sin(time * 2.1)) : 0;
             sound[i] = static_cast<std::int16_t>(14'000 * loud * std::sin(time * 900));
         }
-        auto path = AppPaths::recordings() / "call-20261120-141503.wav";
-        WavFile file(path, 16'000);
-        file.append(sound);
-        file.finish();
-        return path;
+        return bench.addRecording("call-20261120-141503.wav", sound);
     }
 
     static void addCalls(WindowBench& bench) {
@@ -205,6 +190,5 @@ int main(int argc, char** argv) {
     const auto folder = QString::fromLocal8Bit(argv[1]);
     QDir().mkpath(folder);
     const bool light = Photographer(folder, false).takeAll();
-    const bool dark = Photographer(folder, true).takeAll();
-    return light && dark ? 0 : 1;
+    return Photographer(folder, true).takeAll() && light ? 0 : 1;
 }

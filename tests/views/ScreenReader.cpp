@@ -9,60 +9,56 @@
 namespace velto::test {
 namespace {
 
-bool isVisible(const QAccessibleInterface& element) {
-    return !element.state().invisible && !element.rect().isEmpty();
-}
-
 /// What Qt 6.4 does not tell screen readers.
 bool isEnabled(const QAccessibleInterface& element) {
     const auto* const item = qobject_cast<QQuickItem*>(element.object());
     return item && item->isEnabled();
 }
 
-/// The first visible element, parents before their children, of which `is` is true.
-template <class Is>
-QAccessibleInterface* search(QAccessibleInterface* element, const Is& is) {
-    if (!element || is(*element))
-        return element;
-    for (int i = 0; i < element->childCount(); ++i)
-        if (auto* const child = element->child(i); child && isVisible(*child))
-            if (auto* const found = search(child, is))
-                return found;
-    return nullptr;
+std::string nameOf(const QAccessibleInterface& element) {
+    const auto name = element.text(QAccessible::Name).toStdString();
+    return name.empty() ? element.object()->metaObject()->className() : name;
 }
 
-std::string nameOf(const QAccessibleInterface& element) {
-    return element.text(QAccessible::Name).toStdString();
+void collect(QAccessibleInterface& element, std::vector<QAccessibleInterface*>& found) {
+    found.push_back(&element);
+    for (int i = 0; i < element.childCount(); ++i)
+        if (auto* const child = element.child(i);
+            child && !child->state().invisible && !child->rect().isEmpty())
+            collect(*child, found);
 }
 
 } // namespace
 
-QAccessibleInterface* ScreenReader::find(QAccessible::Role role, const QString& name) const {
-    return search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {
-        return element.role() == role && element.text(QAccessible::Name) == name;
-    });
-}
-
-int ScreenReader::count(QAccessible::Role role) const {
-    int found = 0;
-    search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {
-        found += element.role() == role ? 1 : 0;
-        return false;
-    });
+/// Parents before their children.
+ScreenReader::Elements ScreenReader::elements() const {
+    Elements found;
+    collect(*QAccessible::queryAccessibleInterface(&window_), found);
     return found;
 }
 
-std::vector<std::string> ScreenReader::enabled(QAccessible::Role role) const {
+std::vector<std::string>
+ScreenReader::names(const std::function<bool(const QAccessibleInterface&)>& are) const {
     std::vector<std::string> names;
-    search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {
-        if (element.role() == role && isEnabled(element))
-            names.push_back(nameOf(element));
-        return false;
-    });
+    for (const auto* const element : elements())
+        if (are(*element))
+            names.push_back(nameOf(*element));
     return names;
 }
 
+QAccessibleInterface* ScreenReader::find(QAccessible::Role role, const QString& name) const {
+    for (auto* const element : elements())
+        if (element->role() == role && element->text(QAccessible::Name) == name)
+            return element;
+    return nullptr;
+}
+
+std::vector<std::string> ScreenReader::enabled(QAccessible::Role role) const {
+    return names([&](const auto& element) { return element.role() == role && isEnabled(element); });
+}
+
 bool ScreenReader::reads(const QString& text) const {
+    window_.grabWindow(); // what has just appeared has no size before a frame
     return finds(QAccessible::StaticText, text) || finds(QAccessible::Heading, text);
 }
 
@@ -103,6 +99,11 @@ void ScreenReader::type(const QString& text) const {
         key(Qt::Key_unknown, letter);
 }
 
+std::string ScreenReader::focused() const {
+    const auto* const element = QAccessible::queryAccessibleInterface(window_.activeFocusItem());
+    return element ? nameOf(*element) : "";
+}
+
 std::vector<std::string> ScreenReader::tabStops() const {
     std::vector<std::string> names;
     std::vector<QQuickItem*> seen;
@@ -112,31 +113,21 @@ std::vector<std::string> ScreenReader::tabStops() const {
         if (!item || std::ranges::find(seen, item) != seen.end())
             return names;
         seen.push_back(item);
-        const auto* const element = QAccessible::queryAccessibleInterface(item);
-        names.push_back(element ? nameOf(*element) : item->metaObject()->className());
+        names.push_back(focused());
     }
 }
 
 std::vector<std::string> ScreenReader::cutOff() const {
-    std::vector<std::string> names;
-    const auto* const whole = QAccessible::queryAccessibleInterface(&window_);
-    search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {
-        const auto place = element.rect();
-        if (place.left() < whole->rect().left() || place.right() > whole->rect().right())
-            names.push_back(nameOf(element));
-        return false;
+    const auto whole = QAccessible::queryAccessibleInterface(&window_)->rect();
+    return names([&](const auto& element) {
+        return element.rect().left() < whole.left() || element.rect().right() > whole.right();
     });
-    return names;
 }
 
 std::vector<std::string> ScreenReader::nameless() const {
-    std::vector<std::string> found;
-    search(QAccessible::queryAccessibleInterface(&window_), [&](const QAccessibleInterface& element) {
-        if (element.state().focusable && nameOf(element).empty())
-            found.emplace_back(element.object()->metaObject()->className());
-        return false;
+    return names([](const auto& element) {
+        return element.state().focusable && element.text(QAccessible::Name).isEmpty();
     });
-    return found;
 }
 
 } // namespace velto::test

@@ -21,7 +21,6 @@ class ScreenReader {
 
     QAccessibleInterface* find(QAccessible::Role role, const QString& name) const;
     bool finds(QAccessible::Role role, const QString& name) const { return find(role, name) != nullptr; }
-    int count(QAccessible::Role role) const;
     /// The names of those that can be used.
     std::vector<std::string> enabled(QAccessible::Role role) const;
     /// Whether a text stands in the window, letter for letter.
@@ -35,14 +34,20 @@ class ScreenReader {
     /// To the window, which hands it to what has the keyboard.
     void key(Qt::Key key, const QString& text = {}) const;
     void type(const QString& text) const;
-    /// The names of the element that has the keyboard, each time that Tab is pressed, until it comes around.
+    /// The name of the element that has the keyboard.
+    std::string focused() const;
+    /// The same, each time that Tab is pressed, until it comes around.
     std::vector<std::string> tabStops() const;
-    /// The names of elements that stand out of the window to the left or to the right.
+    /// Elements that stand out of the window to the left or to the right.
     std::vector<std::string> cutOff() const;
-    /// Kinds of elements that can be used and have no name.
+    /// Elements that can be used and have no name, by their kinds.
     std::vector<std::string> nameless() const;
 
   private:
+    using Elements = std::vector<QAccessibleInterface*>;
+    Elements elements() const;
+    std::vector<std::string> names(const std::function<bool(const QAccessibleInterface&)>& are) const;
+
     QQuickWindow& window_;
     std::function<void()> settle_;
 };

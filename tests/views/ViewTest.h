@@ -1,4 +1,4 @@
-// The settings window for tests.
+// A window of the application for tests, and whoever uses it.
 #pragma once
 
 #include "tests/views/ScreenReader.h"
@@ -12,20 +12,20 @@ namespace velto::test {
 
 using namespace std::chrono_literals;
 
-struct SettingsWindow : ::testing::Test {
-    void open(const char* tab = "readiness");
+struct ViewTest : ::testing::Test {
+    void open(const QString& file = QStringLiteral("MainView.qml"));
+    void openSettings(const char* tab = "readiness");
     /// In the debug area.
     void openPane(const char* pane);
-    bool reads(const QString& text) const {
-        window->grabWindow(); // what has just appeared has no size before a frame
-        return reader->reads(text);
-    }
+    bool reads(const QString& text) const { return reader->reads(text); }
     bool press(const QString& name, QAccessible::Role role = QAccessible::Button) const {
         return reader->press(name, role);
     }
     bool offers(const QString& button) const { return reader->finds(QAccessible::Button, button); }
     /// The text of a field or a text area.
     QString text(const QString& name) const;
+    /// What a picker shows.
+    std::string chosen(const QString& picker) const;
     void fill(const QString& field, const QString& text) const;
     WindowBench bench;
     QQuickWindow* window = nullptr;
