@@ -6,7 +6,7 @@
 #include <sys/types.h>
 
 #include <atomic>
-#include <map>
+#include <chrono>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -37,18 +37,20 @@ class Watchdog {
     /// What happens from here on belongs to this step.
     void step(const std::string& name, double longestWait = kLongestWait);
 
-    struct Block {
-        double waited = 0; ///< s
-        double worked = 0; ///< s
-        double limit = kLongestWait;
-    };
-    /// The longest of each step, for people; prints nothing where nobody had to wait for an answer.
+    /// The longest block of each step, for people.
     std::string table();
     /// A sentence for each step that was held up for too long.
     std::vector<std::string> faults();
 
   private:
+    struct Step {
+        std::string name;
+        double limit = kLongestWait;
+        double waited = 0; ///< s
+        double worked = 0; ///< s
+    };
     struct Times {
+        std::chrono::steady_clock::time_point at;
         double ran = 0;    ///< the main thread, s
         double queued = 0; ///< all threads of the session, s
         char state = 0;    ///< of the main thread, as in /proc/PID/stat
@@ -61,9 +63,7 @@ class Watchdog {
     double start_ = 0; ///< what the main thread had worked before this began, s
     rehearsal::Inquiry inquiry_;
     std::mutex mutex_; ///< of what follows
-    std::vector<std::string> order_;
-    std::map<std::string, Block> steps_;
-    std::string now_;
+    std::vector<Step> steps_{{.name = "start"}};
     std::atomic<bool> over_{false};
     std::thread thread_;
 };
