@@ -5,9 +5,7 @@
 #include "tests/phone/PhoneFixture.h"
 
 #include <QAccessible>
-#include <QKeyEvent>
-#include <QMouseEvent>
-#include <QThread>
+#include <QTest>
 
 #include <map>
 #include <set>
@@ -50,11 +48,7 @@ struct ViewsTest : PhoneFixture {
     }
     template <class Done>
     static void until(Done done) {
-        for (int i = 0; i < 20'000 && !done(); ++i) {
-            QCoreApplication::processEvents();
-            QThread::msleep(1);
-        }
-        ASSERT_TRUE(done());
+        ASSERT_TRUE(QTest::qWaitFor(done, 20'000));
     }
     /// A press takes a moment, so that it can be seen.
     template <class Done>
@@ -64,14 +58,10 @@ struct ViewsTest : PhoneFixture {
         element->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         until(done);
     }
-    static void mouse(QWidget& window, const char* name, QEvent::Type kind) {
+    static void mouse(QWidget& window, const char* name, QTest::MouseAction action) {
         auto* const element = button(window, name);
         ASSERT_NE(element, nullptr) << name;
-        auto& widget = *qobject_cast<QWidget*>(element->object());
-        const QPointF middle = widget.rect().center();
-        QMouseEvent event(kind, middle, widget.mapToGlobal(middle), Qt::LeftButton,
-                          kind == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&widget, &event);
+        QTest::mouseEvent(action, qobject_cast<QWidget*>(element->object()), Qt::LeftButton, {}, {});
     }
 };
 
@@ -122,19 +112,19 @@ TEST_F(ViewsTest, ADoubleClickOnCallDoesNotHangUp) {
     for (const auto& [place, start, end] :
          {std::tuple<QWidget*, const char*, const char*>{&banner, "Call", "End"},
           {&window, "Dial number", "Hang up"}}) {
-        const auto click = [&place = *place](const char* name, QEvent::Type kind) {
-            mouse(place, name, kind);
-            mouse(place, name, QEvent::MouseButtonRelease);
+        const auto click = [&place = *place](const char* name, QTest::MouseAction action) {
+            mouse(place, name, action);
+            mouse(place, name, QTest::MouseRelease);
             settle();
         };
         phone.open("1");
         settle();
-        click(start, QEvent::MouseButtonPress);
+        click(start, QTest::MousePress);
         EXPECT_TRUE(phone.callUp()) << start;
-        click(end, QEvent::MouseButtonDblClick);
+        click(end, QTest::MouseDClick);
         EXPECT_FALSE(phone.ending()) << end;
         clock.advance(Button::mouseSettles);
-        click(end, QEvent::MouseButtonPress);
+        click(end, QTest::MousePress);
         EXPECT_TRUE(phone.ending()) << end;
         lineEnds("");
     }
@@ -170,15 +160,11 @@ TEST_F(ViewsTest, KeysEditTheNumberWithoutACallAndSendTonesInOne) {
     MainWindow window(phone);
     window.present();
     auto& number = *window.findChild<QLineEdit*>();
-    const auto key = [](QWidget& widget, Qt::Key code, const char* text) {
-        QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier, QLatin1String(text));
-        QCoreApplication::sendEvent(&widget, &event);
-    };
     const auto hold = [&](const char* name, auto done) {
         EXPECT_NE(button(window, name)->text(QAccessible::Description), "");
-        mouse(window, name, QEvent::MouseButtonPress);
+        mouse(window, name, QTest::MousePress);
         until(done);
-        mouse(window, name, QEvent::MouseButtonRelease);
+        mouse(window, name, QTest::MouseRelease);
     };
     EXPECT_FALSE(button(window, "Dial number")->object()->property("enabled").toBool());
     number.insert("\u202atel:+1\u00a0(555)\u20130126\u202c");
@@ -192,20 +178,18 @@ TEST_F(ViewsTest, KeysEditTheNumberWithoutACallAndSendTonesInOne) {
     hold("0", [&] { return number.text() == "+"; });
     press(window, "0", [&] { return number.text() == "+0"; });
     number.clear();
-    key(number, Qt::Key_5, "5");
-    key(number, Qt::Key_A, "a");
-    key(window, Qt::Key_Asterisk, "*");
-    key(window, Qt::Key_Asterisk, "*");
+    QTest::keyClicks(&number, "5a");
+    QTest::keyClicks(&window, "**");
     EXPECT_EQ(number.text(), "5**");
     press(window, "Erase digit", [&] { return number.text() == "5*"; });
-    key(number, Qt::Key_Return, "\r");
+    QTest::keyClick(&number, Qt::Key_Return);
     EXPECT_EQ(line->did.back(), "dial 5*");
     for (const char* name : {"Call", "End", "Close"})
         EXPECT_EQ(button(window, name), nullptr) << "is the banner's";
 
-    key(number, Qt::Key_6, "6");
+    QTest::keyClick(&number, '6');
     answer();
-    key(number, Qt::Key_8, "8");
+    QTest::keyClick(&number, '8');
     EXPECT_EQ(line->did.back(), "tones 8");
     hold("0", [&] { return line->did.back() == "tones 0"; });
     EXPECT_EQ(number.text(), "5*");
