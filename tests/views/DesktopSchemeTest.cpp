@@ -5,7 +5,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QThread>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -47,25 +47,19 @@ class Portal : public QObject {
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
 };
 
-void until(const std::function<bool()>& done) {
-    for (int i = 0; i < 5000 && !done(); ++i) {
-        QCoreApplication::processEvents();
-        QThread::msleep(1);
-    }
-    EXPECT_TRUE(done());
-}
-
 TEST(DesktopSchemeTest, AsksThePortalAndFollowsIt) {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
     Portal portal;
     DesktopScheme scheme;
     EXPECT_FALSE(scheme.prefersDark());
     int changes = 0;
     QObject::connect(&scheme, &DesktopScheme::changed, [&] { ++changes; });
-    until([&] { return scheme.prefersDark(); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return scheme.prefersDark(); }));
     portal.change("accent-color", 0);
     portal.change(kKey, 1);
     portal.change(kKey, 2);
-    until([&] { return !scheme.prefersDark(); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !scheme.prefersDark(); }));
     EXPECT_EQ(changes, 2);
 }
 
@@ -73,9 +67,3 @@ TEST(DesktopSchemeTest, AsksThePortalAndFollowsIt) {
 } // namespace velto
 
 #include "DesktopSchemeTest.moc"
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleTest(&argc, argv);
-    const QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
-}

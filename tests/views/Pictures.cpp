@@ -38,8 +38,9 @@ QImage smaller(const QImage& picture) {
 
 class Photographer {
   public:
-    Photographer(QString folder, bool dark) : folder_(std::move(folder)), dark_(dark) {}
+    explicit Photographer(QString folder) : folder_(std::move(folder)) {}
 
+    /// Whether all could be written.
     bool takeAll() {
         firstRun();
         calling();
@@ -123,7 +124,7 @@ class Photographer {
             reader.pick("Pane", pane);
             reader.press("Run checks");
             listen();
-            take(window, "settings-" + std::string(pane));
+            take(window, QStringLiteral("settings-") + pane);
             if (reader.press(kNumber, QAccessible::ListItem)) {
                 listen();
                 take(window, "settings-transcript");
@@ -132,7 +133,7 @@ class Photographer {
         }
         for (const char* tab : {"General", "Readiness"}) {
             reader.press(tab, QAccessible::PageTab);
-            take(window, "settings-" + std::string(tab));
+            take(window, QStringLiteral("settings-") + tab);
         }
     }
 
@@ -156,22 +157,20 @@ class Photographer {
         bench.addCall(kNumber, 2min, 83);
     }
 
-    void take(QQuickWindow& window, const std::string& name) {
-        Appearance::of(*qmlEngine(&window)).setDark(dark_);
-        constexpr int kFrames = 3; // each lays out what the one before has made another size
-        for (int i = 0; i < kFrames; ++i) {
-            window.grabWindow();
-            QCoreApplication::processEvents();
-        }
-        const auto file = folder_ + '/' + QString::fromStdString(name) + (dark_ ? "-dark.png" : "-light.png");
-        if (!smaller(window.grabWindow()).save(file)) {
-            std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';
-            allSaved_ = false;
+    void take(QQuickWindow& window, const QString& name) {
+        for (const bool dark : {true, false}) {
+            Appearance::of(*qmlEngine(&window)).setDark(dark);
+            constexpr int kFrames = 3; // each lays out what the one before has made another size
+            for (int i = 0; i < kFrames; ++i) {
+                window.grabWindow();
+                QCoreApplication::processEvents();
+            }
+            const auto file = folder_ + '/' + name + (dark ? "-dark.png" : "-light.png");
+            allSaved_ = smaller(window.grabWindow()).save(file) && allSaved_;
         }
     }
 
     QString folder_;
-    bool dark_;
     bool allSaved_ = true;
 };
 
@@ -189,6 +188,8 @@ int main(int argc, char** argv) {
     }
     const auto folder = QString::fromLocal8Bit(argv[1]);
     QDir().mkpath(folder);
-    const bool light = Photographer(folder, false).takeAll();
-    return Photographer(folder, true).takeAll() && light ? 0 : 1;
+    if (Photographer(folder).takeAll())
+        return 0;
+    std::cerr << "velto-shots: cannot write all of them to " << argv[1] << '\n';
+    return 1;
 }
