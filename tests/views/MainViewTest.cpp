@@ -6,7 +6,6 @@ namespace {
 
 struct MainViewTest : ViewTest {
     bool canPress(const char* button) const {
-        window->grabWindow(); // rows of lists come with a frame
         return std::ranges::count(reader->enabled(QAccessible::Button), button) > 0;
     }
 };
@@ -29,11 +28,9 @@ TEST_F(MainViewTest, PlacesACallByKeyboardAloneAndFollowsItToItsRecord) {
     ASSERT_TRUE(bench.app.nativeSession->running());
     EXPECT_EQ(bench.agents.made.back().goal, "Ask <b>politely</b>");
     EXPECT_EQ(reader->focused(), "Stop");
-    EXPECT_TRUE(reads("Session: dialing"));
 
     bench.line.answered = true;
     bench.advance(3s);
-    EXPECT_TRUE(reads("Session: live"));
     EXPECT_TRUE(reads("Running time 0:03"));
     bench.say({"caller: Hello ", "caller: there", "agent: <i>Hi</i>"});
     EXPECT_TRUE(reads("Caller: Hello there"));
@@ -90,14 +87,12 @@ TEST_F(MainViewTest, SaysWhatIsMissingOneHintAtATime) {
 
     bench.app.nativeSession->number.set("5551234");
     bench.line.isTrusted = false;
-    bench.settle();
     EXPECT_TRUE(press("Call with AI"));
     EXPECT_TRUE(reads("Session: error"));
     EXPECT_TRUE(reads("The call was not started: Velto is not allowed to use the phone app yet."));
 
     bench.computer.desktop.setTrusted(true);
     bench.model->mainWindowActivated();
-    bench.settle();
     EXPECT_FALSE(reads(accessHint));
     EXPECT_TRUE(canPress("Ready"));
 }
@@ -123,7 +118,6 @@ TEST_F(MainViewTest, ClosingInMidCallAsksFirstAndLosesNoRecord) {
     reader->key(Qt::Key_Return);
     EXPECT_TRUE(bench.app.nativeSession->running());
     window->close();
-    bench.settle();
     EXPECT_TRUE(press("Stop and quit"));
     EXPECT_FALSE(bench.app.nativeSession->running());
     EXPECT_EQ(bench.history.records().size(), 1U);
@@ -160,7 +154,6 @@ TEST_F(MainViewTest, WhateverIsPastedFitsIntoTheSmallestWindow) {
     open();
     bench.app.agent->goal.set(std::string(10'240, 'x'));
     bench.app.nativeSession->number.set("0043-1-TRATTORIA-LUCIA-VIENNA-0123456789");
-    bench.settle();
     EXPECT_TRUE(press("Call with AI"));
     EXPECT_EQ(window->minimumSize(), QSize(720, 520));
     window->resize(window->minimumSize());

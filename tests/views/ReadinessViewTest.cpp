@@ -38,18 +38,15 @@ TEST_F(ReadinessViewTest, MicrophoneAndDriverAreBroughtByTheirButtons) {
     EXPECT_TRUE(press("Allow"));
     EXPECT_TRUE(reads("no sound server"));
     bench.computer.microphone.answer(MicrophoneAuthorization::authorized);
-    bench.settle();
     EXPECT_FALSE(offers("Allow"));
 
     EXPECT_TRUE(press("Install"));
     EXPECT_TRUE(reads("Driver bundles not found in the app. Build with mac/bundle."));
     bench.app.drivers->busy.set(true);
-    bench.settle();
     EXPECT_TRUE(reads("Installing audio drivers…"));
     EXPECT_FALSE(offers("Install"));
     bench.drivers = {"VeltoLoop.driver", "VeltoVoice.driver"};
     bench.app.drivers->busy.set(false);
-    bench.settle();
     EXPECT_TRUE(reads("Velto can place AI calls."));
     EXPECT_FALSE(reads("Driver bundles not found in the app. Build with mac/bundle."));
 }
@@ -71,7 +68,6 @@ TEST_F(ReadinessViewTest, AKeyIsTrimmedFiledValidatedAndRemoved) {
     EXPECT_EQ(key(), "(none)");
     EXPECT_FALSE(reads("valid"));
     bench.app.agent->validating.set(true);
-    bench.settle();
     EXPECT_TRUE(reads("Validating keys…"));
 }
 
@@ -90,16 +86,14 @@ TEST_F(ReadinessViewTest, AKeyringThatRefusesIsToldAndAWindowMayCloseMeanwhile) 
     bench.settle();
     EXPECT_EQ(key(), "good two");
     window->show();
-    bench.settle();
     EXPECT_TRUE(reads("valid"));
     EXPECT_FALSE(reads("The key could not be stored."));
 }
 
 TEST_F(ReadinessViewTest, ProviderAndVoicesAreChosen) {
-    const std::string odd = "a voice that is no longer offered";
-    bench.settings.openaiVoice.set(odd);
+    bench.settings.openaiVoice.set("a voice that is no longer offered");
     openSettings();
-    EXPECT_EQ(chosen("OpenAI voice"), odd);
+    EXPECT_EQ(chosen("OpenAI voice"), "a voice that is no longer offered");
     for (const auto& [choice, provider] : {std::pair("OpenAI Realtime", "openai"), {"Automatic", ""}}) {
         EXPECT_TRUE(reader->pick("Use", choice));
         EXPECT_EQ(bench.settings.provider(), provider);

@@ -32,6 +32,7 @@ void collect(QAccessibleInterface& element, std::vector<QAccessibleInterface*>& 
 
 /// Parents before their children.
 ScreenReader::Elements ScreenReader::elements() const {
+    settle_();
     Elements found;
     collect(*QAccessible::queryAccessibleInterface(&window_), found);
     return found;
@@ -54,6 +55,7 @@ QAccessibleInterface* ScreenReader::find(QAccessible::Role role, const QString& 
 }
 
 std::vector<std::string> ScreenReader::enabled(QAccessible::Role role) const {
+    window_.grabWindow(); // rows of lists come with a frame
     return names([&](const auto& element) { return element.role() == role && isEnabled(element); });
 }
 
