@@ -46,7 +46,6 @@ void switchAccessibilityOff() {
 void judge(Desk& desk) {
     if (::testing::Test::HasFailure())
         std::cout << rehearsal::readFile(desk.surroundings.applicationLog()).value_or("");
-    std::cout << desk.watchdog->table();
     for (const auto& fault : desk.watchdog->faults())
         ADD_FAILURE() << fault;
 }
@@ -100,20 +99,16 @@ TEST(WindowsTest, FromTheFirstStartToADeletedCall) {
     desk.screen->type("offer a newspaper for a month");
     ASSERT_TRUE(desk.enter("Number"));
     desk.screen->type("+15550125");
-    checkTexts("Main window, key stored");
-    EXPECT_TRUE(desk.comes("offer a newspaper for a month"));
-    EXPECT_TRUE(desk.comes("+15550125"));
+    checkTexts("Main window, filled in");
 
     // Dialling looks at the phone app on the main thread; one that is just starting is waited for as long as
     // the accessibility backend's patience.
     desk.watchdog->step("dialling", rehearsal::kLongestHold);
     ASSERT_TRUE(desk.press("Call with AI"));
-    EXPECT_TRUE(desk.comes("Session: live"));
     checkTexts("Main window, in a call");
     checkTexts("Transcript");
     desk.watchdog->step("call");
-    EXPECT_TRUE(desk.comes("Session: ended"));
-    EXPECT_TRUE(desk.comes("Redial +15550125"));
+    checkTexts("Main window, after a call");
 
     ASSERT_TRUE(desk.press("Settings"));
     ASSERT_TRUE(desk.press("Debug", "AXRadioButton"));

@@ -1,11 +1,9 @@
 #include "tests/views/endtoend/Screen.h"
 
-#include <X11/Xlib.h>
+#include <X11/XKBlib.h>
 
 #include <X11/extensions/XTest.h>
 
-#include <cctype>
-#include <cstring>
 #include <stdexcept>
 
 namespace velto::test {
@@ -30,6 +28,9 @@ void Screen::press(unsigned long symbol, const char* held) {
     const auto send = [&](unsigned long key, int down) {
         ::XTestFakeKeyEvent(display_, ::XKeysymToKeycode(display_, key), down, CurrentTime);
     };
+    if (held == nullptr &&
+        ::XkbKeycodeToKeysym(display_, ::XKeysymToKeycode(display_, symbol), 0, 0) != symbol)
+        held = "Shift_L";
     if (held != nullptr)
         send(::XStringToKeysym(held), True);
     send(symbol, True);
@@ -44,13 +45,9 @@ void Screen::key(const char* name, const char* held) {
 }
 
 void Screen::type(const std::string& text) {
-    for (const char letter : text) {
-        const bool shifted = std::isupper(static_cast<unsigned char>(letter)) != 0 ||
-                             std::strchr("~!@#$%^&*()_+{}|:\"<>?", letter) != nullptr;
-        // The symbols of Latin characters have their numbers.
-        press(letter == '\n' ? ::XStringToKeysym("Return") : static_cast<unsigned char>(letter),
-              shifted ? "Shift_L" : nullptr);
-    }
+    // The symbols of Latin characters have their numbers.
+    for (const char letter : text)
+        press(letter == '\n' ? ::XStringToKeysym("Return") : static_cast<unsigned char>(letter), nullptr);
 }
 
 } // namespace velto::test

@@ -48,10 +48,6 @@ char stateOf(pid_t pid) {
     return name == std::string::npos || name + 2 >= text.size() ? '?' : text[name + 2];
 }
 
-std::string milliseconds(double seconds) {
-    return std::to_string(static_cast<int>(seconds * 1e3)) + " ms";
-}
-
 } // namespace
 
 Watchdog::Watchdog(pid_t application)
@@ -65,7 +61,13 @@ Watchdog::~Watchdog() {
 
 void Watchdog::step(const std::string& name, double longestWait) {
     const std::scoped_lock lock(mutex_);
-    steps_.push_back({.name = name, .limit = longestWait});
+    step_ = name;
+    limit_ = longestWait;
+}
+
+std::vector<std::string> Watchdog::faults() {
+    const std::scoped_lock lock(mutex_);
+    return faults_;
 }
 
 Watchdog::Times Watchdog::times() const {
@@ -85,45 +87,26 @@ void Watchdog::watch() {
         if (answer.wait_for(kLook) == std::future_status::ready)
             continue;
         double waited = 0;
-        double workedInAll = 0;
+        double worked = 0;
         auto before = times();
         while (!over_ && answer.wait_for(kLook) != std::future_status::ready) {
             const auto after = times();
             const std::chrono::duration<double> gone = after.at - before.at;
-            const double worked = after.ran - before.ran;
-            workedInAll += worked;
+            const double ran = after.ran - before.ran;
+            worked += ran;
             if (after.state == 'S')
-                waited += std::max(0.0, gone.count() - worked - (after.queued - before.queued));
+                waited += std::max(0.0, gone.count() - ran - (after.queued - before.queued));
             before = after;
         }
         const std::scoped_lock lock(mutex_);
-        auto& step = steps_.back();
-        step.waited = std::max(step.waited, waited);
-        step.worked = std::max(step.worked, workedInAll);
+        const auto tell = [this](const char* what, double seconds) {
+            faults_.push_back(step_ + ": the main thread " + what + " for " + std::to_string(seconds) + " s");
+        };
+        if (waited > limit_)
+            tell("waited for somebody", waited);
+        if (worked > std::max(start_, kLongestWait))
+            tell("worked without a look at the user", worked);
     }
-}
-
-std::string Watchdog::table() {
-    const std::scoped_lock lock(mutex_);
-    std::string text = "longest block of the main thread (its start: " + milliseconds(start_) + " of work)\n";
-    for (const auto& step : steps_)
-        text += step.name + ": waited " + milliseconds(step.waited) + ", worked " +
-                milliseconds(step.worked) + "\n";
-    return text;
-}
-
-std::vector<std::string> Watchdog::faults() {
-    const std::scoped_lock lock(mutex_);
-    std::vector<std::string> found;
-    for (const auto& step : steps_) {
-        if (step.waited > step.limit)
-            found.push_back(step.name + ": the main thread waited for somebody for " +
-                            milliseconds(step.waited));
-        if (step.worked > std::max(start_, kLongestWait))
-            found.push_back(step.name + ": the main thread worked without a look at the user for " +
-                            milliseconds(step.worked));
-    }
-    return found;
 }
 
 } // namespace velto::test

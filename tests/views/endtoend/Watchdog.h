@@ -36,19 +36,10 @@ class Watchdog {
     static constexpr double kLongestWait = 0.1; ///< s
     /// What happens from here on belongs to this step.
     void step(const std::string& name, double longestWait = kLongestWait);
-
-    /// The longest block of each step, for people.
-    std::string table();
-    /// A sentence for each step that was held up for too long.
+    /// A sentence for each time that it was held up for too long.
     std::vector<std::string> faults();
 
   private:
-    struct Step {
-        std::string name;
-        double limit = kLongestWait;
-        double waited = 0; ///< s
-        double worked = 0; ///< s
-    };
     struct Times {
         std::chrono::steady_clock::time_point at;
         double ran = 0;    ///< the main thread, s
@@ -63,7 +54,9 @@ class Watchdog {
     double start_ = 0; ///< what the main thread had worked before this began, s
     rehearsal::Inquiry inquiry_;
     std::mutex mutex_; ///< of what follows
-    std::vector<Step> steps_{{.name = "start"}};
+    std::string step_ = "start";
+    double limit_ = kLongestWait;
+    std::vector<std::string> faults_;
     std::atomic<bool> over_{false};
     std::thread thread_;
 };
