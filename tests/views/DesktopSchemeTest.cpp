@@ -48,8 +48,10 @@ class Portal : public QObject {
 };
 
 TEST(DesktopSchemeTest, AsksThePortalAndFollowsIt) {
-    int argc = 0;
-    const QCoreApplication application(argc, nullptr);
+    int argc = 1;
+    std::string name = "desktop_scheme_test";
+    std::array arguments{name.data()};
+    const QCoreApplication application(argc, arguments.data());
     Portal portal;
     DesktopScheme scheme;
     EXPECT_FALSE(scheme.prefersDark());

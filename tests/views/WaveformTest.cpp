@@ -58,8 +58,7 @@ TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
     EXPECT_NEAR(position(), 10, 0.2);
     bench.advance(1s);
     EXPECT_NEAR(position(), 11, 0.3);
-    EXPECT_NEAR(slider()->property("value").toDouble(), position(), 1e-9)
-        << "what has been played is coloured";
+    EXPECT_NEAR(slider()->property("value").toDouble(), position(), 1e-9);
     EXPECT_TRUE(press("Stop"));
     EXPECT_EQ(position(), -1);
 
