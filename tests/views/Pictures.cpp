@@ -116,17 +116,11 @@ class Photographer {
         auto& window = bench.open(QStringLiteral("SettingsView.qml"));
         const ScreenReader reader(window, [&] { bench.settle(); });
         bench.goLive(kNumber);
-        const auto listen = [&] {
-            if (auto* const wave = reader.item(QAccessible::Slider, "Place in the recording"))
-                wave->setProperty("value", 13);
-        };
         for (const char* pane : {"Native", "Recordings", "History", "Diagnostics", "Routing", "Drivers"}) {
             reader.pick("Pane", pane);
             reader.press("Run checks");
-            listen();
             take(window, QStringLiteral("settings-") + pane);
             if (reader.press(kNumber, QAccessible::ListItem)) {
-                listen();
                 take(window, "settings-transcript");
                 reader.press("Done");
             }
@@ -158,6 +152,9 @@ class Photographer {
     }
 
     void take(QQuickWindow& window, const QString& name) {
+        const ScreenReader reader(window, [] {});
+        if (auto* const recording = reader.item(QAccessible::Slider, "Place in the recording"))
+            recording->setProperty("value", 13); // seconds that have been played
         for (const bool dark : {true, false}) {
             Appearance::of(*qmlEngine(&window)).setDark(dark);
             constexpr int kFrames = 3; // each lays out what the one before has made another size
@@ -166,7 +163,10 @@ class Photographer {
                 QCoreApplication::processEvents();
             }
             const auto file = folder_ + '/' + name + (dark ? "-dark.png" : "-light.png");
-            allSaved_ = smaller(window.grabWindow()).save(file) && allSaved_;
+            if (!smaller(window.grabWindow()).save(file)) {
+                std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';
+                allSaved_ = false;
+            }
         }
     }
 
@@ -186,10 +186,6 @@ int main(int argc, char** argv) {
         std::cerr << "usage: velto-shots FOLDER\n";
         return 2;
     }
-    const auto folder = QString::fromLocal8Bit(argv[1]);
-    QDir().mkpath(folder);
-    if (Photographer(folder).takeAll())
-        return 0;
-    std::cerr << "velto-shots: cannot write all of them to " << argv[1] << '\n';
-    return 1;
+    QDir().mkpath(QString::fromLocal8Bit(argv[1]));
+    return Photographer(QString::fromLocal8Bit(argv[1])).takeAll() ? 0 : 1;
 }

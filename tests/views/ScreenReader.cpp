@@ -107,16 +107,14 @@ std::string ScreenReader::focused() const {
 }
 
 std::vector<std::string> ScreenReader::tabStops() const {
+    constexpr std::size_t kMost = 100; // where it does not come around
     std::vector<std::string> names;
-    std::vector<QQuickItem*> seen;
-    for (;;) {
+    const auto* const first = window_.activeFocusItem();
+    do {
         key(Qt::Key_Tab);
-        auto* const item = window_.activeFocusItem();
-        if (!item || std::ranges::find(seen, item) != seen.end())
-            return names;
-        seen.push_back(item);
         names.push_back(focused());
-    }
+    } while (window_.activeFocusItem() != first && names.size() < kMost);
+    return names;
 }
 
 std::vector<std::string> ScreenReader::cutOff() const {
