@@ -72,6 +72,11 @@ TEST_F(SettingsViewTest, EveryControlHasANameIsReachedByTheKeyboardAndFitsWithLe
     bench.computer.desktop.setTrusted(false, "no accessibility bus runs in this session");
     bench.addKey();
     bench.addCall(std::string(40, '8'), 5min, 83);
+    open();
+    window->resize(window->minimumSize());
+    bench.settle();
+    window->grabWindow();
+    EXPECT_EQ(reader->cutOff(), Notes{});
     for (const std::string place :
          {"readiness", "general", "Native", "Recordings", "History", "Diagnostics", "Routing", "Drivers"}) {
         SCOPED_TRACE(place);

@@ -7,6 +7,10 @@
 
 #include <boost/json.hpp>
 
+#include <X11/XKBlib.h>
+
+#include <X11/extensions/XTest.h>
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -47,7 +51,9 @@ Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
         plan.reports, [this](const boost::json::object& event) { evidence_.fromCallee(event); }, [] {});
     session = rehearsal::PrivateSession::start(plan, stage).value();
     accessibility_ = std::make_unique<AtspiAccessibility>([](const std::string&) {});
-    screen = std::make_unique<Screen>(session->phoneEnvironment().at("DISPLAY"));
+    display_ = ::XOpenDisplay(session->phoneEnvironment().at("DISPLAY").c_str());
+    if (display_ == nullptr)
+        throw std::runtime_error("the display cannot be opened");
     auto server = program(InstallTree::helpers() / "velto-rehearsal-server",
                           {"--scenario", plan.scenario, "--certificate", surroundings.file("server.pem"),
                            "--key", surroundings.file("server.key")});
@@ -61,6 +67,7 @@ Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
 
 Desk::~Desk() {
     end();
+    ::XCloseDisplay(display_);
     if (evidence_.phone > 0)
         stage.endOther("the phone app", evidence_.phone);
     stage.end();
@@ -149,7 +156,7 @@ bool Desk::enter(const std::string& field) {
             // A field for secrets has no name on the bus, but its group has one.
             const std::string name = inGroup && seen.texts[0].empty() ? "" : field;
             if (seen.is("AXTextField", name) || seen.is("AXTextArea", name)) {
-                screen->click(seen.at.x + kInside, seen.at.y + kInside);
+                click(seen.at.x + kInside, seen.at.y + kInside);
                 return true;
             }
         }
@@ -163,13 +170,46 @@ void Desk::paste(const std::string& text) {
     copied_ = false;
     stage.add(other, [this](const boost::json::object& /*event*/) { copied_ = true; });
     stage.waitUntil([this] { return copied_; }, kDeadline);
-    screen->key("v", "Control_L");
+    key("v", "Control_L");
+}
+
+void Desk::click(double x, double y, Button button) {
+    ::XTestFakeMotionEvent(display_, -1, static_cast<int>(x), static_cast<int>(y), CurrentTime);
+    for (const int down : {True, False})
+        ::XTestFakeButtonEvent(display_, static_cast<unsigned>(button), down, CurrentTime);
+    ::XSync(display_, False);
+}
+
+void Desk::press(unsigned long symbol, const char* held) {
+    const auto send = [&](unsigned long key, int down) {
+        ::XTestFakeKeyEvent(display_, ::XKeysymToKeycode(display_, key), down, CurrentTime);
+    };
+    if (held == nullptr &&
+        ::XkbKeycodeToKeysym(display_, ::XKeysymToKeycode(display_, symbol), 0, 0) != symbol)
+        held = "Shift_L";
+    if (held != nullptr)
+        send(::XStringToKeysym(held), True);
+    send(symbol, True);
+    send(symbol, False);
+    if (held != nullptr)
+        send(::XStringToKeysym(held), False);
+    ::XSync(display_, False);
+}
+
+void Desk::key(const char* name, const char* held) {
+    press(::XStringToKeysym(name), held);
+}
+
+void Desk::type(const std::string& text) {
+    // The symbols of Latin characters have their numbers.
+    for (const char letter : text)
+        press(letter == '\n' ? ::XStringToKeysym("Return") : static_cast<unsigned char>(letter), nullptr);
 }
 
 void Desk::scrollDown() {
     const auto tab = find("AXRadioButton", "General");
     for (int turn = 0; tab && turn < kTurns; ++turn)
-        screen->click(tab->at.x, tab->at.y + kBelowTabs, Screen::Button::down);
+        click(tab->at.x, tab->at.y + kBelowTabs, Button::down);
 }
 
 bool Desk::eventually(const std::function<bool()>& isSo) {

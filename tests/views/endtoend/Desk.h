@@ -1,4 +1,5 @@
-// A rehearsed session with the application's windows in it, used through the accessibility bus.
+// A rehearsed session with the application's windows in it, and a person at it: through the accessibility
+// bus, and with keyboard and pointer.
 #pragma once
 
 #include "VeltoPlatform/linux/AtspiAccessibility.h"
@@ -7,7 +8,6 @@
 #include "rehearsal/director/PrivateSession.h"
 #include "rehearsal/director/RehearsalKeys.h"
 #include "rehearsal/director/Surroundings.h"
-#include "tests/views/endtoend/Screen.h"
 #include "tests/views/endtoend/Watchdog.h"
 
 #include <array>
@@ -16,6 +16,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+struct _XDisplay;
 
 namespace velto::test {
 
@@ -58,6 +60,12 @@ class Desk {
     bool enter(const std::string& field);
     /// Has another program copy it (this one, told to "copy"), and presses Control-V.
     void paste(const std::string& text);
+    enum class Button : unsigned { left = 1, right = 3, down = 5 };
+    void click(double x, double y, Button button = Button::left);
+    /// By its name among X11's key symbols, with another one held down.
+    void key(const char* name, const char* held = nullptr);
+    /// Characters of a keyboard for US English; a line end is the Return key.
+    void type(const std::string& text);
     /// The settings window, to its end.
     void scrollDown();
     bool eventually(const std::function<bool()>& isSo);
@@ -70,18 +78,19 @@ class Desk {
     rehearsal::Surroundings surroundings;
     rehearsal::Stage stage;
     std::unique_ptr<rehearsal::PrivateSession> session;
-    std::unique_ptr<Screen> screen;
     std::unique_ptr<Watchdog> watchdog;
 
   private:
     rehearsal::ChildProgram program(const std::filesystem::path& file,
                                     std::vector<std::string> arguments) const;
+    void press(unsigned long symbol, const char* held);
 
     LinuxFolders folders_{"velto-windows-test"};
     SecretServiceStore keyring_{[](const std::string&) {}};
     rehearsal::Evidence evidence_;
     std::unique_ptr<AtspiAccessibility> accessibility_;
     rehearsal::ChildProcess* application_ = nullptr;
+    _XDisplay* display_ = nullptr;
     bool copied_ = false;
 };
 

@@ -67,7 +67,7 @@ TEST(WindowsTest, FromTheFirstStartToADeletedCall) {
     checkTexts("Main window, not ready");
     const auto& key = desk.keys.all().at(VoiceProvider::gemini);
     ASSERT_TRUE(desk.enter("Gemini"));
-    desk.screen->type("   " + key + " ");
+    desk.type("   " + key + " ");
     EXPECT_TRUE(desk.press("Save"));
     checkTexts("Readiness, key stored");
     EXPECT_EQ(KeychainStore::get(SecretKey::geminiAPIKey), key);
@@ -75,7 +75,7 @@ TEST(WindowsTest, FromTheFirstStartToADeletedCall) {
     EXPECT_TRUE(desk.press("Enable"));
     EXPECT_TRUE(desk.goes("AXButton", "Enable"));
     ASSERT_TRUE(desk.enter("OpenAI"));
-    desk.screen->type("no such key\n");
+    desk.type("no such key\n");
     EXPECT_TRUE(desk.comes("not validated"));
 
     desk.watchdog->step("readiness, further down");
@@ -83,22 +83,22 @@ TEST(WindowsTest, FromTheFirstStartToADeletedCall) {
     checkTexts("Readiness, further down");
     EXPECT_TRUE(desk.press("Use", "AXComboBox"));
     checkTexts("Readiness, the providers");
-    desk.screen->key("Escape");
+    desk.key("Escape");
     EXPECT_TRUE(desk.press("General", "AXRadioButton"));
     checkTexts("General");
-    desk.screen->key("w", "Control_L");
+    desk.key("w", "Control_L");
     EXPECT_TRUE(desk.goes("AXRadioButton", "General"));
 
     desk.watchdog->step("pasting and typing");
     ASSERT_TRUE(desk.enter("Goal"));
-    desk.screen->key("a", "Control_L");
+    desk.key("a", "Control_L");
     const std::string long10k(10'240, 'x');
     desk.paste(long10k);
     EXPECT_TRUE(desk.comes(long10k));
-    desk.screen->key("a", "Control_L");
-    desk.screen->type("offer a newspaper for a month");
+    desk.key("a", "Control_L");
+    desk.type("offer a newspaper for a month");
     ASSERT_TRUE(desk.enter("Number"));
-    desk.screen->type("+15550125");
+    desk.type("+15550125");
     checkTexts("Main window, filled in");
 
     // Dialling looks at the phone app on the main thread; one that is just starting is waited for as long as
@@ -136,7 +136,7 @@ TEST(WindowsTest, FromTheFirstStartToADeletedCall) {
     EXPECT_TRUE(desk.goes("AXButton", "Done"));
     const auto row = desk.find("AXGroup", "+15550125");
     ASSERT_TRUE(row);
-    desk.screen->click(row->at.x + 60, row->at.y + 14, Screen::Button::right);
+    desk.click(row->at.x + 60, row->at.y + 14, Desk::Button::right);
     EXPECT_TRUE(desk.press("Delete", "AXMenuItem"));
     EXPECT_TRUE(desk.comes("(no calls yet)"));
     EXPECT_EQ(rehearsal::readFile(history), "[]");
@@ -161,9 +161,9 @@ TEST(WindowsTest, WhatIsMissingIsToldAndNothingFreezes) {
     EXPECT_TRUE(desk.press("Allow"));
     EXPECT_TRUE(desk.comes("no sound server: Connection refused"));
     ASSERT_TRUE(desk.enter("Gemini"));
-    desk.screen->type("a key");
+    desk.type("a key");
     EXPECT_TRUE(desk.press("Save"));
-    desk.screen->key("w", "Control_L"); // closed in the middle of it
+    desk.key("w", "Control_L"); // closed in the middle of it
     EXPECT_TRUE(desk.goes("AXRadioButton", "General"));
     EXPECT_TRUE(desk.comes("AI key missing"));
     judge(desk);
