@@ -42,10 +42,10 @@ double queuedIn(pid_t pid) {
 
 char stateOf(pid_t pid) {
     std::ifstream file(processFolder(pid) / "stat");
-    std::string text;
-    std::getline(file, text);
-    const auto name = text.rfind(')');
-    return name == std::string::npos || name + 2 >= text.size() ? '?' : text[name + 2];
+    std::string name;
+    char state = '?';
+    file >> pid >> name >> state;
+    return state;
 }
 
 } // namespace
