@@ -40,13 +40,11 @@ class Photographer {
   public:
     explicit Photographer(QString folder) : folder_(std::move(folder)) {}
 
-    /// Whether all could be written.
-    bool takeAll() {
+    void takeAll() {
         firstRun();
         calling();
         failed();
         settings();
-        return allSaved_;
     }
 
   private:
@@ -163,15 +161,12 @@ class Photographer {
                 QCoreApplication::processEvents();
             }
             const auto file = folder_ + '/' + name + (dark ? "-dark.png" : "-light.png");
-            if (!smaller(window.grabWindow()).save(file)) {
-                std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';
-                allSaved_ = false;
-            }
+            if (!smaller(window.grabWindow()).save(file))
+                qFatal("velto-shots: cannot write %s", qPrintable(file));
         }
     }
 
     QString folder_;
-    bool allSaved_ = true;
 };
 
 } // namespace
@@ -187,5 +182,5 @@ int main(int argc, char** argv) {
         return 2;
     }
     QDir().mkpath(QString::fromLocal8Bit(argv[1]));
-    return Photographer(QString::fromLocal8Bit(argv[1])).takeAll() ? 0 : 1;
+    Photographer(QString::fromLocal8Bit(argv[1])).takeAll();
 }

@@ -46,7 +46,6 @@ TEST_F(ReadinessViewTest, MicrophoneAndDriverAreBroughtByTheirButtons) {
     bench.drivers = {"VeltoLoop.driver", "VeltoVoice.driver"};
     bench.app.drivers->busy.set(false);
     EXPECT_TRUE(reads("Velto can place AI calls."));
-    EXPECT_FALSE(reads("Driver bundles not found in the app. Build with mac/bundle."));
 }
 
 TEST_F(ReadinessViewTest, AKeyIsTrimmedFiledValidatedAndRemoved) {

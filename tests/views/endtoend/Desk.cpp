@@ -28,8 +28,6 @@ constexpr double kBelowTabs = 200;
 /// More than any pane is long.
 constexpr int kTurns = 30;
 
-void ignore(const boost::json::object& /*event*/) {}
-
 } // namespace
 
 Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
@@ -87,7 +85,7 @@ bool Desk::start(const rehearsal::Environment& others) {
     auto velto = program(InstallTree::programs() / "velto", {});
     for (const auto& [name, value] : others)
         velto.environment[name] = value;
-    application_ = stage.add(velto, ignore);
+    application_ = stage.add(velto, [](const boost::json::object&) {});
     if (!eventually(ControlClient::somebodyListens) || !ControlClient::appIsRunning())
         return false;
     watchdog = std::make_unique<Watchdog>(application_->pid());

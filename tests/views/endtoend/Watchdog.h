@@ -23,8 +23,6 @@ namespace velto::test {
 ///   late on a busy machine), this watchdog included: counted for nobody. So is the disk.
 /// - Waited for somebody else in a system call. This is what freezes windows, and it does not get longer on a
 ///   slow machine. Limited to 100 ms, unless a step says why it may be more.
-///
-/// Time between two answers is not looked at: who answers is not blocked.
 class Watchdog {
   public:
     /// The application must answer already. Ends with the object, which must live shorter than the process.
