@@ -22,10 +22,9 @@ struct ViewsTest : PhoneFixture {
 
     static void collect(QAccessibleInterface* element, Elements& found) {
         const auto name = element->text(QAccessible::Name).toStdString();
-        if (element->role() == QAccessible::Button && !name.empty())
-            found.emplace('[' + name + ']', element);
-        if (element->role() == QAccessible::StaticText && !name.empty())
-            found.emplace(name, element);
+        const bool isButton = element->role() == QAccessible::Button;
+        if (!name.empty() && (isButton || element->role() == QAccessible::StaticText))
+            found.emplace(isButton ? '[' + name + ']' : name, element);
         for (int i = 0; i < element->childCount(); ++i)
             collect(element->child(i), found);
     }

@@ -144,8 +144,7 @@ TEST_F(DebugPanesTest, DriversAreInstalledAndRemoved) {
     EXPECT_TRUE(press("Uninstall (admin)"));
     EXPECT_TRUE(text("Drivers").startsWith("Uninstall exit 0"));
     bench.app.drivers->busy.set(true);
-    for (const char* button : {"Install (admin)", "Uninstall (admin)", "Restart CoreAudio"})
-        EXPECT_FALSE(press(button)) << button;
+    EXPECT_EQ(reader->enabled(QAccessible::Button), Notes{});
 }
 
 } // namespace

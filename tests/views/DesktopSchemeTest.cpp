@@ -5,6 +5,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -52,14 +53,13 @@ TEST(DesktopSchemeTest, AsksThePortalAndFollowsIt) {
     Portal portal;
     DesktopScheme scheme;
     EXPECT_FALSE(scheme.prefersDark());
-    int changes = 0;
-    QObject::connect(&scheme, &DesktopScheme::changed, [&] { ++changes; });
+    const QSignalSpy changes(&scheme, &DesktopScheme::changed);
     EXPECT_TRUE(QTest::qWaitFor([&] { return scheme.prefersDark(); }));
     portal.change("accent-color", 0);
     portal.change(kKey, 1);
     portal.change(kKey, 2);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !scheme.prefersDark(); }));
-    EXPECT_EQ(changes, 2);
+    EXPECT_EQ(changes.count(), 2);
 }
 
 } // namespace

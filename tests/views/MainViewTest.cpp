@@ -12,7 +12,6 @@ TEST_F(MainViewTest, PlacesACallByKeyboardAloneAndFollowsItToItsRecord) {
     bench.addKey();
     open();
     EXPECT_TRUE(offers("Ready"));
-    EXPECT_TRUE(reads("All set"));
     EXPECT_EQ(window->minimumSize(), QSize(720, 520));
     EXPECT_FALSE(press("Call with AI"));
 
@@ -20,7 +19,6 @@ TEST_F(MainViewTest, PlacesACallByKeyboardAloneAndFollowsItToItsRecord) {
     reader->type("5551234");
     fill("Goal", "Ask <b>politely</b>");
     reader->key(Qt::Key_Tab);
-    EXPECT_EQ(reader->focused(), "Call with AI");
     reader->key(Qt::Key_Return);
     ASSERT_TRUE(bench.app.nativeSession->running());
     EXPECT_EQ(bench.agents.made.back().goal, "Ask <b>politely</b>");

