@@ -1,8 +1,6 @@
 #include "VeltoShared/core/AppPaths.h"
 #include "tests/views/ViewTest.h"
 
-#include <fstream>
-
 namespace velto::test {
 namespace {
 
@@ -56,17 +54,6 @@ TEST_F(DebugPanesTest, RoutingShowsWhatIsSoWhileDevicesComeAndGo) {
     EXPECT_TRUE(press("Refresh"));
     EXPECT_TRUE(reads("Bridge devices not installed — Settings → Debug → Drivers"));
     EXPECT_EQ(chosen("Input"), "");
-}
-
-TEST_F(DebugPanesTest, RecordingsAreListedPlayedAndShown) {
-    std::ofstream(AppPaths::recordings() / "old.wav") << std::string(5000, 'x');
-    openPane("Recordings");
-    EXPECT_TRUE(reads("4 KB"));
-    fill("Play device", "Gramophone");
-    EXPECT_TRUE(press("Play"));
-    EXPECT_TRUE(reads("Cannot play old.wav on Gramophone"));
-    EXPECT_TRUE(press("Reveal"));
-    EXPECT_EQ(revealed(), (AppPaths::recordings() / "old.wav").string());
 }
 
 TEST_F(DebugPanesTest, OneOfTenThousandCallsIsRead) {

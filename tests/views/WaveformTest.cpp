@@ -50,7 +50,7 @@ TEST_F(WaveformTest, HasTheLoudestSampleOfEachColumn) {
     EXPECT_FALSE(Waveform::read(path, 3)) << "no sample is left";
 }
 
-TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
+TEST_F(WaveformTest, ARecordingPlaysFromWhereItIsClickedOrTheKeyboardIs) {
     const auto path = bench.addRecording("a.wav", kLong);
     openPane("Recordings");
     ASSERT_NE(slider(), nullptr);
@@ -71,6 +71,13 @@ TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
     EXPECT_NEAR(position(), place, 0.2) << "what plays goes along";
     reader->key(Qt::Key_Return);
     EXPECT_EQ(position(), -1);
+
+    EXPECT_TRUE(reads("1250 KB"));
+    fill("Play device", "Gramophone");
+    EXPECT_TRUE(press("Play"));
+    EXPECT_TRUE(reads("Cannot play a.wav on Gramophone"));
+    EXPECT_TRUE(press("Reveal"));
+    EXPECT_EQ(bench.computer.desktop.revealedFiles().back(), path);
 }
 
 TEST_F(WaveformTest, ATranscriptSaysThatItsRecordingCannotBePlayed) {
