@@ -75,7 +75,6 @@ TEST(TimeTextsTest, SayHowLongAgoInWordsThatStayTrueForTheirLifetime) {
     const auto ago = [&](auto age) { return agoText(noon - age, noon).toStdString(); };
     EXPECT_EQ(ago(59s), "Just now");
     EXPECT_EQ(ago(60s), "1 minute ago");
-    EXPECT_EQ(ago(59min + 59s), "59 minutes ago");
     EXPECT_EQ(ago(1h), "1 hour ago");
     EXPECT_EQ(ago(30h), "Yesterday");
     EXPECT_EQ(ago(72h), "3 days ago");

@@ -67,6 +67,7 @@ TEST_F(SettingsViewTest, EveryControlHasANameIsReachedByTheKeyboardAndFitsWithLe
     bench.computer.desktop.setTrusted(false, "no accessibility bus runs in this session");
     bench.addKey();
     bench.addCall(std::string(40, '8'), 5min, 83);
+    bench.addRecording("call-20261120-141503.wav", {1});
     bench.app.nativeSession->number.set(std::string(40, '8'));
     bench.app.agent->goal.set(std::string(10'240, 'x'));
     for (const std::string place : {"main", "readiness", "general", "Native", "Recordings", "History",

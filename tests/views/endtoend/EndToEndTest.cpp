@@ -125,7 +125,6 @@ TEST(WindowsTest, FromTheFirstStartToADeletedCall) {
             checkTexts("Recordings, with one");
         }
     }
-    desk.watchdog->step("a call of the history");
     EXPECT_TRUE(desk.press("+15550125", "AXGroup"));
     checkTexts("Transcript");
     EXPECT_TRUE(desk.press("Done"));
