@@ -26,7 +26,7 @@ TEST_F(ControlCommandsTest, reportsTheObjectsOrTheirAbsence) {
     expect(R"({"cmd":"ping"})", R"({"ok":true})");
     expect(
         R"({"cmd":"status"})",
-        R"({"ok":true,"running":true,"state":"live","number":"+1�","session":4,"provider":"openai","ready":true})");
+        R"({"ok":true,"running":true,"state":"live","number":"+1\ufffd","session":4,"provider":"openai","ready":true})");
     expect(
         R"({"cmd":"readiness"})",
         R"({"ok":true,"accessibility":true,"microphone":true,"driver":true,"apiKeyValid":true,"gemini":true,"openai":false,"ready":true})");
@@ -57,18 +57,15 @@ TEST_F(ControlCommandsTest, startsSessions) {
     expect(R"({"cmd":"call","number":"","goal":7})", R"({"ok":true,"state":"ended"})");
     onMain([&] { session->isRunning = false; });
     expect(R"({"cmd":"watch","number":2})", R"({"ok":true,"state":"ended"})");
-    const auto first = session;
     onMain([&] {
-        session = std::make_shared<FakeSession>();
-        session->startWorks = false;
-        server->start(session, {}, setup);
+        session->isRunning = session->startWorks = false;
+        agent.reset();
     });
     expect(R"({"cmd":"watch","number":"+3"})", R"({"ok":true,"state":"error"})");
     expect(R"({"cmd":"hangup"})", R"({"ok":true})");
     onMain([&] {
-        EXPECT_EQ(first->starts, (std::vector<std::string>{"dial +1: ", "dial +1: the agent's goal",
-                                                           "watch +1: the agent's goal"}));
-        EXPECT_EQ(session->starts, std::vector<std::string>{"watch +3: "});
+        EXPECT_EQ(session->starts, (std::vector<std::string>{"dial +1: ", "dial +1: the agent's goal",
+                                                             "watch +1: the agent's goal", "watch +3: "}));
         EXPECT_EQ(session->stops, 1);
     });
 }

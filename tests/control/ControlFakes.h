@@ -64,14 +64,13 @@ class FakeAgent : public ControlledAgent {
 
 class FakeReadiness : public ControlledReadiness {
   public:
-    void refresh() override { seen = driver; }
+    void refresh() override { seen = true; }
     bool axReady() const override { return true; }
     bool micReady() const override { return true; }
     bool driverReady() const override { return seen; }
     bool ready() const override { return seen; }
 
-    bool driver = true;
-    bool seen = false; ///< when last looked
+    bool seen = false;
 };
 
 class RawClient {

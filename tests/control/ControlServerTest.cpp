@@ -213,7 +213,6 @@ TEST(ControlAddress, cutsTheSamePathAtBothEnds) {
 }
 
 TEST_F(ControlServerTest, theClientAsksAndAnswersNoneWhereThereIsNobody) {
-    EXPECT_TRUE(ControlClient::appIsRunning());
     onMain([&] { history->records.set({{.number = "1", .transcript = std::string(3u << 20u, 't')}}); });
     EXPECT_EQ(
         ControlClient::request({{"cmd", "history"}})->at("calls").at(0).at("transcript").as_string().size(),
@@ -221,7 +220,6 @@ TEST_F(ControlServerTest, theClientAsksAndAnswersNoneWhereThereIsNobody) {
     EXPECT_EQ(ControlClient::request({{"cmd", std::string(20u << 20u, 'x')}})->at("error"), "bad request");
     fs::remove(path());
     EXPECT_FALSE(ControlClient::appIsRunning());
-    EXPECT_EQ(ControlClient::request({{"cmd", "ping"}}), std::nullopt);
 }
 
 } // namespace

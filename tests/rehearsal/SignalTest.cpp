@@ -95,13 +95,12 @@ TEST(Marks, NoiseIsToleratedAndACutMarkIsNoMark) {
 
     Samples mark;
     Dtmf::append(mark, Mark{42, Mark::Place::begin}.symbols(), kRate);
-    const auto symbol = mark.size() / 4;
-    const auto at = [&](std::size_t index) { return mark.begin() + static_cast<std::ptrdiff_t>(index); };
-    EXPECT_TRUE(heardIn(Samples(at(0), at(3 * symbol + symbol / 8))).empty()) << "its end cut off";
-    EXPECT_TRUE(heardIn(Samples(at(symbol), mark.end())).empty()) << "its begin cut off";
-    auto hole = mark;
-    std::fill_n(hole.begin() + static_cast<std::ptrdiff_t>(symbol), symbol, std::int16_t{0});
-    EXPECT_TRUE(heardIn(hole).empty()) << "a symbol lost";
+    const auto symbol = std::ssize(mark) / 4;
+    const auto cut = mark.begin() + 3 * symbol + symbol / 8;
+    EXPECT_TRUE(heardIn(Samples(mark.begin(), cut)).empty()) << "its end cut off";
+    EXPECT_TRUE(heardIn(Samples(mark.begin() + symbol, mark.end())).empty()) << "its begin cut off";
+    std::fill_n(mark.begin() + symbol, symbol, std::int16_t{0});
+    EXPECT_TRUE(heardIn(mark).empty()) << "a symbol lost";
 }
 
 TEST(Marks, SpeechTonesAndNoiseAreNotTakenForSymbols) {
