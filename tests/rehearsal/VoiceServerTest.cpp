@@ -26,6 +26,7 @@ struct VoiceServerTest : testing::Test {
     boost::asio::io_context context{1};
     Texts violations;
     std::string host;
+    std::string ended;
     std::shared_ptr<WireTranscript> wire = std::make_shared<WireTranscript>(kKeys);
     std::unique_ptr<VoiceServer> server;
 
@@ -44,15 +45,19 @@ struct VoiceServerTest : testing::Test {
         while (host.empty())
             context.run_one();
     }
-    /// How the server ends a connection that begins with this request and these messages.
+    /// How the server ends a connection that begins with this request and these messages; empty when it does
+    /// not.
     std::string answer(const std::string& target, const Fields& fields, const Texts& messages = {}) {
-        std::string why;
+        ended.clear();
         boost::asio::co_spawn(
             context, talk(VoiceSocket::make(context.get_executor(), {host, target, fields}, {}), messages),
-            [&](const std::exception_ptr&, std::string failure) { why = std::move(failure); });
-        while (why.empty())
-            context.run_one();
-        return why;
+            [this](const std::exception_ptr&, std::string why) {
+                ended = std::move(why);
+                context.stop();
+            });
+        context.restart();
+        context.run_for(std::chrono::seconds(10));
+        return ended;
     }
     static asio::awaitable<std::string> talk(std::shared_ptr<VoiceSocket> socket, Texts messages) {
         const auto opened = co_await socket->open();
