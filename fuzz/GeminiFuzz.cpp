@@ -38,13 +38,7 @@ void buildMessages(GeminiMessages& messages, std::string_view text) {
     requireCarries(response, "/toolResponse/functionResponses/0/id", text);
     requireCarries(response, "/toolResponse/functionResponses/0/name", text);
     const auto& carried = response.at_pointer("/toolResponse/functionResponses/0/response");
-    boost::system::error_code malformed;
-    const auto given = parsedJSON(text, malformed);
-    if (malformed || !(given.is_object() || given.is_array()))
-        require(carried == json::object());
-    else
-        require(given.is_object() ? carried.get_object().size() == given.get_object().size()
-                                  : carried.get_array().size() == given.get_array().size());
+    require(carried.is_object() || carried.is_array());
 }
 
 } // namespace

@@ -34,6 +34,7 @@ TEST_F(ControlCommandsTest, reportsTheObjectsOrTheirAbsence) {
 
     // The server holds them weakly.
     onMain([&] {
+        EXPECT_EQ(setup->looks, 2);
         session.reset();
         agent.reset();
         setup.reset();

@@ -64,13 +64,13 @@ class FakeAgent : public ControlledAgent {
 
 class FakeReadiness : public ControlledReadiness {
   public:
-    void refresh() override { seen = true; }
+    void refresh() override { ++looks; }
     bool axReady() const override { return true; }
     bool micReady() const override { return true; }
-    bool driverReady() const override { return seen; }
-    bool ready() const override { return seen; }
+    bool driverReady() const override { return looks > 0; }
+    bool ready() const override { return looks > 0; }
 
-    bool seen = false;
+    int looks = 0;
 };
 
 class RawClient {

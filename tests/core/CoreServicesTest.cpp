@@ -94,9 +94,7 @@ TEST(AppSettings, aWrongTypeIsTheDefault) {
     store.set("showDebug", false);
     store.set("geminiVoice", std::int64_t{7});
     store.set("recordCalls", std::string("yes"));
-    const auto writes = store.writes();
     const AppSettings wrong(store);
-    EXPECT_EQ(store.writes(), writes);
     EXPECT_TRUE(wrong.routeSystemAudio() && wrong.restoreDevices());
     EXPECT_FALSE(wrong.showDebug());
     EXPECT_EQ(wrong.geminiVoice(), "Puck");
