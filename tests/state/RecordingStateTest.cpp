@@ -188,11 +188,11 @@ TEST_F(RecordingStateTest, ReadsTheFileWhileItPlays) {
 
 TEST_F(RecordingStateTest, SaysWhatCannotBePlayed) {
     keep("a.wav", Samples(1600, 1));
-    fs::copy(folder() / "a.wav", AppPaths::support() / "outside.wav");
+    const auto outside = AppPaths::support() / "outside.wav";
+    fs::copy(folder() / "a.wav", outside);
     fs::create_directory(folder() / "d.wav");
     std::ofstream(folder() / "text.wav") << std::string(100, 'x');
-    for (const std::string name : {"../outside.wav", (AppPaths::support() / "outside.wav").c_str(), "d.wav",
-                                   "text.wav", "none.wav", ""}) {
+    for (const std::string name : {"../outside.wav", outside.c_str(), "d.wav", "text.wav", "none.wav", ""}) {
         play(name, "Speaker");
         EXPECT_EQ(state->status(), "Cannot play " + name + " on Speaker");
     }
