@@ -39,6 +39,14 @@ class TelephonyTest : public ::testing::Test {
     }
 };
 
+TEST_F(TelephonyTest, dialsPressesAndSeesTheCall) {
+    center->addButton("Call", [&] { center->addButton("End"); });
+    EXPECT_TRUE(dial(" \t5551234 "));
+    EXPECT_EQ(desktop.openedURLs(), Lines{"tel-phoneapp:5551234"});
+    EXPECT_EQ(lines, (Lines{"0 dial: opening tel-phoneapp:5551234", "0 dial: pressed Call after 0 attempts",
+                            "0 dial: call active"}));
+}
+
 TEST_F(TelephonyTest, keepsPressingAndLookingEvery100Milliseconds) {
     at(9850ms, [&] { center->addButton("Call"); });
     at(49'900ms, [&] { center->addButton("End"); }); // just before the last look
