@@ -136,6 +136,8 @@ int runGuarded(const GuardianOptions& options, const std::function<int(const Gua
         ::_exit(code);
     }
     int code = 1;
+    // Where nobody reads any more what is said, the director ends, and there is still to be cleared up.
+    ::signal(SIGPIPE, SIG_IGN);
     if (child > 0) {
         const auto status = waitFor(child);
         if (status && WIFEXITED(*status))

@@ -27,6 +27,12 @@ for keep in "" --keep; do
   ends 137 "the guardian (the outer velto-rehearse) was killed" "$keep" KILL guardian
 done
 ends 130 "" "" INT guardian
+exec 3< <(exec "$program" 2>&1)
+read -r folder director _ <&3
+exec 3<&- # nobody reads what the guardian says of it
+kill -PIPE "$director"
+wait $! || true
+[ ! -d "$folder" ] || { echo "FAILED: $folder is left"; exit 1; }
 ends 143 "" "" TERM guardian
 ends 129 "" "" HUP guardian
 ends 1 "" "" STOP director INT guardian # one that does not react is killed
