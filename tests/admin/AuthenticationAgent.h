@@ -5,42 +5,34 @@
 
 #include <sys/types.h>
 
-#include <atomic>
 #include <deque>
-#include <mutex>
-#include <thread>
+#include <string>
 #include <vector>
 
 namespace velto::test {
 
-/// Answers for one process, as root, on a thread of its own.
+/// Answers for one process, as root. One thread.
 class AuthenticationAgent {
   public:
     enum class Answer { rightPassword, wrongPassword, dismissed };
 
     /// `answers` in the order of the questions.
-    AuthenticationAgent(pid_t process, uid_t user, std::deque<Answer> answers);
-    ~AuthenticationAgent();
-    AuthenticationAgent(const AuthenticationAgent&) = delete;
-    AuthenticationAgent& operator=(const AuthenticationAgent&) = delete;
+    AuthenticationAgent(pid_t process, std::deque<Answer> answers);
 
     bool registered() const { return registered_; }
+    /// Answers what it is asked within 5 ms.
+    void process() { bus_->process(std::chrono::milliseconds(5)); }
     /// The actions that it was asked about.
-    std::vector<std::string> asked();
+    const std::vector<std::string>& asked() const { return asked_; }
 
   private:
-    static int begin(sd_bus_message* message, void* data, sd_bus_error* error);
+    static int received(sd_bus_message* message, void* self, sd_bus_error* error);
     int answer(sd_bus_message* message, sd_bus_error* error);
-    bool registerFor(pid_t process, uid_t user);
-    bool confirm(const char* cookie);
 
     std::unique_ptr<Bus> bus_;
     bool registered_ = false;
-    std::mutex mutex_;
     std::deque<Answer> answers_;
     std::vector<std::string> asked_;
-    std::atomic<bool> ending_ = false;
-    std::thread thread_;
 };
 
 } // namespace velto::test

@@ -6,6 +6,7 @@
 #include "VeltoPlatform/Spawn.h"
 #include "VeltoPlatform/linux/AdminProtocol.h"
 #include "VeltoPlatform/linux/PolkitAdmin.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TestComputer.h"
 #include "velto-admin-helper/CommandServer.h"
@@ -17,7 +18,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -48,10 +48,8 @@ struct Pkexec : ::testing::Test {
 
     /// What it does, after it has noted that it was asked.
     void pkexec(const std::string& script) const {
-        const auto file = folder.path() / "pkexec";
-        std::ofstream(file) << "#!/bin/sh\necho \"$@\" >>" << (folder.path() / "asked").string() << "\n"
-                            << script << "\n";
-        fs::permissions(file, fs::perms::owner_all);
+        writeProgram(folder.path() / "pkexec",
+                     "echo \"$@\" >>" + (folder.path() / "asked").string() + "\n" + script);
     }
     long asked() const {
         const auto text = readFile(folder.path() / "asked");
@@ -89,6 +87,7 @@ TEST_F(Pkexec, CommandsRunAsTheyAreAfterOneQuestion) {
     const std::string longest = "#" + std::string(AdminProtocol::kLongestCommand - 1, 'x');
     EXPECT_EQ(output(longest), "");
     EXPECT_EQ(Admin::run(longest + "x").status, AdminStatus::badCommand);
+    EXPECT_EQ(Admin::run(std::string("rm -rf /a\0b", 11)).status, AdminStatus::badCommand);
     EXPECT_EQ(readFile(folder.path() / "asked"), "--disable-internal-agent " + kHelper + "\n");
     admin.freeAuthorization();
     EXPECT_EQ(output("echo again"), "again\n");
@@ -97,6 +96,8 @@ TEST_F(Pkexec, CommandsRunAsTheyAreAfterOneQuestion) {
 
 TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
     EXPECT_EQ(output("head -c 10000000 /dev/zero | tr '\\0' x"), std::string(10'000'000, 'x'));
+    EXPECT_EQ(output("printf 'gr\\303\\274n'"), "grün");
+    EXPECT_EQ(output("printf 'gr\\374n'"), "") << "no text";
     // Children that hold the pipe, one that writes to it without an end.
     const auto left = output("sleep 60 & echo $!; yes >&2 & echo last");
     EXPECT_NE(left.find("last\n"), left.npos);
@@ -105,9 +106,7 @@ TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
     // Output that nobody wants, more than fits between us.
     const auto done = folder.path() / "done";
     EXPECT_EQ(velto_run_admin(("head -c 10000000 /dev/zero; touch " + done.string()).c_str(), nullptr), 0);
-    for (int i = 0; i < 2000 && !fs::exists(done); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_TRUE(fs::exists(done));
+    EXPECT_TRUE(eventually([&] { return fs::exists(done); }));
     EXPECT_EQ(velto_run_admin("exec >&-; exec 2>&-; exit 1", nullptr), 0);
     EXPECT_EQ(output("echo heard"), "heard\n");
     EXPECT_EQ(asked(), 1);

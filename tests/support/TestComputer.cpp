@@ -47,4 +47,9 @@ std::string readFile(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+void writeProgram(const std::filesystem::path& file, const std::string& script) {
+    std::ofstream(file) << "#!/bin/sh\n" << script << '\n';
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+}
+
 } // namespace velto::test
