@@ -4,13 +4,12 @@
 // its name on the bus, and "pressed ID" for every press that it carried out.
 //
 // An element: "id" (its path's last part), "role", "name", "description", "text", "value", "at" [x, y],
-// "actions", "children" (elements, or the ids of others); "disabled", "hidden", "multiLine"; "copies" (so
-// many of it); "onPress": "stop" (stops this process,
-// carries it out when continued), "later" (answers it, and carries it out, at the next "Show") or "refuse";
-// "broken": "error" or "types" for all that it answers but its role. Of the first element: "endsAfter", so
-// many answers of the program after which nothing else is there; "stopsAfter", so many after which this
-// process stops itself, once; "slow", so many milliseconds for each answer. "unanswered": a member that the
-// element never answers.
+// "actions", "children" (elements, the ids of others, or "NAME ID" for another program's); "disabled",
+// "hidden", "multiLine"; "copies" (so many of it); "onPress": "stop" (stops this process, carries it out when
+// continued), "later" (answers it, and carries it out, at the next "Show") or "refuse"; "broken": "error" or
+// "types" for all that it answers but its role; "unanswered": a member that it never answers. Of the first
+// element: "endsAfter", so many answers of the program after which nothing else is there; "stopsAfter", so
+// many after which this process stops itself, once; "slow", so many milliseconds for each answer.
 #include "VeltoPlatform/linux/AtspiCalls.h"
 #include "VeltoPlatform/linux/AtspiRoles.h"
 
@@ -148,8 +147,11 @@ class Target {
                 const char* name = nullptr;
                 sd_bus_get_unique_name(bus_->handle(), &name);
                 sd_bus_message_open_container(out, 'a', "(so)");
-                for (const auto& child : node.children)
-                    sd_bus_message_append(out, "(so)", name, (kFolder + child).c_str());
+                for (const auto& child : node.children) {
+                    const auto of = child.find(' ');
+                    sd_bus_message_append(out, "(so)", of == child.npos ? name : child.substr(0, of).c_str(),
+                                          (kFolder + child.substr(of + 1)).c_str());
+                }
                 sd_bus_message_append(out, "(so)", "", "/org/a11y/atspi/null");
                 sd_bus_message_close_container(out);
             });

@@ -1,39 +1,24 @@
-// Blocking OpenSSL and a WebSocket codec of a few lines.
+// Blocking TLS and a WebSocket codec of a few lines.
 #include "tests/support/ScriptedTlsServer.h"
 
 #include "VeltoShared/voice/Base64.h"
 #include "tests/support/TrustedAuthority.h"
 
-#include <openssl/pem.h>
-#include <openssl/sha.h>
-#include <openssl/ssl.h>
+#include <boost/asio/read.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/asio/ssl/stream.hpp>
+#include <boost/asio/write.hpp>
 
-#include <csignal>
+#include <openssl/sha.h>
+
 #include <span>
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 namespace velto::test {
-namespace {
 
-SSL_CTX* makeContext(const LocalAuthority::Issued& identity) {
-    SSL_CTX* context = SSL_CTX_new(TLS_server_method());
-    BIO* memory =
-        BIO_new_mem_buf(identity.certificatePEM.data(), static_cast<int>(identity.certificatePEM.size()));
-    X509* certificate = PEM_read_bio_X509(memory, nullptr, nullptr, nullptr);
-    BIO_free(memory);
-    memory = BIO_new_mem_buf(identity.keyPEM.data(), static_cast<int>(identity.keyPEM.size()));
-    EVP_PKEY* key = PEM_read_bio_PrivateKey(memory, nullptr, nullptr, nullptr);
-    BIO_free(memory);
-    SSL_CTX_use_certificate(context, certificate);
-    SSL_CTX_use_PrivateKey(context, key);
-    X509_free(certificate);
-    EVP_PKEY_free(key);
-    return context;
-}
+namespace asio = boost::asio;
+using asio::ip::tcp;
+
+namespace {
 
 std::string acceptKey(const std::string& request) {
     constexpr std::string_view kName = "Sec-WebSocket-Key: ";
@@ -50,23 +35,23 @@ std::string acceptKey(const std::string& request) {
 } // namespace
 
 struct ServerPeer::Impl {
-    int socket;
-    SSL_CTX* context;
-    SSL* tls;
+    asio::ssl::context context{asio::ssl::context::tls_server};
+    asio::ssl::stream<tcp::socket&> tls;
 
-    bool readAll(char* to, std::size_t count) {
-        while (count > 0) {
-            const int got = SSL_read(tls, to, static_cast<int>(count));
-            if (got <= 0)
-                return false;
-            to += got;
-            count -= static_cast<std::size_t>(got);
-        }
-        return true;
+    Impl(tcp::socket& socket, const LocalAuthority::Issued& identity) : tls(socket, use(identity)) {}
+
+    asio::ssl::context& use(const LocalAuthority::Issued& identity) {
+        context.use_certificate(asio::buffer(identity.certificatePEM), asio::ssl::context::pem);
+        context.use_private_key(asio::buffer(identity.keyPEM), asio::ssl::context::pem);
+        return context;
+    }
+    bool readAll(void* to, std::size_t count) {
+        boost::system::error_code error;
+        return asio::read(tls, asio::buffer(to, count), error) == count;
     }
     std::optional<std::uint64_t> readNumber(std::size_t bytes) {
         unsigned char raw[8];
-        if (!readAll(reinterpret_cast<char*>(raw), bytes))
+        if (!readAll(raw, bytes))
             return std::nullopt;
         std::uint64_t number = 0;
         for (std::size_t i = 0; i < bytes; ++i)
@@ -75,19 +60,15 @@ struct ServerPeer::Impl {
     }
 };
 
-ServerPeer::ServerPeer(int socket, const LocalAuthority::Issued& identity)
-    : impl_(std::make_unique<Impl>(Impl{socket, makeContext(identity), nullptr})) {
-    impl_->tls = SSL_new(impl_->context);
-    SSL_set_fd(impl_->tls, socket);
-}
+ServerPeer::ServerPeer(tcp::socket& socket, const LocalAuthority::Issued& identity)
+    : impl_(std::make_unique<Impl>(socket, identity)) {}
 
-ServerPeer::~ServerPeer() {
-    SSL_free(impl_->tls);
-    SSL_CTX_free(impl_->context);
-}
+ServerPeer::~ServerPeer() = default;
 
 bool ServerPeer::acceptTls() {
-    return SSL_accept(impl_->tls) == 1;
+    boost::system::error_code error;
+    impl_->tls.handshake(asio::ssl::stream_base::server, error);
+    return !error;
 }
 
 std::string ServerPeer::readRequest() {
@@ -150,12 +131,8 @@ std::string ServerPeer::frame(int opcode, std::string_view payload, bool isLast,
 }
 
 void ServerPeer::send(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const int sent = SSL_write(impl_->tls, bytes.data(), static_cast<int>(bytes.size()));
-        if (sent <= 0)
-            return;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
+    boost::system::error_code error;
+    asio::write(impl_->tls, asio::buffer(bytes), error);
 }
 
 void ServerPeer::sendBytewise(std::string_view bytes) {
@@ -164,13 +141,12 @@ void ServerPeer::sendBytewise(std::string_view bytes) {
 }
 
 void ServerPeer::reset() {
-    const linger hard{1, 0};
-    ::setsockopt(impl_->socket, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+    impl_->tls.next_layer().set_option(tcp::socket::linger(true, 0));
 }
 
 void ServerPeer::drain() {
     char ignored[4096];
-    while (SSL_read(impl_->tls, ignored, sizeof ignored) > 0) {
+    while (impl_->readAll(ignored, sizeof ignored)) {
     }
 }
 
@@ -178,52 +154,38 @@ ScriptedTlsServer::ScriptedTlsServer(Script script, std::string certifiedHost)
     : ScriptedTlsServer(std::move(script), trustedAuthority().issue(certifiedHost)) {}
 
 ScriptedTlsServer::ScriptedTlsServer(Script script, LocalAuthority::Issued identity)
-    : script_(std::move(script)), identity_(std::move(identity)) {
-    std::signal(SIGPIPE, SIG_IGN);
-    listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size);
-    ::listen(listener_, 8);
-    ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
+    : script_(std::move(script)), identity_(std::move(identity)),
+      listener_(context_, {asio::ip::address_v4::loopback(), 0}), port_(listener_.local_endpoint().port()) {
     thread_ = std::thread([this] { run(); });
 }
 
 ScriptedTlsServer::~ScriptedTlsServer() {
-    ::shutdown(listener_, SHUT_RDWR);
+    ::shutdown(listener_.native_handle(), SHUT_RDWR);
     {
         const std::lock_guard lock(mutex_);
         ended_ = true;
-        if (current_ >= 0)
-            ::shutdown(current_, SHUT_RDWR);
+        ::shutdown(current_, SHUT_RDWR);
     }
     thread_.join();
-    ::close(listener_);
 }
 
 void ScriptedTlsServer::run() {
     for (;;) {
-        const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (socket < 0)
+        boost::system::error_code error;
+        auto socket = listener_.accept(error);
+        if (error)
             return;
-        const int on = 1;
-        ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        socket.set_option(tcp::no_delay(true));
         {
             const std::lock_guard lock(mutex_);
             if (ended_)
-                ::shutdown(socket, SHUT_RDWR);
-            current_ = socket;
+                return;
+            current_ = socket.native_handle();
         }
-        {
-            ServerPeer peer(socket, identity_);
-            script_(peer);
-        }
+        ServerPeer peer(socket, identity_);
+        script_(peer);
         const std::lock_guard lock(mutex_);
         current_ = -1;
-        ::close(socket);
     }
 }
 

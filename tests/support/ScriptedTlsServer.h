@@ -3,6 +3,9 @@
 
 #include "rehearsal/LocalAuthority.h"
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -23,7 +26,7 @@ class ServerPeer {
         std::string payload;
     };
 
-    ServerPeer(int socket, const LocalAuthority::Issued& identity);
+    ServerPeer(boost::asio::ip::tcp::socket& socket, const LocalAuthority::Issued& identity);
     ~ServerPeer();
     ServerPeer(const ServerPeer&) = delete;
     ServerPeer& operator=(const ServerPeer&) = delete;
@@ -78,8 +81,9 @@ class ScriptedTlsServer {
 
     Script script_;
     LocalAuthority::Issued identity_;
-    int listener_ = -1;
-    std::uint16_t port_ = 0;
+    boost::asio::io_context context_;
+    boost::asio::ip::tcp::acceptor listener_;
+    const std::uint16_t port_;
     std::mutex mutex_;
     int current_ = -1;
     bool ended_ = false;

@@ -1,14 +1,14 @@
-// A bad network between a client and a server on this computer: it delays, holds and cuts.
+// A bad network between a client and a server on this computer: it holds and cuts.
 #pragma once
 
-#include "VeltoPlatform/FileDescriptor.h"
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
 
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
-#include <string_view>
 #include <thread>
 
 namespace velto::test {
@@ -23,32 +23,28 @@ class UnreliableWire {
     UnreliableWire& operator=(const UnreliableWire&) = delete;
 
     /// "localhost:port".
-    std::string host() const { return "localhost:" + std::to_string(port_); }
+    std::string host() const { return "localhost:" + std::to_string(listener_.local_endpoint().port()); }
 
     /// Nothing gets through, in either direction, until `release`; the connection stays open.
-    void hold();
+    void hold() { isHeld_ = true; }
     void release();
     /// Lets so many more bytes through to the client, then resets both connections.
     void resetAfter(std::size_t bytes) { untilReset_ = static_cast<std::ptrdiff_t>(bytes); }
 
   private:
+    using Tcp = boost::asio::ip::tcp;
     void run();
     /// Until either side has gone.
-    void carry(int client, int server);
-    bool passToClient(int client, int server);
-    bool passToServer(int client, int server);
-    static bool write(int to, std::string_view bytes);
-    void wake();
+    void carry(Tcp::socket& client, Tcp::socket& server);
 
-    std::uint16_t serverPort_;
-    std::uint16_t port_ = 0;
-    FileDescriptor listener_;
-    FileDescriptor wake_;
+    const std::uint16_t serverPort_;
+    boost::asio::io_context context_;
+    Tcp::acceptor listener_;
     std::atomic<bool> isHeld_ = false;
     std::atomic<std::ptrdiff_t> untilReset_ = -1; ///< none below zero
     std::mutex mutex_;
     bool hasEnded_ = false;
-    std::array<int, 2> open_{-1, -1}; ///< the two connections, for the end to wake a blocked write
+    std::array<int, 2> open_{-1, -1}; ///< the two connections, for the end to wake whoever waits
     std::thread thread_;
 };
 
