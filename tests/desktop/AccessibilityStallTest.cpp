@@ -13,8 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class AccessibilityStallTest : public DesktopTest {
-  protected:
+struct AccessibilityStallTest : DesktopTest {
     /// Runs it and answers the same, in time: half a second is promised, the rest is for a busy machine. A
     /// call would wait for 25 s.
     template <class Operation>
@@ -80,13 +79,10 @@ TEST_F(AccessibilityStallTest, AStoppedProgramAnswersWhatItLastShowedUntilItGoes
 }
 
 TEST_F(AccessibilityStallTest, AProgramThatStopsInTheMiddleOfALookHasNotEndedItsCall) {
-    const auto with = [](int answers) {
-        return std::string(kInCall).insert(1, R"("stopsAfter": )" + std::to_string(answers) + ", ");
-    };
     auto target = launchTarget(kInCall);
     ASSERT_TRUE(Telephony::callActive());
     for (const int answers : {0, 1, 2, 3, 4, 5, 6, 8}) {
-        show(target, with(answers));
+        show(target, std::string(kInCall).insert(1, R"("stopsAfter": )" + std::to_string(answers) + ", "));
         for (int look = 0; look < 3; ++look)
             EXPECT_TRUE(soon(Telephony::callActive)) << answers << " answers";
         target.process.signal(SIGCONT);
@@ -144,12 +140,12 @@ TEST_F(AccessibilityStallTest, AnUnansweredPressIsNotRepeated) {
     show(target, R"({"role": 75, "children": [
         {"id": "end", "role": 43, "name": "End", "actions": ["Press"], "onPress": "later"}]})");
     EXPECT_FALSE(soon(pressEnd));
+    EXPECT_EQ(nextLine(target), "pressed end by Press");
     EXPECT_NE(reports().back().find("a press in velto-scripted-target"), std::string::npos);
     EXPECT_TRUE(itAnswersAgain());
     EXPECT_FALSE(pressEnd());
-    show(target, kInCall);
-    EXPECT_EQ(nextLine(target), "pressed end by Press");
     EXPECT_TRUE(hasSaidNothingElse(target));
+    show(target, kInCall);
     EXPECT_TRUE(eventually(pressEnd));
     EXPECT_EQ(nextLine(target), "pressed end by Press");
 }
@@ -246,8 +242,7 @@ TEST_F(AccessibilityStallTest, AProgramThatHardlyAnswersIsAsGoodAsSilent) {
     EXPECT_EQ(reports().size(), 1u);
 }
 
-class WithoutAccessibilityTest : public DesktopTest {
-  protected:
+struct WithoutAccessibilityTest : DesktopTest {
     WithoutAccessibilityTest() : DesktopTest(rehearsal::PrivateDesktopOptions()) {}
 };
 

@@ -47,12 +47,10 @@ TEST_F(DesktopTest, ATreeThatBreaksHidesNothingElse) {
     const auto before = buttons().size();
     EXPECT_TRUE(before > 0 && before < 200) << before;
 
-    const auto child = [](const std::string& more) {
-        return R"({"role": 39, "broken": ")" + more +
-               R"(", "name": "x", "children": [{"role": 43, "name": "x"}]})";
-    };
-    show(target, R"({"role": 75, "children": [)" + child("error") + "," + child("types") +
-                     R"(, {"role": 43, "broken": "types"}, {"role": 43, "name": "whole"}, "nowhere"]})");
+    show(target, R"({"role": 75, "children": [
+        {"role": 39, "broken": "error", "name": "x", "children": [{"role": 43, "name": "x"}]},
+        {"role": 39, "broken": "types", "name": "x", "children": [{"role": 43, "name": "x"}]},
+        {"role": 43, "broken": "types"}, {"role": 43, "name": "whole"}, "nowhere"]})");
     EXPECT_EQ(buttons(), Texts{"whole"});
 
     const std::string large(1'000'000, 'x');

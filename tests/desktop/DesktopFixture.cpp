@@ -3,8 +3,6 @@
 #include "VeltoPlatform/linux/AtspiCalls.h"
 #include "VeltoShared/telephony/AX.h"
 
-#include <algorithm>
-
 namespace velto::test {
 
 DesktopTest::DesktopTest(rehearsal::PrivateDesktopOptions options) {
@@ -53,20 +51,6 @@ DesktopTest::Target DesktopTest::launchTarget(const std::string& description) {
     return target;
 }
 
-std::string DesktopTest::nextLine(Target& target) {
-    if (!eventually([&] { return !hasSaidNothingElse(target); }))
-        return "";
-    auto line = std::move(target.lines.front());
-    target.lines.pop_front();
-    return line;
-}
-
-bool DesktopTest::hasSaidNothingElse(Target& target) {
-    for (auto& line : target.process.readLines())
-        target.lines.push_back(std::move(line));
-    return target.lines.empty();
-}
-
 std::vector<ElementRef> DesktopTest::childrenOf(const Target& target) {
     auto answers = accessibility_->read(std::vector<Accessibility::Request>{
         {accessibility_->application(target.process.pid()), Attribute::children}});
@@ -87,11 +71,6 @@ Texts DesktopTest::buttons() {
     for (const auto& button : AX::buttons())
         names.push_back(button.description);
     return names;
-}
-
-bool DesktopTest::shows(const std::string& button) {
-    const auto all = buttons();
-    return std::find(all.begin(), all.end(), button) != all.end();
 }
 
 Texts DesktopTest::reports() {

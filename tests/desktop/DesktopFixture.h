@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
-#include <deque>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -39,7 +39,6 @@ class DesktopTest : public ::testing::Test {
     struct Target {
         ChildProcess process;
         std::string name{};
-        std::deque<std::string> lines{}; ///< that it wrote and nobody has asked for
     };
     Target launchTarget(const std::string& description);
     /// Replaces what a target shows.
@@ -47,11 +46,13 @@ class DesktopTest : public ::testing::Test {
     /// Of its first element.
     std::vector<ElementRef> childrenOf(const Target& target);
     /// What a target wrote next.
-    static std::string nextLine(Target& target);
-    static bool hasSaidNothingElse(Target& target);
+    static std::string nextLine(Target& target) {
+        return test::nextLine(target.process, [] {});
+    }
+    static bool hasSaidNothingElse(Target& target) { return target.process.readLines().empty(); }
     /// Names of the buttons of what is the notification centre.
     static Texts buttons();
-    static bool shows(const std::string& button);
+    static bool shows(const char* button) { return std::ranges::count(buttons(), button) > 0; }
     Texts reports();
 
   private:

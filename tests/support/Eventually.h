@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 #include <thread>
 
 namespace velto::test {
@@ -16,6 +17,19 @@ bool eventually(Condition isSo) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
+}
+
+/// What a child process writes next: its lines without the last one's end. Does `meanwhile` as it waits.
+template <class Process, class Work>
+std::string nextLine(Process& process, Work meanwhile) {
+    std::string text;
+    eventually([&] {
+        meanwhile();
+        for (const auto& line : process.readLines())
+            text += (text.empty() ? "" : "\n") + line;
+        return !text.empty();
+    });
+    return text;
 }
 
 } // namespace velto::test
