@@ -40,9 +40,7 @@ struct Pkexec : ::testing::Test {
         environment.set("PATH", folder.path().string() + ":/usr/bin:/bin");
         environment.set("VELTO_SECRET", "the user's own");
         pkexec("PKEXEC_UID=1234 exec \"$2\"");
-        Platform parts;
-        parts.adminRights = &admin;
-        installPlatform(parts);
+        installPlatform({.adminRights = &admin});
     }
     void TearDown() override { installPlatform({}); }
 
@@ -113,13 +111,8 @@ TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
 }
 
 TEST_F(Pkexec, RefusalsAreToldApart) {
-    struct Case {
-        std::string script;
-        std::int32_t status;
-        std::string told;
-    };
     const std::string error = "echo 'Error executing command as another user: ";
-    const std::vector<Case> cases{
+    const std::vector<std::tuple<std::string, std::int32_t, std::string>> cases{
         {error + "Request dismissed' >&2; exit 126", -60006, "was dismissed"},
         {error + "Not authorized\n\nThis incident has been reported.' >&2; exit 127", -60005, "denied"},
         {error + "No authentication agent found.' >&2; exit 127", AdminStatus::nobodyToAsk, "agent"},
