@@ -93,7 +93,9 @@ TEST_F(Pkexec, CommandsRunAsTheyAreAfterOneQuestion) {
 }
 
 TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
-    EXPECT_EQ(output("head -c 10000000 /dev/zero | tr '\\0' x"), std::string(10'000'000, 'x'));
+    for (const std::size_t size : {4095, 4096, 10'000'000})
+        EXPECT_EQ(output("head -c " + std::to_string(size) + " /dev/zero | tr '\\0' x"),
+                  std::string(size, 'x'));
     EXPECT_EQ(output("printf 'gr\\303\\274n'"), "grün");
     EXPECT_EQ(output("printf 'gr\\374n'"), "") << "no text";
     // Children that hold the pipe, one that writes to it without an end.

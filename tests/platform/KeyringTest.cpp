@@ -56,7 +56,7 @@ struct Keyring : ::testing::Test {
         return {status, data};
     }
     static SecretStatus add(SecretStore& store, const std::string& data, const std::string& account = "one") {
-        return store.add({kService, account, data, "Velto API key"});
+        return store.add({kService, account, data, {}});
     }
     /// Whatever bytes it is given, and only once.
     void keepsAll(SecretStore& store) {
@@ -81,7 +81,7 @@ TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
     auto secrets = store();
     keepsAll(secrets);
     ASSERT_EQ(add(secrets, kSecret), success);
-    ASSERT_EQ(add(secrets, "kept", "two"), success);
+    ASSERT_EQ(secrets.add({kService, "two", "kept", "Velto API key"}), success);
     EXPECT_EQ(secrets.remove("org.velto.Other", "one"), notFound);
     ASSERT_EQ(secrets.remove(kService, "two"), success);
     EXPECT_EQ(find(secrets), Found(success, kSecret));
