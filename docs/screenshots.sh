@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 . packaging/setup.sh
-ensure_packages
+ensure_packages test
 build dev velto-shots velto-phone-shots
 "$build_folder/bin/velto-shots" docs/windows
 "$build_folder/bin/velto-phone-shots" docs/phone

@@ -1,5 +1,7 @@
 # Shell functions shared by ./run, ./test and ./measure: packages and builds. To be sourced from the top folder.
 
+installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'install ok installed'; }
+
 # ensure_packages [TAG]: installs what this machine lacks of the untagged lines of packaging/packages.txt, and of
 # those marked [TAG].
 ensure_packages() {
@@ -8,7 +10,7 @@ ensure_packages() {
   wanted=$(awk -v tag="[${1:-}]" '{ sub(/#.*/, ""); take = NF == 1; for (i = 2; i <= NF; i++) take = take || $i == tag }
     take { print $1 }' packaging/packages.txt)
   for package in $wanted; do
-    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    installed "$package" || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
   local as_root=()
@@ -20,11 +22,15 @@ ensure_packages() {
     as_root=(sudo)
   fi
   echo "Installing: ${missing[*]}" >&2
-  local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}")
+  local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends --no-remove "${missing[@]}")
   # The package lists may be missing or old on a fresh machine: refresh them when the first try fails.
   if ! "${install[@]}" >/dev/null 2>&1; then
     "${as_root[@]}" apt-get update -q >&2
-    "${install[@]}" >&2
+    "${install[@]}" >&2 || {
+      echo "These packages could not be installed: ${missing[*]}. None is removed for them (pulseaudio and" \
+        "pipewire-audio exclude each other); what needs them can run in a container or a virtual machine." >&2
+      return 1
+    }
   fi
   keep_sound_server "${missing[@]}"
 }
@@ -38,8 +44,7 @@ keep_sound_server() {
       pipewire | pipewire-pulse) units+=("$package.socket" "$package.service") ;;
       wireplumber) units+=(wireplumber.service) ;;
       pulseaudio)
-        dpkg-query -W -f='${Status}' pipewire-pulse 2>/dev/null | grep -q 'install ok installed' &&
-          [[ " $* " != *" pipewire-pulse "* ]] && units+=(pulseaudio.socket pulseaudio.service) ;;
+        installed pipewire-pulse && [[ " $* " != *" pipewire-pulse "* ]] && units+=(pulseaudio.socket pulseaudio.service) ;;
     esac
   done
   [ ${#units[@]} -eq 0 ] || ! command -v systemctl >/dev/null ||

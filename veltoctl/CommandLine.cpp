@@ -56,13 +56,14 @@ class Description {
     void addSession(CLI::App& command, bool goalIsRequired) {
         command.add_option("--goal", arguments_.goal, "What the agent is to achieve")
             ->required(goalIsRequired);
-        addFollow(command);
-        command.add_flag("--hangup-on-interrupt", arguments_.hangUpOnInterrupt,
-                         "With --follow: Ctrl-C stops the session, too");
+        command
+            .add_flag("--hangup-on-interrupt", arguments_.hangUpOnInterrupt,
+                      "With --follow: Ctrl-C stops the session, too")
+            ->needs(addFollow(command));
     }
-    void addFollow(CLI::App& command) {
-        command.add_flag("--follow", arguments_.follow,
-                         "Print state and transcript as they come, until the session ends");
+    CLI::Option* addFollow(CLI::App& command) {
+        return command.add_flag("--follow", arguments_.follow,
+                                "Print state and transcript as they come, until the session ends");
     }
     void addKeys(CLI::App& keys) {
         keys.require_subcommand(1);

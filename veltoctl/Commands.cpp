@@ -11,6 +11,9 @@
 
 #include <boost/json/serialize.hpp>
 
+#include <future>
+#include <memory>
+
 namespace velto::ctl {
 namespace {
 
@@ -72,6 +75,30 @@ bool failedAtOnce(const json::object& reply) {
     return status && Reply::flag(*status, "ok") && !Reply::flag(*status, "running");
 }
 
+/// At Ctrl-C the user hears what becomes of the call, once the answer has been kept: before that the
+/// application may just be starting it.
+std::shared_ptr<std::promise<void>> onInterruptOfCall(const Arguments& arguments, const Output& output) {
+    auto begun = std::make_shared<std::promise<void>>();
+    onInterrupt([begun, hangsUp = arguments.hangUpOnInterrupt, quiet = output.quiet] {
+        begun->get_future().wait();
+        if (hangsUp)
+            ControlClient::request({{"cmd", "hangup"}});
+        if (!quiet)
+            Output::message(hangsUp ? "the session is stopped; the phone call itself is not hung up"
+                                    : "the call goes on; \"veltoctl hangup\" stops the session");
+    });
+    return begun;
+}
+
+int refuse(const Arguments& arguments, const json::object& reply, const std::string& why, Output& output) {
+    if (arguments.json)
+        output.line(json::serialize(reply));
+    Output::message(why);
+    if (arguments.follow || arguments.command == "wait")
+        tellOutcome(output, arguments, "error");
+    return kRefused;
+}
+
 } // namespace
 
 bool isLocal(const Arguments& arguments) {
@@ -87,6 +114,8 @@ int run(const Arguments& arguments, Output& output) {
         return History::show(arguments, output);
     const bool lists = arguments.command == "history";
     const bool waits = arguments.command == "wait";
+    const bool starts = arguments.command == "call" || arguments.command == "watch";
+    const auto begun = starts && arguments.follow ? onInterruptOfCall(arguments, output) : nullptr;
     const auto reply =
         lists ? History::calls(arguments.last)
               : ControlClient::request(waits ? json::object{{"cmd", "ping"}} : requestOf(arguments));
@@ -96,30 +125,18 @@ int run(const Arguments& arguments, Output& output) {
         return kFailed;
     }
     if (!Reply::flag(*reply, "ok")) {
-        if (arguments.json)
-            output.line(json::serialize(*reply));
         const auto error = printable(Reply::text(*reply, "error"));
-        Output::message("Velto says no: " + (error.empty() ? "no reason given" : error));
-        return kRefused;
+        return refuse(arguments, *reply, "Velto says no: " + (error.empty() ? "no reason given" : error),
+                      output);
     }
-    const bool starts = arguments.command == "call" || arguments.command == "watch";
-    if (starts && failedAtOnce(*reply)) {
-        if (arguments.json)
-            output.line(json::serialize(*reply));
-        Output::message("the session could not start: see \"veltoctl readiness\"");
-        return kRefused;
-    }
+    if (starts && failedAtOnce(*reply))
+        return refuse(arguments, *reply, "the session could not start: see \"veltoctl readiness\"", output);
     if (!arguments.follow && !waits) {
         print(arguments, *reply, output);
         return kDone;
     }
-    if (starts)
-        onInterrupt([hangsUp = arguments.hangUpOnInterrupt] {
-            if (hangsUp)
-                ControlClient::request({{"cmd", "hangup"}});
-            Output::message(hangsUp ? "the session is stopped; the phone call itself is not hung up"
-                                    : "the call goes on; \"veltoctl hangup\" stops the session");
-        });
+    if (begun)
+        begun->set_value();
     const int exit =
         Follower(output, arguments, waits ? Follower::Show::nothing : Follower::Show::everything).run();
     return arguments.command == "transcript" && exit == kNothing ? kDone : exit;

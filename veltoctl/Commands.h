@@ -23,11 +23,11 @@ struct Arguments {
     bool json = false;
 };
 
-/// Whether the command needs more of this computer than folders and the control socket: `runLocal` runs it,
-/// in a program of its own because of the libraries that it brings.
+/// Whether the command needs more of this computer than folders and the control socket: it is run in a
+/// program of its own because of the libraries that it brings.
 bool isLocal(const Arguments& arguments);
 
-/// Both answer the program's exit.
+/// Of those that are not local. Answers the program's exit.
 int run(const Arguments& arguments, Output& output);
 
 } // namespace velto::ctl

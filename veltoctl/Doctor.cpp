@@ -1,11 +1,14 @@
 #include "veltoctl/Doctor.h"
 
+#include "VeltoShared/core/Utf8.h"
 #include "veltoctl/Checks.h"
 
 #include <boost/json/serialize.hpp>
 
 #include <algorithm>
 #include <condition_variable>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -53,14 +56,23 @@ void print(const Check& check, const Finding& finding, bool json, Output& output
     if (json) {
         output.line(boost::json::serialize(boost::json::object{{"check", check.id},
                                                                {"result", word(finding.is)},
-                                                               {"what", finding.what},
-                                                               {"remedy", finding.remedy}}));
+                                                               {"what", repairedUtf8(finding.what)},
+                                                               {"remedy", repairedUtf8(finding.remedy)}}));
         return;
     }
     std::string title(check.title);
     title.resize(18, ' ');
     output.line(shownWord(finding.is) + title + printable(finding.what) +
                 (finding.remedy.empty() ? "" : " → " + printable(finding.remedy)));
+}
+
+/// A check that cannot be made does not take the others with it.
+Finding lookedAt(const std::function<Finding()>& look) {
+    try {
+        return look();
+    } catch (const std::exception& error) {
+        return {Is::unknown, error.what(), "see whether memory and disk have room"};
+    }
 }
 
 } // namespace
@@ -71,7 +83,7 @@ int doctor(const Arguments& arguments, Output& output) {
     ward->findings.resize(all.size());
     for (std::size_t i = 0; i < all.size(); ++i)
         std::thread([ward, i, look = all[i].look] {
-            auto finding = look();
+            auto finding = lookedAt(look);
             const std::lock_guard lock(ward->mutex);
             ward->findings[i] = std::move(finding);
             ward->changed.notify_all();

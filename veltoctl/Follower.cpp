@@ -2,6 +2,7 @@
 #include "veltoctl/Follower.h"
 
 #include "VeltoShared/control/ControlClient.h"
+#include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/Clock.h"
 #include "veltoctl/Reply.h"
 
@@ -16,6 +17,11 @@ constexpr std::chrono::milliseconds kInterval{300};
 
 } // namespace
 
+void tellOutcome(Output& output, const Arguments& arguments, const char* outcome) {
+    if (arguments.json)
+        output.line(json::serialize(json::object{{"outcome", outcome}}));
+}
+
 Follower::Follower(Output& output, const Arguments& arguments, Show show)
     : output_(output), arguments_(arguments), show_(show), printer_([this](const std::string& line) {
           output_.line(arguments_.json ? json::serialize(json::object{{"line", line}}) : printable(line));
@@ -25,49 +31,67 @@ int Follower::run() {
     for (;;) {
         if (const auto exit = look())
             return *exit;
-        if (!output_.isRead())
+        if (show_ == Show::everything && !output_.isRead())
             return kDone;
         Clock::shared().blockFor(kInterval);
     }
 }
 
 int Follower::end(const char* outcome, int exit) {
-    if (arguments_.json)
-        output_.line(json::serialize(json::object{{"outcome", outcome}}));
+    tellOutcome(output_, arguments_, outcome);
     return exit;
+}
+
+int Follower::gone() {
+    Output::message("Velto has gone");
+    return end("gone", kGone);
 }
 
 std::optional<int> Follower::look() {
     const auto status = ControlClient::request({{"cmd", "status"}});
-    if (!status) {
-        Output::message("Velto has gone");
-        return end("gone", kGone);
-    }
+    if (!status || !Reply::flag(*status, "ok"))
+        return gone();
     const auto session = Reply::integer(*status, "session");
-    if (session_.value_or(session) != session) {
+    if (session > session_.value_or(session)) {
         output_.remark("the session has ended, and another one has begun");
         return end("ended", kDone);
     }
+    if (session < session_.value_or(session)) // one that was started again counts from the beginning
+        return gone();
     session_ = session;
     const bool over = !Reply::flag(*status, "running");
     if (show_ == Show::everything) {
         // At the end the last lines come before the word that it is over.
         if (!over || state_.empty())
             tellState(*status);
-        if (!printTranscript(over)) {
-            Output::message("Velto has gone");
-            return end("gone", kGone);
-        }
+        if (!printTranscript(over))
+            return gone();
         tellState(*status);
     }
     if (!over)
         return std::nullopt;
     const auto state = Reply::text(*status, "state");
+    if (state == "idle")
+        return end("none", kNothing);
     if (state == "error") {
-        Output::message("the session ended in error: see \"veltoctl readiness\"");
+        Output::message("the session could not start: see \"veltoctl readiness\"");
         return end("error", kRefused);
     }
-    return state == "idle" ? end("none", kNothing) : end("ended", kDone);
+    return outcome();
+}
+
+/// The application calls every session ended. One in which nobody said a word was no call: nobody answered,
+/// the number could not be dialed, or the agent could not start.
+int Follower::outcome() {
+    const auto transcript = ControlClient::request({{"cmd", "transcript"}});
+    const auto status = ControlClient::request({{"cmd", "status"}});
+    if (!transcript || !status)
+        return gone();
+    // Of another session that has begun meanwhile these lines would be.
+    if (Reply::integer(*status, "session") != *session_ || !Reply::texts(*transcript, "lines").empty())
+        return end("ended", kDone);
+    Output::message("nobody said a word: " + printable(AppPaths::logFileToReach().string()) + " says why");
+    return end("error", kRefused);
 }
 
 void Follower::tellState(const json::object& status) {

@@ -10,6 +10,9 @@
 
 namespace velto::ctl {
 
+/// With `json`, the object that ends what is followed.
+void tellOutcome(Output& output, const Arguments& arguments, const char* outcome);
+
 /// Looks every 0.3 s, one connection a request. For people, changes of state are messages and the transcript
 /// is the result, in lines that are only appended. With `json` everything is a result, one object a line:
 /// {"state":…,"session":…,"number":…} for each state, {"line":…} once for each line that is final, and
@@ -29,6 +32,8 @@ class Follower {
     void tellState(const boost::json::object& status);
     bool printTranscript(bool final);
     int end(const char* outcome, int exit);
+    int gone();
+    int outcome();
 
     Output& output_;
     const Arguments& arguments_;

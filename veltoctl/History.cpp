@@ -25,6 +25,8 @@ std::optional<std::vector<CallRecord>> stored() {
     if (!std::filesystem::exists(path, error) && !error)
         return std::vector<CallRecord>{};
     const auto content = HistoryFile::read(path);
+    if (content && content->empty()) // as the application takes it
+        return std::vector<CallRecord>{};
     auto records = content ? CallRecordJSON::decode(*content) : std::nullopt;
     if (!records)
         Output::message("cannot understand " + path.string());

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 
 namespace velto::ctl::Keys {
@@ -54,12 +55,20 @@ class Unseen {
     static inline termios before_{};
 };
 
-/// Up to the first line feed or the end.
+/// Up to the first line feed or the end; empty when it cannot be read to there.
 std::string readLine() {
     std::string line;
-    char byte = 0;
-    while (line.size() <= kLongest && ::read(STDIN_FILENO, &byte, 1) == 1 && byte != '\n')
+    while (line.size() <= kLongest) {
+        char byte = 0;
+        const auto count = ::read(STDIN_FILENO, &byte, 1);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return {};
+        if (count == 0 || byte == '\n')
+            break;
         line += byte;
+    }
     return line;
 }
 

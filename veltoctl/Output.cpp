@@ -1,7 +1,6 @@
 // Printing with plain writes, whose errors count.
 #include "veltoctl/Output.h"
 
-#include "VeltoPlatform/FileDescriptor.h"
 #include "VeltoShared/core/Utf8.h"
 
 #include <poll.h>
@@ -19,6 +18,22 @@ bool isControl(std::string_view text, std::size_t i) {
     if (byte == 0xC2 && i + 1 < text.size()) // U+0080 to U+009F
         return static_cast<unsigned char>(text[i + 1]) < 0xA0;
     return (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F;
+}
+
+/// Waits for a slow reader also where another program that has the stream made it non-blocking.
+bool writeWaiting(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto written = ::write(fd, bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EAGAIN) {
+            pollfd room{fd, POLLOUT, 0};
+            ::poll(&room, 1, -1);
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace
@@ -41,12 +56,12 @@ std::string printable(std::string_view text) {
 
 bool Output::line(std::string_view text) {
     if (error_ == 0)
-        error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n') ? 0 : errno;
+        error_ = writeWaiting(STDOUT_FILENO, std::string(text) + '\n') ? 0 : errno;
     return error_ == 0;
 }
 
 void Output::message(std::string_view text) {
-    writeAll(STDERR_FILENO, "veltoctl: " + std::string(text) + '\n');
+    writeWaiting(STDERR_FILENO, "veltoctl: " + std::string(text) + '\n');
 }
 
 void Output::remark(std::string_view text) const {
@@ -64,7 +79,8 @@ bool Output::isColoured() {
         const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing sets it
         return value ? value : "";
     };
-    return ::isatty(STDOUT_FILENO) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
+    return ::isatty(STDOUT_FILENO) != 0 && variable("NO_COLOR").empty() && !variable("TERM").empty() &&
+           variable("TERM") != "dumb";
 }
 
 int Output::exitStatus(int planned) const {

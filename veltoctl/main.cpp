@@ -15,8 +15,9 @@ int becomeLocal(char** argv) {
     for (const auto& folder : {helpers, programs})
         if (folder.is_absolute()) // never what lies in the present folder
             ::execv((folder / "veltoctl-local").c_str(), argv);
-    velto::ctl::Output::message("there is no veltoctl-local in " + helpers.string() + " nor in " +
-                                programs.string());
+    velto::ctl::Output::message(programs.empty() ? "there is no /proc, by which veltoctl-local is found"
+                                                 : "there is no veltoctl-local in " + helpers.string() +
+                                                       " nor in " + programs.string());
     return velto::ctl::kFailed;
 }
 

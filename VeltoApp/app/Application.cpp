@@ -5,10 +5,10 @@
 #include "VeltoApp/control/ControlServer.h"
 #include "VeltoApp/control/LiveTargets.h"
 #include "VeltoApp/drivers/DriverState.h"
-#include "VeltoPlatform/FileDescriptor.h"
 #include "VeltoPlatform/Platform.h"
 #include "VeltoPlatform/ProcessTaps.h"
 #include "VeltoShared/audio/AudioBridge.h"
+#include "VeltoShared/control/ControlClient.h"
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
@@ -19,10 +19,10 @@
 
 #include <boost/asio/signal_set.hpp>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <iostream>
 #include <memory>
 #include <optional>
 
@@ -30,28 +30,14 @@ namespace velto {
 
 namespace {
 
-bool hasTerminal() {
-    return FileDescriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)).get() >= 0;
-}
+/// Not SIGHUP, which also comes when the terminal goes in which this program was started.
+constexpr int kReadKeys = SIGUSR1;
 
-/// Whether the end of its terminal is to end this program: not one that was started by nohup.
-bool endsWithTerminal() {
-    struct sigaction present {};
-    ::sigaction(SIGHUP, nullptr, &present);
-    return present.sa_handler != SIG_IGN && hasTerminal();
-}
-
-/// SIGHUP asks for the keys to be read again. It comes, too, when the terminal goes in which this program was
-/// started; then it ends the program as ever.
-asio::awaitable<void> readKeysOnHangup(std::unique_ptr<asio::signal_set> hangups, bool endsWithIt) {
+asio::awaitable<void> readKeysWhenAsked(std::unique_ptr<asio::signal_set> requests) {
     for (;;) {
-        co_await hangups->async_wait(asio::use_awaitable);
-        if (endsWithIt && !hasTerminal()) {
-            hangups->clear();
-            ::raise(SIGHUP);
-        }
+        co_await requests->async_wait(asio::use_awaitable);
         MainThread::post([] {
-            Helper::log("keys: read again, as SIGHUP asks");
+            Helper::log("keys: read again, as SIGUSR1 asks");
             AgentState::shared()->refreshKey();
         });
     }
@@ -72,13 +58,17 @@ void applicationDidFinishLaunching() {
     Helper::log("driver source: " + DriverState::sourceDir().value_or("none").string());
     ReadinessState::shared()->refresh();
     // Before the control socket is there, by which others find this process.
-    const bool ends = endsWithTerminal();
     Background::spawn(
-        readKeysOnHangup(std::make_unique<asio::signal_set>(Background::executor(), SIGHUP), ends));
+        readKeysWhenAsked(std::make_unique<asio::signal_set>(Background::executor(), kReadKeys)));
     startControlServer();
 }
 
 int runHeadless(const std::function<void()>& prepare) {
+    // Its default devices and its socket are not to be taken from a Velto that may have a call up.
+    if (ControlClient::somebodyListens()) {
+        std::cerr << "velto: Velto is running already; veltoctl reaches it" << std::endl;
+        return 1;
+    }
     asio::io_context main{1};
     const auto guard = asio::make_work_guard(main);
     MainThread::install(main.get_executor());

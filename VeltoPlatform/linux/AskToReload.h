@@ -1,4 +1,4 @@
-// Tells another process to read its settings again, by SIGHUP.
+// Tells another process to read its settings again, by SIGUSR1.
 #pragma once
 
 #include <sys/types.h>

@@ -28,25 +28,37 @@ void begin(pa_operation* operation) {
         pa_operation_unref(operation);
 }
 
+std::vector<pa_operation*> answerOnly(pa_context* context) {
+    return {pa_context_get_server_info(
+        context, [](pa_context*, const pa_server_info*, void*) {}, nullptr)};
+}
+
 } // namespace
 
 bool PulseTapSink::isOne(const pa_sink_info& sink) {
     return pa_proplist_contains(sink.proplist, ownerProperty) > 0;
 }
 
+bool PulseTapSink::isOurs(const pa_sink_info& sink) {
+    const char* owner = pa_proplist_gets(sink.proplist, ownerProperty);
+    return owner != nullptr && std::to_string(::getpid()) == owner;
+}
+
 std::unique_ptr<PulseTapSink> PulseTapSink::load(PulseServer& server, std::function<void()> changed) {
     std::unique_ptr<PulseTapSink> sink(new PulseTapSink(server, std::move(changed)));
-    const bool asked = server.ask(
-        [&](pa_context* context) { return std::vector<pa_operation*>{sink->beginLoading(context)}; });
-    // The search for the sink was begun in the answer to the first question; the server answers in order.
-    const bool answered = asked && server.ask([](pa_context* context) {
-        return std::vector<pa_operation*>{pa_context_get_server_info(
-            context, [](pa_context*, const pa_server_info*, void*) {}, nullptr)};
+    const bool answers = server.ask([&](pa_context* context) {
+        sink->beginLoading(context);
+        return answerOnly(context);
     });
-    PulseServer::Lock lock(server);
-    if (!answered || sink->state_ != State::there)
-        return nullptr;
-    return sink;
+    if (answers)
+        sink->waitUntilKnown();
+    {
+        PulseServer::Lock lock(server);
+        if (sink->state_ == State::there)
+            return sink;
+    }
+    sink->discard();
+    return nullptr;
 }
 
 PulseTapSink::PulseTapSink(PulseServer& server, std::function<void()> changed)
@@ -62,7 +74,7 @@ PulseTapSink::~PulseTapSink() {
 }
 
 void PulseTapSink::forgetAll() {
-    forget(loading_);
+    abandonLoad();
     forget(finding_);
     for (auto& parked : std::views::values(parked_))
         forget(parked.moving);
@@ -76,25 +88,47 @@ void PulseTapSink::connected(AudioDirection direction) {
         return;
     forgetAll();
     state_ = State::loading;
-    loading_ = beginLoading(server_.context(AudioDirection::output));
+    isKnown(false);
+    beginLoading(server_.context(AudioDirection::output));
 }
 
-pa_operation* PulseTapSink::beginLoading(pa_context* context) {
+void PulseTapSink::beginLoading(pa_context* context) {
     // norewinds: otherwise PulseAudio plays up to two seconds ahead there.
     const auto arguments = "sink_name=" + name +
                            " rate=48000 channels=2 norewinds=1 sink_properties='device.description=\"Velto "
                            "tap\" " +
                            ownerProperty + "=" + std::to_string(::getpid()) + "'";
-    return pa_context_load_module(
+    auto load = std::make_unique<Load>(this);
+    auto* const loading = pa_context_load_module(
         context, "module-null-sink", arguments.c_str(),
-        [](pa_context*, std::uint32_t module, void* self) {
-            static_cast<PulseTapSink*>(self)->loaded(module);
+        [](pa_context* asked, std::uint32_t module, void* data) {
+            if (auto* const owner = static_cast<Load*>(data)->owner)
+                owner->loaded(module);
+            else if (module != PA_INVALID_INDEX)
+                begin(pa_context_unload_module(asked, module, nullptr, nullptr));
         },
-        this);
+        load.get());
+    if (loading == nullptr)
+        return;
+    load_ = load.release();
+    // The last word on an operation, be it answered or lost with its connection.
+    pa_operation_set_state_callback(
+        loading,
+        [](pa_operation*, void* data) {
+            const std::unique_ptr<Load> over(static_cast<Load*>(data));
+            if (over->owner != nullptr)
+                over->owner->load_ = nullptr;
+        },
+        load_);
+    begin(loading);
+}
+
+void PulseTapSink::abandonLoad() {
+    if (load_ != nullptr)
+        std::exchange(load_, nullptr)->owner = nullptr;
 }
 
 void PulseTapSink::loaded(std::uint32_t module) {
-    begin(std::exchange(loading_, nullptr));
     module_ = module;
     find();
 }
@@ -115,8 +149,7 @@ void PulseTapSink::find() {
 }
 
 void PulseTapSink::found(const pa_sink_info* sink) {
-    const char* owner = sink == nullptr ? nullptr : pa_proplist_gets(sink->proplist, ownerProperty);
-    state_ = owner != nullptr && std::to_string(::getpid()) == owner ? State::there : State::none;
+    state_ = sink != nullptr && isOurs(*sink) ? State::there : State::none;
     if (state_ == State::there)
         index_ = sink->index;
     else
@@ -125,7 +158,19 @@ void PulseTapSink::found(const pa_sink_info* sink) {
     const auto wanted = state_ == State::there ? sink->owner_module : PA_INVALID_INDEX;
     if (const auto module = std::exchange(module_, wanted); module != wanted && module != PA_INVALID_INDEX)
         begin(pa_context_unload_module(server_.context(AudioDirection::output), module, nullptr, nullptr));
+    isKnown(true);
     changed_();
+}
+
+void PulseTapSink::isKnown(bool known) {
+    const std::lock_guard guard(knownMutex_);
+    known_ = known;
+    knownChanged_.notify_all();
+}
+
+void PulseTapSink::waitUntilKnown() {
+    std::unique_lock guard(knownMutex_);
+    knownChanged_.wait_for(guard, PulseServer::answerLimit, [this] { return known_; });
 }
 
 void PulseTapSink::park(const PulsePlayers::Players& players) {
@@ -181,22 +226,32 @@ void PulseTapSink::bringHome() {
 }
 
 void PulseTapSink::unload() {
-    // What the server is about to load is known once it has answered.
-    server_.ask([this](pa_context*) {
-        return loading_ == nullptr ? std::vector<pa_operation*>{}
-                                   : std::vector{std::exchange(loading_, nullptr)};
-    });
+    waitUntilKnown();
+    discard();
+}
+
+void PulseTapSink::discard() {
     std::uint32_t module = PA_INVALID_INDEX;
     {
         PulseServer::Lock lock(server_);
+        abandonLoad();
         module = std::exchange(module_, PA_INVALID_INDEX);
         state_ = State::none;
     }
-    if (module != PA_INVALID_INDEX)
-        server_.ask([&](pa_context* context) {
-            return std::vector<pa_operation*>{pa_context_unload_module(
-                context, module, [](pa_context*, int, void*) {}, nullptr)};
-        });
+    if (module == PA_INVALID_INDEX)
+        return;
+    bool asked = false;
+    server_.ask([&](pa_context* context) {
+        asked = true;
+        return std::vector<pa_operation*>{pa_context_unload_module(
+            context, module, [](pa_context*, int, void*) {}, nullptr)};
+    });
+    if (asked)
+        return;
+    // One that does not answer for the moment does it when it comes to itself.
+    PulseServer::Lock lock(server_);
+    if (auto* const context = server_.context(AudioDirection::output))
+        begin(pa_context_unload_module(context, module, nullptr, nullptr));
 }
 
 bool PulseTapSink::isSettled(std::uint32_t player) const {

@@ -6,10 +6,12 @@
 
 #include <pulse/introspect.h>
 
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string_view>
 
 namespace velto {
@@ -25,6 +27,8 @@ class PulseTapSink final : private PulseListener {
     static constexpr const char* ownerProperty = "velto.tap.owner";
     /// Whether it is such a sink, of whatever run and name: PulseAudio gives a name that is taken a number.
     static bool isOne(const pa_sink_info& sink);
+    /// Whether it is such a sink, and of this process.
+    static bool isOurs(const pa_sink_info& sink);
 
     /// Waits for the server; without its lock. None when there is no sink to be had. `changed` is told when
     /// `isSettled` may answer otherwise; it may not end this.
@@ -51,27 +55,42 @@ class PulseTapSink final : private PulseListener {
         pa_operation* moving = nullptr;
     };
     enum class State { loading, there, none };
+    /// A sink that the server was asked to make. Ends with the operation, so that one that is made too late
+    /// is unloaded again.
+    struct Load {
+        explicit Load(PulseTapSink* sink) : owner(sink) {}
+        PulseTapSink* owner; ///< none: nobody wants it any more
+    };
 
     PulseTapSink(PulseServer& server, std::function<void()> changed);
     void connected(AudioDirection direction) override;
     void tick() override {}
     bool settled() const override { return state_ != State::loading; }
 
-    pa_operation* beginLoading(pa_context* context);
+    void beginLoading(pa_context* context);
     void loaded(std::uint32_t module);
     void find();
     void found(const pa_sink_info* sink);
     void moved(Parked& parked, bool accepted);
     void forgetAll();
+    void abandonLoad();
+    void isKnown(bool known);
+    /// As long as the server has time to answer; without its lock.
+    void waitUntilKnown();
+    void discard();
 
     PulseServer& server_;
     std::function<void()> changed_;
     State state_ = State::loading;
     std::uint32_t index_ = PA_INVALID_INDEX;
     std::uint32_t module_ = PA_INVALID_INDEX; ///< that we have loaded
-    pa_operation* loading_ = nullptr;
+    Load* load_ = nullptr;
     pa_operation* finding_ = nullptr;
     std::map<std::uint32_t, Parked> parked_; ///< by player; kept when home, for the list may be late
+
+    std::mutex knownMutex_; ///< of what follows
+    std::condition_variable knownChanged_;
+    bool known_ = false; ///< the server has said whether the sink is there
 };
 
 } // namespace velto

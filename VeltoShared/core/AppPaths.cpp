@@ -9,6 +9,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kControlSocket = "control.sock";
+constexpr const char* kLog = "velto.log";
 constexpr const char* kHistory = "history.json";
 
 fs::path created(const fs::path& folder) {
@@ -43,7 +44,10 @@ fs::path logs() {
     return created(logsToReach());
 }
 fs::path logFile() {
-    return logs() / "velto.log";
+    return logs() / kLog;
+}
+fs::path logFileToReach() {
+    return logsToReach() / kLog;
 }
 fs::path recordings() {
     return created(support() / "Recordings");

@@ -22,6 +22,7 @@ std::filesystem::path controlSocket();
 /// The same paths for those who only look: no folder is left behind.
 std::filesystem::path supportToReach();
 std::filesystem::path logsToReach();
+std::filesystem::path logFileToReach();
 std::filesystem::path historyFileToReach();
 std::filesystem::path controlSocketToReach();
 

@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 #include <vector>
 
@@ -14,16 +16,18 @@ struct Requirement {
     std::string package;
 };
 
+std::vector<Requirement> soundPrograms(SoundServerKind sound) {
+    if (sound == SoundServerKind::pulseAudio)
+        return {{"pulseaudio", "pulseaudio"}};
+    return {{"pipewire", "pipewire"}, {"wireplumber", "wireplumber"}, {"pipewire-pulse", "pipewire-pulse"}};
+}
+
 std::vector<Requirement> requirements(SoundServerKind sound) {
     std::vector<Requirement> all{{"Xvfb", "xvfb"},
                                  {"dbus-daemon", "dbus-daemon"},
                                  {"/usr/libexec/at-spi-bus-launcher", "at-spi2-core"},
                                  {"gnome-keyring-daemon", "gnome-keyring"}};
-    if (sound == SoundServerKind::pulseAudio)
-        all.push_back({"pulseaudio", "pulseaudio"});
-    else
-        for (const char* name : {"pipewire", "wireplumber", "pipewire-pulse"})
-            all.push_back({name, name});
+    std::ranges::move(soundPrograms(sound), std::back_inserter(all));
     return all;
 }
 
@@ -54,6 +58,14 @@ std::string missingPrograms(SoundServerKind sound) {
     if (programs.empty())
         return {};
     return "a rehearsal needs what is not installed: " + programs + "\n  apt install" + packages;
+}
+
+SoundServerKind installedSoundServer() {
+    const auto has = [](SoundServerKind kind) {
+        return std::ranges::all_of(soundPrograms(kind), isThere, &Requirement::program);
+    };
+    return !has(SoundServerKind::pulseAudio) && has(SoundServerKind::pipeWire) ? SoundServerKind::pipeWire
+                                                                               : SoundServerKind::pulseAudio;
 }
 
 } // namespace velto::rehearsal

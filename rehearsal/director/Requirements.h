@@ -11,4 +11,7 @@ namespace velto::rehearsal {
 /// missing with the Debian packages that bring it.
 std::string missingPrograms(SoundServerKind sound);
 
+/// PulseAudio, unless only PipeWire with all that it takes is installed.
+SoundServerKind installedSoundServer();
+
 } // namespace velto::rehearsal

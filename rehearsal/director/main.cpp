@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
     std::string provider(rawValue(VoiceProvider::gemini));
     std::string keys = "both";
     std::string wire;
-    std::string sound = "pulseaudio";
+    std::string sound = installedSoundServer() == SoundServerKind::pipeWire ? "pipewire" : "pulseaudio";
     bool listed = false;
     DirectorOptions options;
     CLI::App arguments("Rehearses one call: no phone, key, screen or network needed", "velto-rehearse");

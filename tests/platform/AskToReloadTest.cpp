@@ -1,4 +1,4 @@
-// Which processes are sent SIGHUP.
+// Which processes are sent SIGUSR1.
 #include "VeltoPlatform/linux/AskToReload.h"
 
 #include <gtest/gtest.h>
@@ -11,18 +11,18 @@
 namespace velto {
 namespace {
 
-/// What is answered, and how a child ends that handles SIGHUP so and is told to end afterwards.
+/// What is answered, and how a child ends that handles SIGUSR1 so and is told to end afterwards.
 std::pair<bool, int> ask(void (*handler)(int), const char* program) {
-    // What it does at SIGHUP, it does before it ends at SIGTERM.
-    struct sigaction hangup {};
-    hangup.sa_handler = handler;
-    ::sigfillset(&hangup.sa_mask);
-    ::sigaction(SIGHUP, &hangup, nullptr);
+    // What it does at SIGUSR1, which is delivered first, it does before it ends at SIGTERM.
+    struct sigaction action {};
+    action.sa_handler = handler;
+    ::sigfillset(&action.sa_mask);
+    ::sigaction(SIGUSR1, &action, nullptr);
     ::signal(SIGTERM, [](int) { ::_exit(0); });
     const pid_t child = ::fork();
     while (child == 0)
         ::pause();
-    ::signal(SIGHUP, SIG_DFL);
+    ::signal(SIGUSR1, SIG_DFL);
     ::signal(SIGTERM, SIG_DFL);
     const bool answer = askToReload(child, program);
     int status = -1;
