@@ -15,9 +15,10 @@ fi
 shift
 actions=/usr/share/polkit-1/actions
 generic=$(cat $actions/org.freedesktop.policykit.policy)
-for folder in /run $actions /etc/polkit-1 /opt /usr/local/share /etc/pulse /etc/pipewire; do
-  [ ! -d $folder ] || mount -t tmpfs -o mode=755 tmpfs $folder
-done
+for folder in /run $actions /opt /usr/local/share; do mount -t tmpfs -o mode=755 tmpfs $folder; done
+cp -a /etc /run
+rm -rf /run/etc/pulse /run/etc/pipewire /run/etc/polkit-1
+mount --bind /run/etc /etc
 echo "$generic" >$actions/org.freedesktop.policykit.policy
 cp "$3" $actions/org.velto.Velto.policy
 install -D "$2" /opt/velto/libexec/velto-admin-helper
