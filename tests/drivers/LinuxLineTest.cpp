@@ -57,10 +57,6 @@ struct LinuxLineTest : ::testing::Test {
         EXPECT_EQ(result.status, 0) << result.stdout;
         return result.stdout;
     }
-    void addProgram(const std::string& name, const std::string& script) const {
-        fs::create_directories(programs);
-        writeProgram(programs / name, script);
-    }
     fs::path published(const char* folder, const std::string& file) const {
         return root / "etc" / folder / file;
     }
@@ -142,7 +138,7 @@ TEST_F(LinuxLineTest, AFaultInTheMiddleShowsAndLeavesWholeDriversOrNone) {
 }
 
 TEST_F(LinuxLineTest, WhatReadsForTheUserHoldsNothingOfRootsAndIsNotReadWithoutAnEnd) {
-    addProgram("head", "readlink /proc/$$/fd/1 | cut -d: -f1\necho /proc/$$/fd/[9]");
+    writeProgram(programs / "head", "readlink /proc/$$/fd/1 | cut -d: -f1\necho /proc/$$/fd/[9]");
     EXPECT_EQ(run(DriverLines::install(source)), "");
     const auto held = readFile(pulse);
     fs::remove(programs / "head");
@@ -166,7 +162,7 @@ TEST_F(LinuxLineTest, RestartsTheUsersUnitsThatRunAllAtOnce) {
     EXPECT_EQ(run(DriverLines::restart()), ""); // no server
 
     // A user's systemd with PipeWire, of which one unit is off.
-    addProgram("systemctl", R"(case "$*" in
+    writeProgram(programs / "systemctl", R"(case "$*" in
 *is-active\ pulseaudio*|*is-active*media-session*) exit 3;;
 *is-active*) exit 0;;
 esac

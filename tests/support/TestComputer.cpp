@@ -46,6 +46,7 @@ std::string readFile(const std::filesystem::path& file) {
 }
 
 void writeProgram(const std::filesystem::path& file, const std::string& script) {
+    std::filesystem::create_directories(file.parent_path());
     std::ofstream(file) << "#!/bin/sh\n" << script << '\n';
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
 }
