@@ -21,7 +21,6 @@ class JitterBufferTest : public ::testing::Test {
             buffer.push(std::vector<std::int16_t>(period, level), now);
         std::vector<std::int32_t> sum(period);
         buffer.addTo(sum, now);
-        taken = sum;
         return std::ranges::all_of(sum, [](auto sample) { return sample != 0; });
     }
     bool passFor(std::chrono::milliseconds time) {
@@ -34,7 +33,6 @@ class JitterBufferTest : public ::testing::Test {
     JitterBuffer buffer{16'000, 2};
     JitterBuffer::Time now{1s};
     std::int16_t level = 1000;
-    std::vector<std::int32_t> taken;
 };
 
 TEST_F(JitterBufferTest, soundWaitsAndThenComesWhole) {

@@ -16,12 +16,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <condition_variable>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <numbers>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace velto::test {
@@ -29,24 +29,33 @@ namespace velto::test {
 inline constexpr double amplitude = 12000;
 inline constexpr std::chrono::seconds patience{20};
 
-/// Waits on a condition that another thread makes true.
+/// Looks again and again whether something is so.
+template <class Condition>
+bool eventually(Condition&& condition, std::chrono::milliseconds limit = patience) {
+    const auto until = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > until)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+/// Of what another thread changes.
 class Monitor {
   public:
     template <class Change>
-    void change(Change&& apply) {
+    auto change(Change&& apply) {
         std::lock_guard guard(mutex_);
-        apply();
-        changed_.notify_all();
+        return apply();
     }
     template <class Condition>
     bool wait(Condition&& condition, std::chrono::milliseconds limit = patience) {
-        std::unique_lock guard(mutex_);
-        return changed_.wait_for(guard, limit, condition);
+        return eventually([&] { return change(condition); }, limit);
     }
 
   private:
     std::mutex mutex_;
-    std::condition_variable changed_;
 };
 
 inline std::vector<std::int16_t> tone(double sampleRate, double seconds, double frequency = 1000) {
@@ -96,9 +105,7 @@ class Ear {
         return monitor_.wait([this] { return !levels_.empty(); }, limit);
     }
     double seconds() {
-        double heard = 0;
-        monitor_.change([&] { heard = static_cast<double>(levels_.size()) / 50; });
-        return heard;
+        return monitor_.change([&] { return static_cast<double>(levels_.size()) / 50; });
     }
 
   private:
@@ -135,6 +142,11 @@ class SoundServer : public ::testing::Test {
         server = std::move(*started);
         for (const auto& [name, value] : server->clientEnvironment())
             ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        connect();
+    }
+    void TearDown() override { installPlatform({}); }
+
+    void connect() {
         const auto log = [this](const std::string& line) { logged.change([&] { lines.push_back(line); }); };
         connection = std::make_shared<PulseServer>(log, server->address());
         taps = std::make_shared<PulseTaps>(connection);
@@ -146,15 +158,20 @@ class SoundServer : public ::testing::Test {
         all.outputUnits = units.get();
         installPlatform(all);
     }
-    void TearDown() override { installPlatform({}); }
+    /// Units that play keep the connection.
+    void disconnect() {
+        installPlatform({});
+        units.reset();
+        hardware.reset();
+        taps.reset();
+        connection.reset();
+    }
 
-    bool waitForLine(std::string_view part, std::chrono::milliseconds limit = patience) {
-        return logged.wait(
-            [&] {
-                return std::ranges::any_of(
-                    lines, [&](const std::string& line) { return line.find(part) != std::string::npos; });
-            },
-            limit);
+    bool waitForLine(std::string_view part) {
+        return logged.wait([&] {
+            return std::ranges::any_of(
+                lines, [&](const std::string& line) { return line.find(part) != std::string::npos; });
+        });
     }
     /// Loads a module and answers its index.
     std::uint32_t load(const char* module, const char* arguments) {

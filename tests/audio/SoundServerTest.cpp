@@ -1,5 +1,6 @@
 // The backend against a real sound server of its own.
 #include "VeltoPlatform/linux/PulseCatalogue.h"
+#include "VeltoPlatform/linux/PulseMicrophone.h"
 #include "VeltoShared/audio/AudioDevices.h"
 #include "VeltoShared/audio/AudioPlayback.h"
 #include "VeltoShared/audio/AudioRouting.h"
@@ -9,8 +10,11 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <limits>
 #include <map>
+#include <set>
+#include <tuple>
 
 namespace velto::test {
 namespace {
@@ -33,44 +37,37 @@ TEST(PulseCatalogue, pairsSidesByDescriptionAndKeepsIdentifiersApart) {
     std::vector<PulseEndpoint> many;
     for (int i = 0; i < 200'000; ++i)
         many.push_back({"alsa_output." + std::to_string(i), std::to_string(i), 2});
-    const auto identifiers = [](const std::vector<PulseDevice>& list) {
+    const auto identifiers = [&many] {
         std::map<std::string, AudioObjectID> all;
-        for (const auto& device : list)
+        for (const auto& device : PulseCatalogue::devices(many, {}))
             all[device.output.serverName] = device.id;
         return all;
     };
-    const auto forwards = identifiers(PulseCatalogue::devices(many, {}));
+    const auto forwards = identifiers();
     std::ranges::reverse(many);
-    EXPECT_EQ(identifiers(PulseCatalogue::devices(many, {})), forwards);
-    std::vector<AudioObjectID> values;
+    EXPECT_EQ(identifiers(), forwards);
+    std::set<AudioObjectID> values;
     for (const auto& [name, id] : forwards)
-        values.push_back(id);
-    std::ranges::sort(values);
-    EXPECT_EQ(std::ranges::adjacent_find(values), values.end());
-    EXPECT_GT(values.front(), 0u);
+        values.insert(id);
+    EXPECT_EQ(values.size(), many.size());
+    EXPECT_FALSE(values.contains(0));
 }
 
 TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
-    std::map<std::string, std::pair<int, int>> channels;
+    std::set<std::string> channels;
     for (const auto& device : AudioDevices::all())
-        channels[device.name] = {device.inputChannels, device.outputChannels};
-    EXPECT_EQ(channels, (std::map<std::string, std::pair<int, int>>{{"VeltoVoice 2ch Feed", {0, 2}},
-                                                                    {"VeltoVoice 2ch Mic", {2, 0}},
-                                                                    {"VeltoLoop 2ch", {2, 2}},
-                                                                    {"Speaker", {0, 2}},
-                                                                    {"Microphone", {2, 0}},
-                                                                    {"Microphone Line", {0, 2}}}));
+        channels.insert(device.name + " " + std::to_string(device.inputChannels) + "/" +
+                        std::to_string(device.outputChannels));
+    EXPECT_EQ(channels,
+              (std::set<std::string>{"VeltoVoice 2ch Feed 0/2", "VeltoVoice 2ch Mic 2/0", "VeltoLoop 2ch 2/2",
+                                     "Speaker 0/2", "Microphone 2/0", "Microphone Line 0/2"}));
     const auto mic = AudioDevices::find("VeltoVoice 2ch Mic").value();
     const auto speaker = AudioRouting::defaultOutputID();
     EXPECT_EQ(AudioRouting::defaultInputName() + " / " + AudioRouting::defaultOutputName(),
               "Microphone / Speaker");
     // A server on a busy machine may refuse, or take longer than anybody should wait.
     const auto becomesDefault = [&](AudioDirection direction, AudioObjectID device) {
-        const auto until = SteadyClock::now() + patience;
-        while (!hardware->setDefaultDevice(direction, device))
-            if (SteadyClock::now() > until)
-                return false;
-        return true;
+        return eventually([&] { return hardware->setDefaultDevice(direction, device); });
     };
     EXPECT_TRUE(becomesDefault(AudioDirection::input, mic.id));
     EXPECT_TRUE(becomesDefault(AudioDirection::output, AudioDevices::find("VeltoLoop 2ch")->id));
@@ -93,11 +90,7 @@ TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
         EXPECT_EQ(hardware->processIsRunningInput(*self), true);
     }
     // The end of a stream and the question travel on connections of their own.
-    const auto until = SteadyClock::now() + patience;
-    std::optional<bool> recording;
-    while ((recording = hardware->processIsRunningInput(*self)) == true && SteadyClock::now() < until)
-        std::this_thread::yield();
-    EXPECT_EQ(recording, false);
+    EXPECT_TRUE(eventually([&] { return hardware->processIsRunningInput(*self) == false; }));
 
     ASSERT_TRUE(server->restart());
     ASSERT_TRUE(waitForLine("server back"));
@@ -105,16 +98,10 @@ TEST_P(EachSoundServer, showsDevicesDefaultsAndProcesses) {
 }
 
 TEST_P(EachSoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
-    struct Case {
-        const char* output;
-        const char* input;
-        double played;
-        double captured;
-    };
     for (const auto& [output, input, played, captured] :
-         {Case{"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", 24000, 16000},
-          Case{"VeltoLoop 2ch", "VeltoLoop 2ch", 24000, 24000},
-          Case{"Microphone Line", "Microphone", 48000, 16000}}) {
+         {std::tuple{"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", 24000.0, 16000.0},
+          {"VeltoLoop 2ch", "VeltoLoop 2ch", 24000.0, 24000.0},
+          {"Microphone Line", "Microphone", 48000.0, 16000.0}}) {
         auto playback = AudioPlayback::open(output, played, 2);
         ASSERT_TRUE(playback);
         const auto began = SteadyClock::now();
@@ -134,67 +121,36 @@ TEST_P(EachSoundServer, aToneKeepsItsLevelAndAllocatesNothing) {
     }
 }
 
-TEST_P(EachSoundServer, killedAndStartedAgainTheSoundComesBack) {
-    Monitor told;
-    int returns = 0;
-    hardware->observeReturn([&] { told.change([&] { ++returns; }); });
-    auto playback = AudioPlayback::open("VeltoVoice 2ch Feed", 24000, 2);
-    Ear ear("VeltoVoice 2ch Mic", 16000);
-    playback->start();
-    ASSERT_TRUE(ear.hearsAnything());
-
+TEST_P(EachSoundServer, aServerThatStartsLateOrAgainIsFound) {
+    // One connection at a time: libpulse recycles memory between them in ways a thread sanitizer cannot see.
+    disconnect();
     server->kill();
-    ASSERT_TRUE(waitForLine("sound: server lost"));
+    connect();
+    std::atomic<int> returns = 0;
+    hardware->observeReturn([&] { ++returns; });
+    EXPECT_TRUE(waitForLine("sound: no server: "));
     const auto asked = SteadyClock::now();
     EXPECT_EQ(hardware->devices(), std::nullopt);
     EXPECT_TRUE(AudioDevices::all().empty());
     EXPECT_EQ(AudioRouting::defaultInputID(), std::nullopt);
     EXPECT_FALSE(AudioCapture::open("VeltoLoop 2ch", 16000, 2, {}));
     EXPECT_LT(SteadyClock::now() - asked, PulseServer::answerLimit); // nobody waits for it
-    EXPECT_FALSE(ear.hearsAnything(300ms));
+    ASSERT_TRUE(server->restart());
+    const auto devices = PulseCatalogue::read(*connection);
+    ASSERT_TRUE(devices) << "who asks does not wait for the next try";
+    EXPECT_EQ(devices->size(), 6u);
+    EXPECT_TRUE(eventually([&] { return returns == 1; }));
 
+    auto playback = AudioPlayback::open("VeltoVoice 2ch Feed", 24000, 2);
+    Ear ear("VeltoVoice 2ch Mic", 16000);
+    playback->start();
+    ASSERT_TRUE(ear.hearsAnything());
     ASSERT_TRUE(server->restart());
     playback->flush();
     playback->write(tone(24000, 6));
     EXPECT_NEAR(ear.loudness(), amplitude / std::numbers::sqrt2, 0.03 * amplitude);
-    EXPECT_TRUE(told.wait([&] { return returns == 1; }));
-    EXPECT_TRUE(waitForLine("sound: server back after "));
+    EXPECT_TRUE(eventually([&] { return returns == 2; }));
     hardware->observeReturn({});
-
-    // And without the loop, whose unit is told apart from a lost server.
-    Ear loop("VeltoLoop 2ch", 16000);
-    ASSERT_TRUE(loop.hearsAnything());
-    ASSERT_TRUE(server->restart({.without = {"VeltoLoop 2ch"}, .muted = {}}));
-    EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is gone"));
-    EXPECT_TRUE(ear.hearsAnything());
-    ASSERT_TRUE(server->restart(rehearsal::SoundDevices{}));
-    EXPECT_TRUE(loop.hearsAnything());
-    EXPECT_EQ(returns, 1);
-}
-
-TEST_P(EachSoundServer, aServerThatStartsLateIsFound) {
-    // One connection at a time: libpulse recycles memory between them in ways a thread sanitizer cannot see.
-    units.reset();
-    hardware.reset();
-    taps.reset();
-    connection.reset();
-    server->kill();
-    Monitor told;
-    bool returned = false;
-    bool said = false;
-    const auto early = std::make_shared<PulseServer>(
-        [&](const std::string& line) {
-            told.change([&] { said = said || line.starts_with("sound: no server: "); });
-        },
-        server->address());
-    early->observeReturn([&] { told.change([&] { returned = true; }); });
-    EXPECT_TRUE(told.wait([&] { return said; }));
-    EXPECT_FALSE(PulseCatalogue::read(*early));
-    ASSERT_TRUE(server->restart());
-    const auto devices = PulseCatalogue::read(*early);
-    ASSERT_TRUE(devices) << "who asks does not wait for the next try";
-    EXPECT_EQ(devices->size(), 6u);
-    EXPECT_TRUE(told.wait([&] { return returned; }));
 }
 
 TEST_P(EachSoundServer, aDeviceThatComesBackIsFoundByItsName) {
@@ -205,10 +161,7 @@ TEST_P(EachSoundServer, aDeviceThatComesBackIsFoundByItsName) {
     playback->start();
     const auto moves = [&] {
         const auto before = playback->stats().rendered;
-        const auto until = SteadyClock::now() + patience;
-        while (playback->stats().rendered == before && SteadyClock::now() < until)
-            std::this_thread::yield();
-        return playback->stats().rendered > before;
+        return eventually([&] { return playback->stats().rendered > before; });
     };
     ASSERT_TRUE(moves());
     unload(module);
@@ -223,12 +176,16 @@ TEST_P(EachSoundServer, aDeviceThatComesBackIsFoundByItsName) {
 TEST_P(EachSoundServer, aServerThatHangsHoldsNobodyUp) {
     Ear ear("VeltoLoop 2ch", 16000);
     ASSERT_TRUE(ear.hearsAnything());
+    auto microphone = std::make_unique<PulseMicrophone>(connection);
+    const auto mayRecord = [&] { return microphone->status().authorization; };
+    ASSERT_TRUE(eventually([&] { return mayRecord() == MicrophoneAuthorization::authorized; }));
     ::kill(server->processes().back().pid(), SIGSTOP);
     const auto asked = SteadyClock::now();
     EXPECT_TRUE(AudioDevices::all().empty());
     for (int i = 0; i < 20; ++i) {
         EXPECT_EQ(AudioRouting::defaultInputName(), "");
         hardware->setDefaultDevice(AudioDirection::input, 1);
+        EXPECT_EQ(microphone->status().reason, "the sound server does not answer");
     }
     {
         Ear other("VeltoLoop 2ch", 16000);
@@ -241,25 +198,23 @@ TEST_P(EachSoundServer, aServerThatHangsHoldsNobodyUp) {
     EXPECT_TRUE(ear.hearsAnything());
     EXPECT_TRUE(waitForLine("sound: device VeltoLoop 2ch is back"));
     EXPECT_EQ(AudioRouting::defaultInputName(), "Microphone");
+    EXPECT_TRUE(eventually([&] { return mayRecord() == MicrophoneAuthorization::authorized; }));
+    ::kill(server->processes().back().pid(), SIGSTOP);
+    mayRecord();
+    microphone.reset(); // with its question still open
+    ::kill(server->processes().back().pid(), SIGCONT);
 }
 
-TEST_P(EachSoundServer, unitsRefuseWhatTheyCannotDo) {
+TEST_P(EachSoundServer, aUnitWithoutADeviceRefusesAndOneThatPlaysMayBeTheLast) {
     auto unit = units->instantiate();
     EXPECT_NE(unit->setCurrentDevice(1), kAudioNoError);
-    EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {std::nan(""), 2}), kAudioNoError);
-    EXPECT_NE(unit->setStreamFormat(UnitScope::input, 0, {24000, 300}), kAudioNoError);
     EXPECT_NE(unit->initialize(), kAudioNoError);
     EXPECT_NE(unit->start(), kAudioNoError);
-    EXPECT_EQ(unit->stop(), kAudioNoError);
 
-    // The last owner of the connection may be a unit that plays.
+    // The last owner of the connection, that is.
     auto playback = AudioPlayback::open("Speaker", 24000, 2);
     playback->start();
-    installPlatform({});
-    units.reset();
-    hardware.reset();
-    taps.reset();
-    connection.reset();
+    disconnect();
     server->kill();
     playback.reset();
 }

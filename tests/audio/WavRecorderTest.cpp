@@ -82,12 +82,6 @@ TEST_F(WavRecorderTest, NoSoundIsAnEmptyHeaderAndNoDeviceToo) {
     EXPECT_EQ(readFile(file), header(0));
     EXPECT_FALSE(WavRecorder::open("veltoloop 2ch", 16'000, root() / "none.wav"));
     EXPECT_EQ(readFile(root() / "none.wav"), header(0));
-    auto dropped = started(file);
-    hear(200);
-    loop.advance(100ms);
-    dropped.reset();
-    loop.advance(1s);
-    EXPECT_EQ(readFile(file).substr(0, 44), header(0)) << "a recorder that is not stopped finishes nothing";
 }
 
 TEST_F(WavRecorderTest, WhatCannotBeWrittenIsCountedAndSaid) {
@@ -103,15 +97,6 @@ TEST_F(WavRecorderTest, WhatCannotBeWrittenIsCountedAndSaid) {
         recorder->stop();
         EXPECT_EQ(recorder->trouble(), "160 samples could not be written: " + why);
     }
-    std::filesystem::create_directory(root() / "folder");
-    auto deleted = started(root() / "folder" / "a.wav");
-    hear(100);
-    loop.advance(100ms);
-    std::filesystem::remove_all(root() / "folder");
-    hear(60);
-    deleted->stop();
-    EXPECT_EQ(deleted->trouble(), "160 samples could not be written: the file was deleted");
-
     auto recorder = started(file);
     constexpr std::size_t kWaiting = std::size_t{1} << 18;
     hear(kWaiting + 5);

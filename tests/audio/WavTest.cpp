@@ -47,6 +47,10 @@ std::string riff(const std::string& chunks) {
     return "RIFF" + little(chunks.size() + 4, 4) + "WAVE" + chunks + chunk("LIST", std::string(40, 'x'));
 }
 
+std::string wav(unsigned rate, const Samples& samples) {
+    return riff(format(1, rate) + chunk("data", pcm(samples)));
+}
+
 class WavTest : public testing::Test {
   protected:
     std::filesystem::path file(const std::string& bytes) {
@@ -88,7 +92,7 @@ TEST_F(WavTest, AnyPieceIsAsInTheWhole) {
     Samples sound(30'000);
     for (std::size_t i = 0; i < sound.size(); ++i)
         sound[i] = static_cast<std::int16_t>(i * i);
-    FileBytes bytes(file(riff(format(1, 16'000) + chunk("data", pcm(sound)))));
+    FileBytes bytes(file(wav(16'000, sound)));
     for (const double rate : {16'000, 44'100, 8000}) {
         auto mono = MonoSound::of(*WavFormat::find(bytes), rate);
         const auto whole = Wav::toMono16(*WavFormat::find(bytes), rate)->samples;
@@ -115,7 +119,6 @@ TEST_F(WavTest, ChunksAreWalkedToTheEnd) {
     for (const std::uint32_t lie : {5u, 0x7FFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFEu}) {
         const auto sound =
             read("RIFF" + little(0, 4) + "WAVE" + format(1, 8000) + chunk("data", pcm({1, 2}), lie));
-        EXPECT_FALSE(sound && lie == 0);
         ASSERT_TRUE(sound) << lie;
         EXPECT_EQ(sound->samples, read12) << lie;
     }
@@ -135,13 +138,7 @@ TEST_F(WavTest, WhatIsNoSoundOfOursIsRefused) {
         broken[at] ^= 0x20;
         EXPECT_FALSE(read(broken)) << at;
     }
-    for (std::size_t size = 0; size <= 100 && size < good.size(); ++size) {
-        const auto sound = read(good.substr(0, size));
-        // Past the 44th byte the samples stand, whole or cut.
-        EXPECT_EQ(sound ? sound->samples.size() : 99,
-                  size <= 44 ? 99 : std::min<std::size_t>((size - 44) / 2, 2))
-            << size;
-    }
+    EXPECT_EQ(read(good.substr(0, 47))->samples, Samples{1}) << "cut in the second sample";
     EXPECT_FALSE(Wav::readMono16(folder_.path()));
     EXPECT_FALSE(Wav::readMono16(folder_.path() / "missing.wav"));
     const auto pipe = folder_.path() / "pipe.wav";
@@ -150,9 +147,6 @@ TEST_F(WavTest, WhatIsNoSoundOfOursIsRefused) {
 }
 
 TEST_F(WavTest, RatesAreConvertedByInterpolation) {
-    const auto wav = [](unsigned rate, const Samples& samples) {
-        return riff(format(1, rate) + chunk("data", pcm(samples)));
-    };
     const Samples ramp{0, 100, 200, -300, 400, 500};
     EXPECT_EQ(read(wav(16'000, ramp), 8000)->samples, (Samples{0, 200, 400}));
     EXPECT_EQ(read(wav(16'000, ramp), 24'000)->samples, (Samples{0, 66, 133, 200, -133, -66, 400, 466, 500}));

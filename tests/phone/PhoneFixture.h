@@ -4,27 +4,13 @@
 #include "VeltoPhone/model/Phone.h"
 #include "tests/support/ManualClock.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 
 #include <gtest/gtest.h>
 
 namespace velto::phone {
 
-/// Qt wants one application for all tests of a process, and its end before that of the process.
-struct QtEnvironment : testing::Environment {
-    void SetUp() override {
-        ::qputenv("QT_QPA_PLATFORM", "offscreen");
-        ::qputenv("QT_LOGGING_RULES", "default.warning=false");
-        application = std::make_unique<QApplication>(count, arguments.data());
-    }
-    void TearDown() override { application.reset(); }
-
-    int count = 1;
-    std::string name = "phone_test";
-    std::array<char*, 2> arguments{name.data(), nullptr};
-    std::unique_ptr<QApplication> application;
-};
-inline testing::Environment* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnvironment);
+using Did = std::vector<std::string>;
 
 struct ToldLine : Line {
     void dial(const std::string& number, LineEvents itsEvents) override {
@@ -34,7 +20,7 @@ struct ToldLine : Line {
     void hangUp() override { did.emplace_back("hang up"); }
     void sendTones(const std::string& digits) override { did.push_back("tones " + digits); }
 
-    std::vector<std::string> did;
+    Did did;
     LineEvents events;
 };
 

@@ -6,7 +6,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
-#include <sys/stat.h>
+#include <filesystem>
 
 namespace velto::phone {
 namespace {
@@ -16,6 +16,7 @@ using Role = SingleInstance::Role;
 
 struct SingleInstanceTest : testing::Test {
     QTemporaryDir folder;
+    const QString socket = folder.path() + "/velto-phone.sock";
     std::vector<std::string> wishes;
 
     void collect(SingleInstance& instance) {
@@ -42,12 +43,10 @@ TEST_F(SingleInstanceTest, LaterLaunchesHandOverTheirWishes) {
     collect(*first);
     ASSERT_EQ(first->settle({}), Role::first);
     ASSERT_TRUE(first->listen());
-    struct stat socket {};
-    ASSERT_EQ(::stat((folder.path() + "/velto-phone.sock").toLocal8Bit(), &socket), 0);
-    EXPECT_EQ(socket.st_mode & 0777U, 0600U);
+    EXPECT_EQ(std::filesystem::status(socket.toStdString()).permissions(), std::filesystem::perms{0600});
 
     QLocalSocket stranger;
-    stranger.connectToServer(folder.path() + "/velto-phone.sock");
+    stranger.connectToServer(socket);
     stranger.write("rm -rf\nopen 666\n");
     EXPECT_EQ(launch("tel:*31#5\n%41é"), Role::handedOver);
     EXPECT_EQ(launch({}), Role::handedOver);
@@ -72,7 +71,7 @@ TEST_F(SingleInstanceTest, AnInstanceThatDoesNotAnswerIsNotWaitedForLong) {
     PhoneFixture::settle();
     EXPECT_EQ(wishes, std::vector<std::string>{}) << "the sender was told that it had failed";
     QLocalSocket late;
-    late.connectToServer(folder.path() + "/velto-phone.sock");
+    late.connectToServer(socket);
     PhoneFixture::settle();
     stuck.close();
     late.write("open 7\n");

@@ -5,11 +5,11 @@
 #include "tests/phone/PhoneFixture.h"
 
 #include <QAccessible>
-#include <QKeyEvent>
-#include <QMouseEvent>
-#include <QThread>
+#include <QTest>
 
+#include <map>
 #include <set>
+#include <thread>
 
 namespace velto::phone {
 namespace {
@@ -18,89 +18,92 @@ using namespace std::chrono_literals;
 
 struct ViewsTest : PhoneFixture {
     using Names = std::multiset<std::string>;
+    using Elements = std::multimap<std::string, QAccessibleInterface*>;
 
-    static void collect(QAccessibleInterface* element, QAccessible::Role role,
-                        std::vector<QAccessibleInterface*>& found) {
-        if (element->role() == role && !element->text(QAccessible::Name).isEmpty())
-            found.push_back(element);
+    static void collect(QAccessibleInterface* element, Elements& found) {
+        const auto name = element->text(QAccessible::Name).toStdString();
+        const bool isButton = element->role() == QAccessible::Button;
+        if (!name.empty() && (isButton || element->role() == QAccessible::StaticText))
+            found.emplace(isButton ? '[' + name + ']' : name, element);
         for (int i = 0; i < element->childCount(); ++i)
-            collect(element->child(i), role, found);
+            collect(element->child(i), found);
     }
-    static Names names(QWidget& window, QAccessible::Role role) {
-        std::vector<QAccessibleInterface*> found;
-        collect(QAccessible::queryAccessibleInterface(&window), role, found);
+    static Elements elements(QWidget& window) {
+        Elements found;
+        collect(QAccessible::queryAccessibleInterface(&window), found);
+        return found;
+    }
+    /// The texts, and the buttons in brackets.
+    static Names shown(QWidget& window) {
         Names names;
-        for (auto* element : found)
-            names.insert(element->text(QAccessible::Name).toStdString());
+        for (const auto& [name, element] : elements(window))
+            names.insert(name);
         return names;
     }
-    static Names buttons(QWidget& window) { return names(window, QAccessible::Button); }
-    static Names texts(QWidget& window) { return names(window, QAccessible::StaticText); }
-    static QAccessibleInterface* button(QWidget& window, const char* name) {
-        std::vector<QAccessibleInterface*> found;
-        collect(QAccessible::queryAccessibleInterface(&window), QAccessible::Button, found);
-        for (auto* element : found)
-            if (element->text(QAccessible::Name) == QLatin1String(name))
-                return element;
-        return nullptr;
-    }
-    /// A press takes a moment, so that it can be seen.
-    template <class Done>
-    static void press(QAccessibleInterface* element, Done done) {
-        ASSERT_NE(element, nullptr);
-        element->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-        until(done);
-    }
-    static void mouse(QAccessibleInterface* element, QEvent::Type kind) {
-        ASSERT_NE(element, nullptr);
-        auto& widget = *qobject_cast<QWidget*>(element->object());
-        const QPointF middle = widget.rect().center();
-        QMouseEvent event(kind, middle, widget.mapToGlobal(middle), Qt::LeftButton,
-                          kind == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&widget, &event);
+    static QAccessibleInterface* button(QWidget& window, const std::string& name) {
+        const auto found = elements(window);
+        const auto one = found.find('[' + name + ']');
+        return one == found.end() ? nullptr : one->second;
     }
     template <class Done>
     static void until(Done done) {
-        for (int i = 0; i < 20'000 && !done(); ++i) {
-            QCoreApplication::processEvents();
-            QThread::msleep(1);
-        }
-        ASSERT_TRUE(done());
+        ASSERT_TRUE(QTest::qWaitFor(done, 20'000));
+    }
+    /// A press takes a moment, so that it can be seen.
+    template <class Done>
+    static void press(QWidget& window, const char* name, Done done) {
+        auto* const element = button(window, name);
+        ASSERT_NE(element, nullptr) << name;
+        element->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        until(done);
+    }
+    static void mouse(QWidget& window, const char* name, QTest::MouseAction action) {
+        auto* const element = button(window, name);
+        ASSERT_NE(element, nullptr) << name;
+        QTest::mouseEvent(action, qobject_cast<QWidget*>(element->object()), Qt::LeftButton, {}, {});
     }
 };
 
-TEST_F(ViewsTest, TheBannerHasTheButtonsThatApplyAndNoOthers) {
+TEST_F(ViewsTest, TheBannerFollowsACallFromItsOfferToAWhileAfterItsEnd) {
     Banner banner(phone);
-    EXPECT_FALSE(banner.isVisible());
-    EXPECT_EQ(buttons(banner), Names{});
-    phone.open("5551234");
+    phone.open("tel-phoneapp:5551234");
+    banner.close();
+    EXPECT_EQ(phone.state(), PhoneState::idle);
+    phone.open("tel-phoneapp:5551234");
     EXPECT_TRUE(banner.isVisible());
-    EXPECT_EQ(buttons(banner), (Names{"Keypad", "Close", "Call"}));
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234"}));
+    EXPECT_EQ(shown(banner), (Names{"Phone", "[Keypad]", "5551234", "[Close]", "[Call]"}));
 
-    press(button(banner, "Call"), [&] { return phone.callUp(); });
-    EXPECT_EQ(buttons(banner), (Names{"Keypad", "End"}));
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "Calling…"}));
+    press(banner, "Call", [&] { return phone.callUp(); });
+    phone.call();
+    phone.sendTone('1');
+    EXPECT_FALSE(banner.close()) << "the desktop does not close a call";
+    EXPECT_EQ(line->did, Did{"dial 5551234"}) << "once, and no tone before the answer";
+    EXPECT_EQ(shown(banner), (Names{"Phone", "[Keypad]", "5551234", "Calling…", "[End]"}));
     const auto* const end = button(banner, "End")->object();
-    line->events.ringing();
+    std::thread([this] { line->events.ringing(); }).join();
+    EXPECT_EQ(phone.state(), PhoneState::dialing) << "nothing happens on the line's thread";
     settle();
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "Ringing…"}));
+    EXPECT_EQ(shown(banner).count("Ringing…"), 1U);
+    wait(70s);
     line->events.answered();
     settle();
-    wait(67s);
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "1:07"}));
+    wait(7999ms);
+    EXPECT_EQ(shown(banner).count("0:07"), 1U);
+    wait(1h);
+    EXPECT_EQ(shown(banner).count("60:07"), 1U);
     phone.open("two");
     EXPECT_EQ(button(banner, "End")->object(), end) << "whoever reads during a change must not miss it";
 
-    press(button(banner, "End"), [&] { return line->did.back() == "hang up"; });
-    EXPECT_EQ(buttons(banner), (Names{"Keypad", "End"}));
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "Ending…", "Not a phone number: two"}));
+    press(banner, "End", [&] { return line->did.back() == "hang up"; });
+    EXPECT_EQ(shown(banner),
+              (Names{"Phone", "[Keypad]", "5551234", "Ending…", "Not a phone number: two", "[End]"}));
     lineEnds("hung up by the caller");
-    EXPECT_EQ(buttons(banner), (Names{"Keypad", "Close"}));
-    EXPECT_EQ(texts(banner), (Names{"Phone", "5551234", "You hung up"}));
-    wait(4s);
-    EXPECT_EQ(buttons(banner), Names{});
+    EXPECT_EQ(shown(banner), (Names{"Phone", "[Keypad]", "5551234", "You hung up", "[Close]"}));
+    wait(2900ms);
+    EXPECT_TRUE(banner.isVisible());
+    wait(200ms);
     EXPECT_FALSE(banner.isVisible());
+    EXPECT_EQ(phone.number(), "");
 }
 
 TEST_F(ViewsTest, ADoubleClickOnCallDoesNotHangUp) {
@@ -110,115 +113,76 @@ TEST_F(ViewsTest, ADoubleClickOnCallDoesNotHangUp) {
     for (const auto& [place, start, end] :
          {std::tuple<QWidget*, const char*, const char*>{&banner, "Call", "End"},
           {&window, "Dial number", "Hang up"}}) {
-        phone.open("1");
-        settle();
-        mouse(button(*place, start), QEvent::MouseButtonPress);
-        mouse(button(*place, start), QEvent::MouseButtonRelease);
-        until([&] { return phone.callUp() && button(*place, end) != nullptr; });
-        const auto click = [&, name = end](QEvent::Type kind) {
-            mouse(button(*place, name), kind);
-            mouse(button(*place, name), QEvent::MouseButtonRelease);
+        const auto click = [&place = *place](const char* name, QTest::MouseAction action) {
+            mouse(place, name, action);
+            mouse(place, name, QTest::MouseRelease);
             settle();
         };
-        click(QEvent::MouseButtonDblClick);
+        phone.open("1");
+        settle();
+        click(start, QTest::MousePress);
+        EXPECT_TRUE(phone.callUp()) << start;
+        click(end, QTest::MouseDClick);
         EXPECT_FALSE(phone.ending()) << end;
         clock.advance(Button::mouseSettles);
-        click(QEvent::MouseButtonPress);
+        click(end, QTest::MousePress);
         EXPECT_TRUE(phone.ending()) << end;
         lineEnds("");
     }
-    phone.open("1");
-    press(button(banner, "Call"), [&] { return phone.callUp(); });
-    press(button(banner, "End"), [&] { return phone.ending(); });
-}
-
-TEST_F(ViewsTest, TheDesktopClosesTheBannerOnlyWithoutACall) {
-    Banner banner(phone);
-    phone.open("1");
-    banner.close();
-    EXPECT_EQ(phone.state(), PhoneState::idle);
-    call("2");
-    EXPECT_FALSE(banner.close());
-    EXPECT_TRUE(banner.isVisible());
-    lineEnds("busy");
-    EXPECT_TRUE(banner.close());
-    EXPECT_EQ(phone.state(), PhoneState::idle);
-}
-
-TEST_F(ViewsTest, LongPressesAndPastedNumbers) {
-    MainWindow window(phone);
-    window.present();
-    auto& number = *window.findChild<QLineEdit*>();
-    const auto hold = [&](const char* name, auto done) {
-        EXPECT_NE(button(window, name)->text(QAccessible::Description), "");
-        mouse(button(window, name), QEvent::MouseButtonPress);
-        until(done);
-        mouse(button(window, name), QEvent::MouseButtonRelease);
-    };
-    hold("0", [&] { return number.text() == "+"; });
-    press(button(window, "0"), [&] { return number.text() == "+0"; });
-    number.setCursorPosition(1);
-    number.insert("tel:");
-    EXPECT_EQ(number.text(), "+0") << "not in the middle";
-    number.clear();
-    number.insert("\u202atel:+1\u00a0(555)\u20130126\u202c");
-    EXPECT_EQ(number.text(), "+1 (555)-0126");
-    number.setCursorPosition(2);
-    number.insert("\u00a0");
-    EXPECT_EQ(number.cursorPosition(), 3);
-    hold("Erase digit", [&] { return number.text().isEmpty(); });
-
-    call("1");
-    answer();
-    hold("0", [&] { return line->did.back() == "tones 0"; });
-    EXPECT_EQ(phone.tones(), "0");
 }
 
 TEST_F(ViewsTest, TheBannerSaysWhatCannotBeCalled) {
     Banner banner(phone);
     phone.open("<b>five</b>");
-    EXPECT_EQ(buttons(banner), (Names{"Keypad", "Close"}));
-    EXPECT_EQ(texts(banner), (Names{"Phone", "Not a phone number: <b>five</b>"}));
-    press(button(banner, "Close"), [&] { return !banner.isVisible(); });
+    EXPECT_EQ(shown(banner), (Names{"Phone", "[Keypad]", "Not a phone number: <b>five</b>", "[Close]"}));
+    press(banner, "Close", [&] { return !banner.isVisible(); });
 
     Phone lineless(nullptr);
     Banner other(lineless);
     lineless.open(QString(40, '8'));
-    EXPECT_EQ(buttons(other), (Names{"Keypad", "Close"}));
-    EXPECT_EQ(texts(other), (Names{"Phone", std::string(40, '8'), "No phone line"}));
+    lineless.call();
+    EXPECT_EQ(shown(other), (Names{"Phone", "[Keypad]", std::string(40, '8'), "No phone line", "[Close]"}));
 }
 
 TEST_F(ViewsTest, KeysEditTheNumberWithoutACallAndSendTonesInOne) {
-    Banner banner(phone);
     MainWindow window(phone);
     window.present();
     auto& number = *window.findChild<QLineEdit*>();
-    const auto key = [](QWidget& widget, Qt::Key code, const char* text) {
-        QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier, QLatin1String(text));
-        QCoreApplication::sendEvent(&widget, &event);
+    const auto hold = [&](const char* name, auto done) {
+        EXPECT_NE(button(window, name)->text(QAccessible::Description), "");
+        mouse(window, name, QTest::MousePress);
+        until(done);
+        mouse(window, name, QTest::MouseRelease);
     };
     EXPECT_FALSE(button(window, "Dial number")->object()->property("enabled").toBool());
-    key(number, Qt::Key_5, "5");
-    key(number, Qt::Key_A, "a");
-    key(window, Qt::Key_Asterisk, "*");
-    key(window, Qt::Key_Asterisk, "*");
+    number.insert("\u202atel:+1\u00a0(555)\u20130126\u202c");
+    EXPECT_EQ(number.text(), "+1 (555)-0126");
+    number.setCursorPosition(2);
+    number.insert("\u00a0");
+    EXPECT_EQ(number.cursorPosition(), 3);
+    number.insert("tel:");
+    EXPECT_EQ(number.text(), "+1  (555)-0126") << "not in the middle";
+    hold("Erase digit", [&] { return number.text().isEmpty(); });
+    hold("0", [&] { return number.text() == "+"; });
+    press(window, "0", [&] { return number.text() == "+0"; });
+    number.clear();
+    QTest::keyClicks(&number, "5a");
+    QTest::keyClicks(&window, "**");
     EXPECT_EQ(number.text(), "5**");
-    number.setText("5*");
-    press(button(window, "7"), [&] { return number.text() == "5*7"; });
-    press(button(window, "Erase digit"), [&] { return number.text() == "5*"; });
-    key(number, Qt::Key_Return, "\r");
+    press(window, "Erase digit", [&] { return number.text() == "5*"; });
+    QTest::keyClick(&number, Qt::Key_Return);
     EXPECT_EQ(line->did.back(), "dial 5*");
-    for (const auto& name : buttons(window))
-        EXPECT_FALSE(name == "Call" || name == "End" || name == "Close");
+    for (const char* name : {"Call", "End", "Close"})
+        EXPECT_EQ(button(window, name), nullptr) << "is the banner's";
 
-    key(number, Qt::Key_6, "6");
+    QTest::keyClick(&number, '6');
     answer();
-    key(number, Qt::Key_8, "8");
+    QTest::keyClick(&number, '8');
     EXPECT_EQ(line->did.back(), "tones 8");
-    press(button(window, "#"), [&] { return line->did.back() == "tones #"; });
+    hold("0", [&] { return line->did.back() == "tones 0"; });
     EXPECT_EQ(number.text(), "5*");
-    EXPECT_TRUE(texts(window).count("8#") == 1);
-    press(button(window, "Hang up"), [&] { return line->did.back() == "hang up"; });
+    EXPECT_EQ(shown(window).count("80"), 1U);
+    press(window, "Hang up", [&] { return line->did.back() == "hang up"; });
 }
 
 } // namespace

@@ -1,8 +1,9 @@
-// A line, sound, agent and archive that a test plays by hand; every call of the session is noted in order.
+// A line, agent and archive that a test plays by hand, and the simulated computer's sound; what the session
+// asks of them is noted in order.
 #pragma once
 
 #include "VeltoApp/history/CallRecord.h"
-#include "VeltoApp/session/SessionCollaborators.h"
+#include "VeltoApp/session/LiveCollaborators.h"
 #include "VeltoShared/core/Clock.h"
 
 #include <string>
@@ -25,7 +26,7 @@ struct FakeLine : CallLine {
     asio::awaitable<bool> dial(std::string number, std::function<void(std::string)> log) override {
         notes.push_back("dial " + number);
         log("dial: opening tel-phoneapp:" + number);
-        co_await Clock::shared().sleep(dialTime);
+        co_await Clock::shared().sleep(std::chrono::seconds(1));
         if (dialSucceeds)
             active = true;
         co_return dialSucceeds;
@@ -42,117 +43,69 @@ struct FakeLine : CallLine {
     bool answered = false;
     bool dialSucceeds = true;
     bool hangupSucceeds = true;
-    Clock::Duration dialTime = std::chrono::seconds(1);
 };
 
+/// The real thing over the platform's devices.
 struct FakeAudio : CallAudio {
     explicit FakeAudio(Notes& n) : notes(n) {}
-
-    struct Tap : CallTap {
-        explicit Tap(Notes& n) : notes(n) {}
-        std::string deviceName() const override { return "VeltoTap"; }
-        void destroy() override { notes.push_back("tap destroyed"); }
-        Notes& notes;
-    };
-    struct Recorder : CallRecorder {
-        Recorder(Notes& n, std::string lost) : notes(n), troubled(std::move(lost)) {}
-        void start() override { notes.push_back("recorder started"); }
-        void stop() override { notes.push_back("recorder stopped"); }
-        std::string trouble() const override { return troubled; }
-        Notes& notes;
-        std::string troubled;
-    };
-
-    bool tapsSupported() override { return supportsTaps; }
+    bool tapsSupported() override { return live.tapsSupported(); }
     std::unique_ptr<CallTap> makeTap(const std::string& bundleID, const std::string& name,
                                      bool mute) override {
-        notes.push_back("tap " + bundleID + " " + name + (mute ? " muted" : ""));
-        if (!tapSucceeds)
-            return nullptr;
-        return std::make_unique<Tap>(notes);
+        return live.makeTap(bundleID, name, mute);
     }
     std::unique_ptr<CallRecorder> makeRecorder(const std::string& device, double rate,
                                                const std::filesystem::path& file) override {
-        recordedFile = file;
-        notes.push_back("record " + device + " " + std::to_string(static_cast<int>(rate)));
-        if (!recorderSucceeds)
-            return nullptr;
-        return std::make_unique<Recorder>(notes, recorderTrouble);
+        return live.makeRecorder(device, rate, file);
     }
     AudioBridge::Status enforceSavingPrevious(bool inputOnly) override {
-        notes.push_back(inputOnly ? "save and enforce input" : "save and enforce");
-        switched = true;
-        return status(inputOnly);
+        return live.enforceSavingPrevious(inputOnly);
     }
-    AudioBridge::Status enforce(bool inputOnly) override {
-        notes.push_back("enforce");
-        return status(inputOnly);
-    }
+    AudioBridge::Status enforce(bool inputOnly) override { return live.enforce(inputOnly); }
     bool restoreIfNeeded() override {
         notes.push_back("restore");
-        return std::exchange(switched, false);
+        return live.restoreIfNeeded();
     }
-    void observeReturn(std::function<void()> observer) override { returned = std::move(observer); }
-
-    AudioBridge::Status status(bool inputOnly) const {
-        if (!devicesExist)
-            return {false, "Bridge devices not installed — install in Settings → Debug → Drivers", "Mic",
-                    "Speaker"};
-        return {true, inputOnly ? "Uplink routing (input only)" : "Bridge routing OK",
-                std::string(AudioBridge::inputDevice),
-                inputOnly ? "Speaker" : std::string(AudioBridge::outputDevice)};
-    }
+    void observeReturn(std::function<void()> returned) override { live.observeReturn(std::move(returned)); }
 
     Notes& notes;
-    bool supportsTaps = true;
-    bool tapSucceeds = true;
-    bool recorderSucceeds = true;
-    std::string recorderTrouble;
-    bool devicesExist = true;
-    bool switched = false;
-    std::filesystem::path recordedFile;
-    std::function<void()> returned;
-};
-
-struct FakeAgent : CallAgent {
-    explicit FakeAgent(Notes& n) : notes(n) {}
-    void setLog(std::function<void(std::string)> sink) override { log = std::move(sink); }
-    void setOnToolCall(std::function<std::string(const std::string&, const std::string&)> handler) override {
-        onToolCall = std::move(handler);
-    }
-    asio::awaitable<Result<>> start() override {
-        notes.push_back("agent start");
-        co_await Clock::shared().sleep(startTime);
-        if (!failure.empty())
-            co_return Failure{kErrorTransport, failure};
-        co_return Result<>{};
-    }
-    void greet() override { notes.push_back("greet"); }
-    void stop() override {
-        notes.push_back("agent stop");
-        log("final stats: downlink frames=1");
-    }
-
-    Notes& notes;
-    Clock::Duration startTime = std::chrono::milliseconds(200);
-    std::string failure;
-    std::function<void(std::string)> log;
-    std::function<std::string(const std::string&, const std::string&)> onToolCall;
+    CallAudio& live = *liveCollaborators().audio;
 };
 
 struct FakeAgents : CallAgents {
     explicit FakeAgents(Notes& n) : notes(n) {}
+
+    struct Agent : CallAgent {
+        explicit Agent(FakeAgents& m) : maker(m) {}
+        void setLog(std::function<void(std::string)> sink) override { log = std::move(sink); }
+        void
+        setOnToolCall(std::function<std::string(const std::string&, const std::string&)> handler) override {
+            onToolCall = std::move(handler);
+        }
+        asio::awaitable<Result<>> start() override {
+            maker.notes.push_back("agent start");
+            co_await Clock::shared().sleep(maker.startTime);
+            if (!maker.failure.empty())
+                co_return Failure{kErrorTransport, maker.failure};
+            co_return Result<>{};
+        }
+        void greet() override { maker.notes.push_back("greet"); }
+        void stop() override {
+            maker.notes.push_back("agent stop");
+            log("final stats: downlink frames=1");
+        }
+
+        FakeAgents& maker;
+        std::function<void(std::string)> log;
+        std::function<std::string(const std::string&, const std::string&)> onToolCall;
+    };
     std::shared_ptr<CallAgent> make(const CallAgentOptions& options) override {
         made.push_back(options);
-        latest = std::make_shared<FakeAgent>(notes);
-        latest->failure = failure;
-        latest->startTime = startTime;
-        return latest;
+        return latest = std::make_shared<Agent>(*this);
     }
 
     Notes& notes;
     std::vector<CallAgentOptions> made;
-    std::shared_ptr<FakeAgent> latest;
+    std::shared_ptr<Agent> latest;
     std::string failure;
     Clock::Duration startTime = std::chrono::milliseconds(200);
 };

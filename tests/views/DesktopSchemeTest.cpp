@@ -5,17 +5,18 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QThread>
+#include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
 namespace velto {
 namespace {
 
-constexpr const char* kPath = "/org/freedesktop/portal/desktop";
-constexpr const char* kInterface = "org.freedesktop.portal.Settings";
-constexpr const char* kGroup = "org.freedesktop.appearance";
-constexpr const char* kKey = "color-scheme";
+const QString kPath = "/org/freedesktop/portal/desktop";
+const QString kInterface = "org.freedesktop.portal.Settings";
+const QString kGroup = "org.freedesktop.appearance";
+const QString kKey = "color-scheme";
 
 class Portal : public QObject {
     Q_OBJECT
@@ -23,59 +24,45 @@ class Portal : public QObject {
 
   public:
     Portal() {
-        bus.registerObject(QLatin1String(kPath), this, QDBusConnection::ExportScriptableSlots);
-        bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+        bus.registerObject(kPath, this, QDBusConnection::ExportScriptableSlots);
+        bus.registerService("org.freedesktop.portal.Desktop");
     }
-    ~Portal() override { QDBusConnection::disconnectFromBus(QStringLiteral("portal")); }
+    ~Portal() override { QDBusConnection::disconnectFromBus("portal"); }
 
-    void change(const char* key, unsigned value) {
-        auto signal = QDBusMessage::createSignal(QLatin1String(kPath), QLatin1String(kInterface),
-                                                 QStringLiteral("SettingChanged"));
-        signal << QLatin1String(kGroup) << QLatin1String(key) << QVariant::fromValue(QDBusVariant(value));
+    void change(const QString& key, unsigned value) {
+        auto signal = QDBusMessage::createSignal(kPath, kInterface, "SettingChanged");
+        signal << kGroup << key << QVariant::fromValue(QDBusVariant(value));
         bus.send(signal);
     }
 
   public Q_SLOTS:
     Q_SCRIPTABLE QDBusVariant Read(const QString& group, const QString& key) {
-        const bool asked = group == QLatin1String(kGroup) && key == QLatin1String(kKey);
         // Wrapped twice, as portals do.
-        return QDBusVariant(QVariant::fromValue(QDBusVariant(asked ? 1u : 2u)));
+        return QDBusVariant(QVariant::fromValue(QDBusVariant(group == kGroup && key == kKey ? 1u : 2u)));
     }
 
   private:
-    QDBusConnection bus =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
+    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "portal");
 };
 
-void until(const std::function<bool()>& done) {
-    for (int i = 0; i < 5000 && !done(); ++i) {
-        QCoreApplication::processEvents();
-        QThread::msleep(1);
-    }
-    EXPECT_TRUE(done());
-}
-
 TEST(DesktopSchemeTest, AsksThePortalAndFollowsIt) {
+    int argc = 1;
+    std::string name = "desktop_scheme_test";
+    std::array arguments{name.data()};
+    const QCoreApplication application(argc, arguments.data());
     Portal portal;
     DesktopScheme scheme;
     EXPECT_FALSE(scheme.prefersDark());
-    int changes = 0;
-    QObject::connect(&scheme, &DesktopScheme::changed, [&] { ++changes; });
-    until([&] { return scheme.prefersDark(); });
+    const QSignalSpy changes(&scheme, &DesktopScheme::changed);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return scheme.prefersDark(); }));
     portal.change("accent-color", 0);
     portal.change(kKey, 1);
     portal.change(kKey, 2);
-    until([&] { return !scheme.prefersDark(); });
-    EXPECT_EQ(changes, 2);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !scheme.prefersDark(); }));
+    EXPECT_EQ(changes.count(), 2);
 }
 
 } // namespace
 } // namespace velto
 
 #include "DesktopSchemeTest.moc"
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleTest(&argc, argv);
-    const QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -1,7 +1,5 @@
 // velto-shots: pictures of the windows in every state, light and dark, for the documentation.
 #include "VeltoApp/views/items/Appearance.h"
-#include "VeltoShared/audio/WavFile.h"
-#include "VeltoShared/core/AppPaths.h"
 #include "tests/views/ScreenReader.h"
 #include "tests/views/WindowBench.h"
 
@@ -40,15 +38,13 @@ QImage smaller(const QImage& picture) {
 
 class Photographer {
   public:
-    Photographer(QString folder, bool dark) : folder_(std::move(folder)), dark_(dark) {}
+    explicit Photographer(QString folder) : folder_(std::move(folder)) {}
 
-    bool takeAll() {
+    void takeAll() {
         firstRun();
-        ready();
         calling();
         failed();
         settings();
-        return allSaved_;
     }
 
   private:
@@ -56,16 +52,8 @@ class Photographer {
         WindowBench bench;
         bench.computer.desktop.setTrusted(false);
         bench.drivers.clear();
-        for (const char* device : {"VeltoVoice 2ch Feed", "VeltoVoice 2ch Mic", "VeltoLoop 2ch"})
-            bench.computer.audio.removeDevice(device);
+        bench.computer.audio.removeDevice("VeltoLoop 2ch");
         take(bench.open(), "main-not-ready");
-    }
-
-    void ready() {
-        WindowBench bench;
-        bench.addKey();
-        auto& window = bench.open();
-        take(window, "main-ready");
     }
 
     void calling() {
@@ -118,7 +106,7 @@ class Photographer {
         bench.addKey();
         addCalls(bench);
         auto calls = bench.history.records();
-        calls.front().recordingPath = addRecording().string();
+        calls.front().recordingPath = addRecording(bench).string();
         bench.history.records.set(std::move(calls));
         bench.drivers.clear();
         bench.settings.monitorDevice.set("Speaker");
@@ -126,29 +114,23 @@ class Photographer {
         auto& window = bench.open(QStringLiteral("SettingsView.qml"));
         const ScreenReader reader(window, [&] { bench.settle(); });
         bench.goLive(kNumber);
-        const auto listen = [&] {
-            if (auto* const wave = reader.item(QAccessible::Slider, "Place in the recording"))
-                wave->setProperty("value", 13);
-        };
         for (const char* pane : {"Native", "Recordings", "History", "Diagnostics", "Routing", "Drivers"}) {
             reader.pick("Pane", pane);
             reader.press("Run checks");
-            listen();
-            take(window, "settings-" + std::string(pane));
+            take(window, QStringLiteral("settings-") + pane);
             if (reader.press(kNumber, QAccessible::ListItem)) {
-                listen();
                 take(window, "settings-transcript");
                 reader.press("Done");
             }
         }
         for (const char* tab : {"General", "Readiness"}) {
             reader.press(tab, QAccessible::PageTab);
-            take(window, "settings-" + std::string(tab));
+            take(window, QStringLiteral("settings-") + tab);
         }
     }
 
     /// Syllables with pauses between sentences.
-    static std::filesystem::path addRecording() {
+    static std::filesystem::path addRecording(WindowBench& bench) {
         std::vector<std::int16_t> sound(std::size_t{40} * 16'000);
         for (std::size_t i = 0; i < sound.size(); ++i) {
             const double time = static_cast<double>(i) / 16'000;
@@ -156,11 +138,7 @@ class Photographer {
                 std::sin(time * 1.3) > -0.3 ? std::abs(std::sin(time * 9) * std::sin(time * 2.1)) : 0;
             sound[i] = static_cast<std::int16_t>(14'000 * loud * std::sin(time * 900));
         }
-        auto path = AppPaths::recordings() / "call-20261120-141503.wav";
-        WavFile file(path, 16'000);
-        file.append(sound);
-        file.finish();
-        return path;
+        return bench.addRecording("call-20261120-141503.wav", sound);
     }
 
     static void addCalls(WindowBench& bench) {
@@ -171,23 +149,24 @@ class Photographer {
         bench.addCall(kNumber, 2min, 83);
     }
 
-    void take(QQuickWindow& window, const std::string& name) {
-        Appearance::of(*qmlEngine(&window)).setDark(dark_);
-        constexpr int kFrames = 3; // each lays out what the one before has made another size
-        for (int i = 0; i < kFrames; ++i) {
-            window.grabWindow();
-            QCoreApplication::processEvents();
-        }
-        const auto file = folder_ + '/' + QString::fromStdString(name) + (dark_ ? "-dark.png" : "-light.png");
-        if (!smaller(window.grabWindow()).save(file)) {
-            std::cerr << "velto-shots: cannot write " << file.toStdString() << '\n';
-            allSaved_ = false;
+    void take(QQuickWindow& window, const QString& name) {
+        const ScreenReader reader(window, [] {});
+        if (auto* const recording = reader.item(QAccessible::Slider, "Place in the recording"))
+            recording->setProperty("value", 13); // seconds that have been played
+        for (const bool dark : {true, false}) {
+            Appearance::of(*qmlEngine(&window)).setDark(dark);
+            constexpr int kFrames = 3; // each lays out what the one before has made another size
+            for (int i = 0; i < kFrames; ++i) {
+                window.grabWindow();
+                QCoreApplication::processEvents();
+            }
+            const auto file = folder_ + '/' + name + (dark ? "-dark.png" : "-light.png");
+            if (!smaller(window.grabWindow()).save(file))
+                qFatal("velto-shots: cannot write %s", qPrintable(file));
         }
     }
 
     QString folder_;
-    bool dark_;
-    bool allSaved_ = true;
 };
 
 } // namespace
@@ -202,9 +181,6 @@ int main(int argc, char** argv) {
         std::cerr << "usage: velto-shots FOLDER\n";
         return 2;
     }
-    const auto folder = QString::fromLocal8Bit(argv[1]);
-    QDir().mkpath(folder);
-    const bool light = Photographer(folder, false).takeAll();
-    const bool dark = Photographer(folder, true).takeAll();
-    return light && dark ? 0 : 1;
+    QDir().mkpath(QString::fromLocal8Bit(argv[1]));
+    Photographer(QString::fromLocal8Bit(argv[1])).takeAll();
 }

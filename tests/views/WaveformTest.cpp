@@ -1,8 +1,7 @@
 #include "VeltoShared/audio/Waveform.h"
 
-#include "VeltoShared/audio/WavFile.h"
 #include "VeltoShared/core/AppPaths.h"
-#include "tests/views/SettingsWindow.h"
+#include "tests/views/ViewTest.h"
 
 #include <QTest>
 
@@ -12,17 +11,11 @@
 namespace velto::test {
 namespace {
 
-constexpr const char* kSlider = "Place in the recording";
+using Peaks = std::vector<std::uint16_t>;
+const std::vector<std::int16_t> kLong(16'000 * 40, 9'000);
 
-struct WaveformTest : SettingsWindow {
-    static std::filesystem::path keep(const char* name, const std::vector<std::int16_t>& samples) {
-        const auto path = AppPaths::recordings() / name;
-        WavFile file(path, 16'000);
-        file.append(samples);
-        file.finish();
-        return path;
-    }
-    QQuickItem* slider() const { return reader->item(QAccessible::Slider, kSlider); }
+struct WaveformTest : ViewTest {
+    QQuickItem* slider() const { return reader->item(QAccessible::Slider, "Place in the recording"); }
     void click(double part) {
         const auto place = slider()->mapToScene({slider()->width() * part, slider()->height() / 2});
         QTest::mouseClick(window, Qt::LeftButton, {}, place.toPoint());
@@ -37,19 +30,19 @@ TEST_F(WaveformTest, HasTheLoudestSampleOfEachColumn) {
     sound[9'999] = 500;
     sound[10'000] = -700;
     sound[29'999] = 900;
-    const auto path = keep("a.wav", sound);
+    const auto path = bench.addRecording("a.wav", sound);
     const auto form = Waveform::read(path, 3);
     ASSERT_TRUE(form);
-    EXPECT_EQ(form->peaks, (std::vector<std::uint16_t>{32'768, 700, 900}));
+    EXPECT_EQ(form->peaks, (Peaks{32'768, 700, 900}));
     EXPECT_DOUBLE_EQ(form->seconds, 30'000 / 16'000.0);
-    EXPECT_EQ(Waveform::read(keep("b.wav", {-3, 2}), 600)->peaks, (std::vector<std::uint16_t>{3, 2}));
+    EXPECT_EQ(Waveform::read(bench.addRecording("b.wav", {-3, 2}), 600)->peaks, (Peaks{3, 2}));
 
     std::filesystem::resize_file(path, 44 + 40'000); // its header tells of more, as while it is written
-    EXPECT_EQ(Waveform::read(path, 2)->peaks, (std::vector<std::uint16_t>{32'768, 700}));
+    EXPECT_EQ(Waveform::read(path, 2)->peaks, (Peaks{32'768, 700}));
     std::ofstream(AppPaths::recordings() / "text.wav") << std::string(100, 'x');
+    bench.addRecording("empty.wav", {});
     for (const auto& name : {"empty.wav", "text.wav", "none.wav"})
         EXPECT_FALSE(Waveform::read(AppPaths::recordings() / name, 3)) << name;
-    EXPECT_FALSE(Waveform::read(keep("empty.wav", {}), 3));
     std::stop_source stopped;
     stopped.request_stop();
     EXPECT_FALSE(Waveform::read(path, 3, stopped.get_token()));
@@ -57,16 +50,15 @@ TEST_F(WaveformTest, HasTheLoudestSampleOfEachColumn) {
     EXPECT_FALSE(Waveform::read(path, 3)) << "no sample is left";
 }
 
-TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
-    const auto path = keep("a.wav", std::vector<std::int16_t>(16'000 * 40, 9'000));
+TEST_F(WaveformTest, ARecordingPlaysFromWhereItIsClickedOrTheKeyboardIs) {
+    const auto path = bench.addRecording("a.wav", kLong);
     openPane("Recordings");
     ASSERT_NE(slider(), nullptr);
     click(0.25);
     EXPECT_NEAR(position(), 10, 0.2);
     bench.advance(1s);
     EXPECT_NEAR(position(), 11, 0.3);
-    EXPECT_NEAR(slider()->property("value").toDouble(), position(), 1e-9)
-        << "what has been played is coloured";
+    EXPECT_NEAR(slider()->property("value").toDouble(), position(), 1e-9);
     EXPECT_TRUE(press("Stop"));
     EXPECT_EQ(position(), -1);
 
@@ -80,21 +72,21 @@ TEST_F(WaveformTest, PlaysFromWhereItIsClickedOrTheKeyboardIs) {
     reader->key(Qt::Key_Return);
     EXPECT_EQ(position(), -1);
 
-    std::filesystem::remove(path);
-    click(0.5);
-    EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));
+    EXPECT_TRUE(reads("1250 KB"));
+    fill("Play device", "Gramophone");
+    EXPECT_TRUE(press("Play"));
+    EXPECT_TRUE(reads("Cannot play a.wav on Gramophone"));
+    EXPECT_TRUE(press("Reveal"));
+    EXPECT_EQ(bench.computer.desktop.revealedFiles().back(), path);
 }
 
 TEST_F(WaveformTest, ATranscriptSaysThatItsRecordingCannotBePlayed) {
-    CallRecord call;
-    call.number = "+15550126";
-    call.recordingPath = keep("a.wav", std::vector<std::int16_t>(16'000, 9'000)).string();
-    bench.history.insertFirst(std::move(call));
+    const auto path = bench.addRecording("a.wav", kLong);
+    bench.history.insertFirst({.number = "+15550126", .recordingPath = path.string()});
     openPane("History");
     ASSERT_TRUE(press("+15550126", QAccessible::ListItem));
-    std::filesystem::remove(AppPaths::recordings() / "a.wav");
+    std::filesystem::remove(path);
     bench.app.rec->play("b.wav", "Speaker");
-    bench.settle();
     EXPECT_FALSE(reads("Cannot play b.wav on Speaker"));
     click(0.5);
     EXPECT_TRUE(reads("Cannot play a.wav on Speaker"));

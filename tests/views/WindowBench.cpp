@@ -1,5 +1,7 @@
 #include "tests/views/WindowBench.h"
 
+#include "VeltoShared/audio/WavFile.h"
+#include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/KeychainStore.h"
 #include "VeltoShared/core/SecretKey.h"
 
@@ -22,21 +24,15 @@ void WindowBench::prepareQt() {
 }
 
 WindowBench::WindowBench()
-    : app{std::make_shared<AudioState>(),
-          std::make_shared<DriverState>([this](const std::string& line) {
-              commands.push_back(line);
-              return Helper::Result{};
-          }),
-          AgentState::make(settings,
-                           [](VoiceProvider, std::string key) -> asio::awaitable<bool> {
-                               co_return key.starts_with("good");
-                           }),
-          std::make_shared<RecordingState>(),
-          std::make_shared<NativeCallSession>(SessionCollaborators{&line, &audio, &agents, &archive_},
-                                              settings),
-          std::make_shared<ReadinessState>([this] { return drivers; }),
-          history,
-          settings} {
+    : app{.agent = AgentState::make(settings,
+                                    [](VoiceProvider, std::string key) -> asio::awaitable<bool> {
+                                        co_return key.starts_with("good");
+                                    }),
+          .nativeSession = std::make_shared<NativeCallSession>(
+              SessionCollaborators{&line, &audio, &agents, this}, settings),
+          .setup = std::make_shared<ReadinessState>([this] { return drivers; }),
+          .history = history,
+          .settings = settings} {
     computer.audio.addUsualDevices();
     settings.hasCompletedSetup.set(true);
 }
@@ -56,13 +52,19 @@ void WindowBench::addKey() {
 }
 
 void WindowBench::addCall(std::string number, Clock::Duration ago, double seconds) {
-    CallRecord call;
-    call.number = std::move(number);
-    call.started =
-        CallRecord::Time::of(loop.clock.now() - std::chrono::duration_cast<Clock::WallTime::duration>(ago));
-    call.duration = seconds;
-    call.transcript = "Agent: Hello.\nCaller: Hello.";
-    history.insertFirst(std::move(call));
+    const auto started = loop.clock.now() - std::chrono::duration_cast<Clock::WallTime::duration>(ago);
+    history.insertFirst({.number = std::move(number),
+                         .started = CallRecord::Time::of(started),
+                         .duration = seconds,
+                         .transcript = "Agent: Hello.\nCaller: Hello."});
+}
+
+std::filesystem::path WindowBench::addRecording(const char* name, const std::vector<std::int16_t>& samples) {
+    const auto path = AppPaths::recordings() / name;
+    WavFile file(path, 16'000);
+    file.append(samples);
+    file.finish();
+    return path;
 }
 
 QQuickWindow& WindowBench::open(const QString& file) {

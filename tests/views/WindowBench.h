@@ -18,14 +18,14 @@
 namespace velto::test {
 
 /// Before the first use: `prepareQt` and a QGuiApplication. One thread.
-class WindowBench {
+class WindowBench : CallArchive {
   public:
     /// For windows that nobody sees, with the software renderer.
     static void prepareQt();
 
     /// A computer that is ready, with sound devices, without calls and keys.
     WindowBench();
-    ~WindowBench();
+    ~WindowBench() override;
     WindowBench(const WindowBench&) = delete;
     WindowBench& operator=(const WindowBench&) = delete;
 
@@ -33,6 +33,8 @@ class WindowBench {
     void addKey();
     /// A call that ended so long ago.
     void addCall(std::string number, Clock::Duration ago, double seconds);
+    /// One of 16,000 Hz, in the folder of recordings.
+    static std::filesystem::path addRecording(const char* name, const std::vector<std::int16_t>& samples);
     /// Loads the window of this file, shows it and lets it settle.
     QQuickWindow& open(const QString& file = QStringLiteral("MainView.qml"));
     /// Runs all that is ready, in both loops.
@@ -49,26 +51,16 @@ class WindowBench {
     FakeLine line{notes};
     FakeAudio audio{notes};
     FakeAgents agents{notes};
-    /// Lines that were to be run as the administrator; each succeeds.
-    Notes commands;
     std::vector<std::string> drivers{"VeltoLoop.driver", "VeltoVoice.driver"};
     AppSettings settings{computer.preferences};
     CallHistoryStore history{computer.root() / "history.json"};
 
-  private:
-    struct Archive : CallArchive {
-        explicit Archive(CallHistoryStore& s) : store(s) {}
-        void add(CallRecord record) override { store.insertFirst(std::move(record)); }
-        CallHistoryStore& store;
-    };
-    Archive archive_{history};
-    bool keysAreGood_ = true;
-
-  public:
     VeltoApp app;
     std::unique_ptr<AppModel> model;
 
   private:
+    void add(CallRecord record) override { history.insertFirst(std::move(record)); }
+
     std::unique_ptr<QQmlApplicationEngine> engine_;
 };
 

@@ -20,34 +20,28 @@ expect() {
     status=1
   fi
 }
-# start WORDS COMMAND…: in the background, until its log says these words.
+# start COMMAND…: in the background, until it listens.
 start() {
-  local words=$1
-  shift
+  rm -f "$home"/.local/state/Velto/velto.log
   "$@" >/dev/null 2>&1 &
   for _ in $(seq 200); do
-    grep -qs "$words" "$home"/.local/state/Velto/velto.log && return
+    grep -qs 'control: listening' "$home"/.local/state/Velto/velto.log && return
     sleep 0.05
   done
   echo "does not start: $*"
   status=1
 }
-stop() {
-  kill %%
-  wait %% 2>/dev/null
-  rm "$home"/.local/state/Velto/velto.log
-}
 
 expect 1 'cannot open a display (velto --headless needs none): could not connect' \
   env QT_QPA_PLATFORM=xcb DISPLAY=:nowhere "$velto"
-start 'control: listening' "$velto"
+start "$velto"
 expect 0 '' "$velto"
 expect 1 'running already' env DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere "$velto"
 kill -STOP %%
 expect 1 'running and does not answer' "$velto"
 kill -CONT %%
-stop
-start 'control: listening' env QT_QPA_PLATFORM=nothing "$velto" --headless
+kill %%
+wait %% 2>/dev/null
+start env QT_QPA_PLATFORM=nothing "$velto" --headless
 expect 1 'running already' "$velto"
-stop
 exit $status

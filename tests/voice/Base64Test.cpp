@@ -1,4 +1,4 @@
-// Base64: every engine against the portable one, and every kind of text that must be refused.
+// Base64: every engine against the portable one. What must be refused the fuzz target tries.
 #include "VeltoShared/voice/Base64.h"
 
 #include <gtest/gtest.h>
@@ -10,14 +10,6 @@ namespace velto {
 namespace {
 
 using Base64::Engine;
-
-std::vector<Engine> engines() {
-    std::vector<Engine> available;
-    for (const auto engine : {Engine::portable, Engine::avx2, Engine::avx512})
-        if (Base64::isAvailable(engine))
-            available.push_back(engine);
-    return available;
-}
 
 std::string encoded(std::string_view bytes, Engine engine) {
     std::string text(Base64::encodedSize(bytes.size()), '?');
@@ -35,75 +27,21 @@ std::optional<std::string> decoded(std::string_view text, Engine engine) {
     return std::string(reinterpret_cast<const char*>(room.data()), *size);
 }
 
-std::string randomBytes(std::size_t count) {
-    static std::mt19937 generator(7);
-    std::string bytes(count, ' ');
-    for (char& byte : bytes)
-        byte = static_cast<char>(generator());
-    return bytes;
-}
-
-TEST(Base64, StandardVectors) {
-    const std::pair<const char*, const char*> vectors[] = {{"", ""},
-                                                           {"f", "Zg=="},
-                                                           {"fo", "Zm8="},
-                                                           {"foo", "Zm9v"},
-                                                           {"foob", "Zm9vYg=="},
-                                                           {"fooba", "Zm9vYmE="},
-                                                           {"foobar", "Zm9vYmFy"},
-                                                           {"\xFB\xFF\xBF", "+/+/"}};
-    for (const auto engine : engines())
-        for (const auto& [bytes, text] : vectors) {
+TEST(Base64, EveryEngineKeepsEveryLength) {
+    for (const auto engine : {Engine::portable, Engine::avx2, Engine::avx512}) {
+        if (!Base64::isAvailable(engine))
+            continue;
+        for (const auto& [bytes, text] :
+             {std::pair{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"\xFB\xFF\xBF", "+/+/"}}) {
             EXPECT_EQ(encoded(bytes, engine), text);
             EXPECT_EQ(decoded(text, engine), bytes);
         }
-}
-
-TEST(Base64, EveryLengthSurvivesEveryEngine) {
-    for (std::size_t size = 0; size < 400; ++size) {
-        const auto bytes = randomBytes(size);
-        const auto text = encoded(bytes, Engine::portable);
-        for (const auto engine : engines()) {
+        std::mt19937 generator(7);
+        for (std::string bytes; bytes.size() < 400; bytes += static_cast<char>(generator())) {
+            const auto text = encoded(bytes, Engine::portable);
             ASSERT_EQ(encoded(bytes, engine), text);
             ASSERT_EQ(decoded(text, engine), bytes);
         }
-    }
-}
-
-TEST(Base64, AnyWrongCharacterAnywhereIsRefused) {
-    constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const auto good = encoded(randomBytes(189), Engine::portable);
-    for (std::size_t at = 0; at < good.size(); ++at)
-        for (int c = 0; c < 256; ++c) {
-            auto text = good;
-            text[at] = static_cast<char>(c);
-            const bool isGood = kAlphabet.find(text[at]) != std::string_view::npos;
-            for (const auto engine : engines()) {
-                const bool isAccepted = decoded(text, engine).has_value();
-                // Padding in the last place is well-formed when it leaves no bits over.
-                if (c == '=' && at + 1 == good.size())
-                    ASSERT_EQ(isAccepted, decoded(text, Engine::portable).has_value());
-                else
-                    ASSERT_EQ(isAccepted, isGood) << "character " << c << " at " << at;
-            }
-        }
-}
-
-TEST(Base64, MalformedTextsAreRefused) {
-    const std::string filler(192, 'A');
-    for (const char* end :
-         {"Z",        "Zg",    "Zg=",      "Zg===",    "Zm8",  "====",  "=",        "Z===",  "Zm=v",
-          "Z=9v",     "=m9v",  "Zg==Zg==", "Zm8=Zm8=", "Zh==", "Zv==",  "Zm9=",     "Zm8\n", "Zm9v\n",
-          "Zm9v\r\n", "Zm 9v", " Zm9v",    "Zm9-",     "Zm9_", "Zm9v=", "Zm9v====", "Zm9\0", "Zg=A"})
-        for (const auto engine : engines()) {
-            EXPECT_FALSE(decoded(end, engine)) << end;
-            EXPECT_FALSE(decoded(filler + end, engine)) << end;
-        }
-    for (const auto engine : engines()) {
-        EXPECT_FALSE(decoded(std::string_view("Zm9\0", 4), engine));
-        EXPECT_FALSE(decoded("Zg==" + filler, engine));
-        EXPECT_FALSE(decoded("Zg==" + filler + "Zg==", engine));
-        EXPECT_FALSE(decoded(filler + "\n" + filler + "AAA", engine));
         std::byte little[2];
         EXPECT_FALSE(Base64::decode("Zm9v", little, engine));
     }

@@ -1,10 +1,12 @@
 // Voice events as one line of text each, for comparing whole sequences.
 #pragma once
 
-#include "VeltoShared/voice/VoiceSession.h"
+#include "VeltoShared/voice/ProviderMessages.h"
 
+#include <initializer_list>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace velto::test {
 
@@ -26,6 +28,17 @@ struct EventText {
 
 inline std::string text(const VoiceEvent& event) {
     return std::visit(EventText{}, event);
+}
+
+using Lines = std::vector<std::string>;
+
+/// What a connection's received messages stand for, all in one.
+inline Lines handled(ProviderMessages&& messages, std::initializer_list<std::string> received) {
+    Lines lines;
+    for (const auto& message : received)
+        for (const auto& event : messages.handle(message))
+            lines.push_back(text(event));
+    return lines;
 }
 
 } // namespace velto::test

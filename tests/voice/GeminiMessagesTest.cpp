@@ -8,21 +8,13 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
-namespace velto {
+namespace velto::test {
 namespace {
 
 namespace json = boost::json;
-using Lines = std::vector<std::string>;
 
-GeminiMessages make(std::string key = "k", std::string instruction = "Be \"brief\"\n") {
-    return GeminiMessages({std::move(key), "some-model", "Puck", std::move(instruction), "localhost:1"});
-}
-
-Lines handled(GeminiMessages& messages, std::string_view text) {
-    Lines lines;
-    for (const auto& event : messages.handle(text))
-        lines.push_back(test::text(event));
-    return lines;
+GeminiMessages make(std::string key = "k") {
+    return GeminiMessages({std::move(key), "some-model", "Puck", "Be brief.", "localhost:1"});
 }
 
 TEST(GeminiMessages, RequestEscapesTheKey) {
@@ -33,32 +25,13 @@ TEST(GeminiMessages, RequestEscapesTheKey) {
     EXPECT_TRUE(request.headers.empty());
 }
 
-TEST(GeminiMessages, TheSetupCarriesModelAndInstruction) {
-    const auto setup = json::parse(make().configuration()).at("setup");
-    EXPECT_EQ(setup.at("model"), "models/some-model");
-    EXPECT_EQ(setup.at_pointer("/systemInstruction/parts/0/text"), "Be \"brief\"\n");
-    EXPECT_EQ(json::parse(make("k", "bad \xFF").configuration())
-                  .at_pointer("/setup/systemInstruction/parts/0/text"),
-              "bad \xEF\xBF\xBD");
-}
-
-TEST(GeminiMessages, AudioOfEverySize) {
-    auto messages = make();
-    const std::string pcm(5000, 'x');
-    for (const std::size_t size : {640u, 0u, 1u, 2u, 3u, 5000u, 641u}) {
-        const auto bytes = std::as_bytes(std::span(pcm).first(size));
-        std::string base64(Base64::encodedSize(size), ' ');
-        Base64::encode(bytes, base64.data());
-        EXPECT_EQ(messages.audio(bytes),
-                  R"({"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":")" + base64 +
-                      R"("}}})");
-    }
-}
-
-TEST(GeminiMessages, TextTurnAndToolResponse) {
-    EXPECT_EQ(make().clientText("Say \"hi\" \x01"),
-              Lines{R"({"clientContent":{"turns":[{"role":"user","parts":[{"text":"Say \"hi\" \u0001"}]}],)"
-                    R"("turnComplete":true}})"});
+TEST(GeminiMessages, AudioTextTurnAndToolResponse) {
+    EXPECT_EQ(make().audio(std::as_bytes(std::span("abcd", 4))),
+              R"({"realtimeInput":{"audio":{"mimeType":"audio/pcm;rate=16000","data":"YWJjZA=="}}})");
+    EXPECT_EQ(
+        make().clientText("Say \"hi\" \x01 bad \xFF"),
+        Lines{R"({"clientContent":{"turns":[{"role":"user","parts":[{"text":"Say \"hi\" \u0001 bad �"}]}],)"
+              R"("turnComplete":true}})"});
     const auto response = [](std::string result) {
         const auto sent = make().toolResponse("id 1", "end_call", result);
         EXPECT_EQ(sent.size(), 1u);
@@ -75,7 +48,6 @@ TEST(GeminiMessages, TextTurnAndToolResponse) {
 }
 
 TEST(GeminiMessages, OrderOfBranches) {
-    auto messages = make();
     const std::pair<const char*, Lines> cases[] = {
         {R"({"serverContent":{"turnComplete":true},"setupComplete":{}})", {"setup"}},
         {R"({"setupComplete":null,"goAway":1})", {"setup"}},
@@ -90,66 +62,49 @@ TEST(GeminiMessages, OrderOfBranches) {
          {"interrupted", "agent hello", "audio AB", "audio CD", "turn"}},
         {R"({"serverContent":{"inputTranscription":{"text":"\u00fc"},"outputTranscription":{"text":"o"}}})",
          {"caller \xC3\xBC", "agent o"}},
+        {R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":"QQ=!"}},
+             {"inlineData":{"data":"QQ=="}},{"inlineData":{"data":""}}]}}})",
+         {"audio A", "audio "}},
     };
     for (const auto& [text, lines] : cases)
-        EXPECT_EQ(handled(messages, text), lines) << text;
+        EXPECT_EQ(handled(make(), {text}), lines) << text;
 }
 
 TEST(GeminiMessages, WrongTypesSkipOnlyTheirStep) {
-    auto messages = make();
     // A tool call of another shape does not hide the content beside it.
-    for (const char* call : {"null", "5", "[]", "{}", R"({"functionCalls":{}})", R"({"functionCalls":null})",
-                             R"({"functionCalls":[{},5]})"})
-        EXPECT_EQ(handled(messages,
-                          std::string(R"({"serverContent":{"turnComplete":true},"toolCall":)") + call + "}"),
+    for (const char* call : {"null", "{}", R"({"functionCalls":{}})", R"({"functionCalls":[{},5]})"})
+        EXPECT_EQ(handled(make(), {std::string(R"({"serverContent":{"turnComplete":true},"toolCall":)") +
+                                   call + "}"}),
                   Lines{"turn"})
             << call;
     for (const char* fields :
          {R"("id":5,"name":null,"args":5)", R"("id":[],"name":{},"args":"text")", R"("args":null)"})
-        EXPECT_EQ(handled(messages, std::string(R"({"toolCall":{"functionCalls":[{)") + fields + "}]}}"),
+        EXPECT_EQ(handled(make(), {std::string(R"({"toolCall":{"functionCalls":[{)") + fields + "}]}}"}),
                   Lines{"tool ||{}"})
             << fields;
     for (const char* wrong :
-         {R"("interrupted":"true")", R"("interrupted":1)", R"("interrupted":false)",
-          R"("inputTranscription":"hi")", R"("inputTranscription":{"text":""})",
-          R"("inputTranscription":{"text":5})", R"("outputTranscription":{})",
-          R"("outputTranscription":[{"text":"x"}])", R"("modelTurn":[])", R"("modelTurn":{"parts":{}})",
-          R"("modelTurn":{"parts":[5,{"inlineData":{"data":"QQ=="}}]})",
+         {R"("interrupted":"true")", R"("interrupted":false)", R"("inputTranscription":"hi")",
+          R"("inputTranscription":{"text":""})", R"("inputTranscription":{"text":5})", R"("modelTurn":[])",
+          R"("modelTurn":{"parts":{}})", R"("modelTurn":{"parts":[5,{"inlineData":{"data":"QQ=="}}]})",
           R"("modelTurn":{"parts":[{"inlineData":5},{"inlineData":{}},{"inlineData":{"data":5}}]})",
           R"("modelTurn":{"parts":[{"inlineData":{"data":"QQ"}},{"inlineData":{"data":"Q\nQ="}}]})"})
-        EXPECT_EQ(handled(messages, std::string(R"({"serverContent":{)") + wrong +
-                                        R"(,"outputTranscription":{"text":"on"},"turnComplete":true}})"),
+        EXPECT_EQ(handled(make(), {std::string(R"({"serverContent":{)") + wrong +
+                                   R"(,"outputTranscription":{"text":"on"},"turnComplete":true}})"}),
                   (Lines{"agent on", "turn"}))
             << wrong;
     for (const char* nothing :
-         {"", " ", "null", "5", "[]", "\"setupComplete\"", "{}", "{", R"({"setupComplete":)",
-          R"({"setupComplete":{}}x)", R"({"SetupComplete":{}})", R"({"serverContent":[]})",
-          R"({"serverContent":"x"})", R"({"serverContent":{"turnComplete":"true"}})", "\xFF"})
-        EXPECT_EQ(handled(messages, nothing), Lines{}) << nothing;
-}
-
-TEST(GeminiMessages, BadBase64SkipsOnlyItsPart) {
-    auto messages = make();
-    EXPECT_EQ(handled(messages, R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":"QQ=!"}},
-        {"inlineData":{"data":"QQ=="}},{"inlineData":{"data":""}}]}}})"),
-              (Lines{"audio A", "audio "}));
+         {"", "null", "[]", "{}", "{", "\xFF", R"({"setupComplete":{}}x)", R"({"SetupComplete":{}})",
+          R"({"serverContent":"x"})", R"({"serverContent":{"turnComplete":"true"}})"})
+        EXPECT_EQ(handled(make(), {nothing}), Lines{}) << nothing;
 }
 
 TEST(GeminiMessages, DepthIsBoundedAndTheNextMessageUnharmed) {
-    auto messages = make();
-    for (const std::size_t depth : {100u, 1'000'000u}) {
-        EXPECT_EQ(handled(messages,
-                          R"({"setupComplete":)" + std::string(depth, '[') + std::string(depth, ']') + "}"),
-                  Lines{});
-        EXPECT_EQ(handled(messages, R"({"a":)" + std::string(depth, '{')), Lines{});
-        EXPECT_EQ(handled(messages, R"({"setupComplete":[[{}]]})"), Lines{"setup"});
-    }
-    const std::string large(3'000'000, 'A');
-    const auto events = messages.handle(R"({"serverContent":{"modelTurn":{"parts":[{"inlineData":{"data":")" +
-                                        large + R"("}}]}}})");
-    ASSERT_EQ(events.size(), 1u);
-    EXPECT_EQ(std::get<event::Audio>(events[0]).chunk.bytes().size(), large.size() / 4 * 3);
+    for (const std::size_t depth : {100u, 1'000'000u})
+        EXPECT_EQ(
+            handled(make(), {R"({"setupComplete":)" + std::string(depth, '[') + std::string(depth, ']') + "}",
+                             R"({"a":)" + std::string(depth, '{'), R"({"setupComplete":[[{}]]})"}),
+            Lines{"setup"});
 }
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

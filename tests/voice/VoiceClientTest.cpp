@@ -3,15 +3,16 @@
 
 #include <boost/asio/io_context.hpp>
 
-namespace velto {
+namespace velto::test {
 namespace {
 
-using test::Lines;
-using test::ScriptedTlsServer;
-using test::ServerPeer;
-using test::ServerWords;
-
-class VoiceClientTest : public test::ProviderFixture {};
+class VoiceClientTest : public VoiceFixture, public testing::WithParamInterface<VoiceProvider> {
+  protected:
+    static std::shared_ptr<VoiceClient> client(const std::string& host, VoiceSocket::Limits limits = {}) {
+        return makeClient(GetParam(), host, limits);
+    }
+    static const ServerWords& words() { return ServerWords::of(GetParam()); }
+};
 
 TEST_P(VoiceClientTest, AConversation) {
     std::promise<Lines> heard;
@@ -87,7 +88,7 @@ TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
     const auto closing = [](const std::string& payload) { return ServerPeer::frame(8, payload); };
     const std::string closed = " closed the connection with";
     const Case cases[] = {
-        {"code and reason", closing("\x03\xF0"s + "bad\n" + std::string(test::kSecret)),
+        {"code and reason", closing("\x03\xF0"s + "bad\n" + std::string(kSecret)),
          closed + " code 1008: bad (key)"},
         {"the key as it stood in the request", closing("\x03\xF3no secret%20%22key%22%2F%26 here"),
          closed + " code 1011: no (key) here"},
@@ -95,7 +96,10 @@ TEST_P(VoiceClientTest, LostConnectionsAreDescribed) {
         {"no code", closing(""), closed + "out a code"},
         {"close in mid-message", ServerPeer::frame(1, "{\"setup", true, 1000),
          " ended the connection without closing it", [](ServerPeer&) {}},
-        {"reset", "", {}, [](ServerPeer& peer) { peer.reset(); }},
+        {"reset in mid-message",
+         ServerPeer::frame(1, "{\"setup", true, 1000),
+         {},
+         [](ServerPeer& peer) { peer.reset(); }},
         {"too long", ServerPeer::frame(1, "{", true, std::uint64_t{1} << 40)},
         {"broken text", ServerPeer::frame(1, "\xFF")},
         {"not a frame", "HTTP/1.1 500 Oh no\r\n\r\n"},
@@ -171,10 +175,7 @@ TEST_P(VoiceClientTest, ANetworkThatTakesNothingIsNoticed) {
 }
 
 TEST_P(VoiceClientTest, MayGoAtAnyTime) {
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        peer.readUntilClosed();
-    });
+    const ScriptedTlsServer server(listenToTheEnd);
     // Before connecting, while connecting, while receiving: the server sees the end each time.
     client(server.host()).reset();
     auto connecting = client(server.host());
@@ -196,28 +197,23 @@ TEST_P(VoiceClientTest, MayGoAtAnyTime) {
 }
 
 TEST_P(VoiceClientTest, ResumesWhereItWasAwaited) {
-    ScriptedTlsServer server([&](ServerPeer& peer) {
-        peer.accept();
-        peer.readUntilClosed();
-    });
+    const ScriptedTlsServer server(listenToTheEnd);
     const auto session = client(server.host());
     asio::io_context elsewhere;
-    int steps = 0;
-    const auto converse = [](VoiceSession& one, int& step) -> asio::awaitable<void> {
+    const auto converse = [](VoiceSession& one) -> asio::awaitable<void> {
         const auto here = std::this_thread::get_id();
-        const auto connected = co_await one.connect();
-        step += connected && here == std::this_thread::get_id();
+        EXPECT_TRUE(co_await one.connect());
+        EXPECT_EQ(std::this_thread::get_id(), here);
         co_await one.sendClientText("x");
-        step += here == std::this_thread::get_id();
+        EXPECT_EQ(std::this_thread::get_id(), here);
         co_await one.close();
-        step += here == std::this_thread::get_id();
+        EXPECT_EQ(std::this_thread::get_id(), here);
     };
-    asio::co_spawn(elsewhere, converse(*session, steps), asio::detached);
+    asio::co_spawn(elsewhere, converse(*session), asio::detached);
     elsewhere.run();
-    EXPECT_EQ(steps, 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(Voice, VoiceClientTest, testing::ValuesIn(kAllVoiceProviders), test::providerName);
+INSTANTIATE_TEST_SUITE_P(Voice, VoiceClientTest, testing::ValuesIn(kAllVoiceProviders), providerName);
 
 } // namespace
-} // namespace velto
+} // namespace velto::test

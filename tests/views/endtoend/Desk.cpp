@@ -7,6 +7,11 @@
 
 #include <boost/json.hpp>
 
+#include <X11/XKBlib.h>
+
+#include <X11/extensions/XTest.h>
+
+#include <algorithm>
 #include <stdexcept>
 
 namespace velto::test {
@@ -34,36 +39,33 @@ Desk::Desk(const rehearsal::GuardianLink& guardian, const std::string& name)
     installPlatform(parts);
     if (!surroundings.prepare())
         throw std::runtime_error("no private folders");
-    const std::filesystem::path scenario = VELTO_SCENARIOS "/callee-hangs-up.json";
     rehearsal::PrivateSessionPlan plan;
     plan.folder = link_.folder();
     plan.folders = surroundings.environment();
     plan.phone = InstallTree::programs() / "velto-phone";
-    plan.scenario = scenario;
+    plan.scenario = InstallTree::resources() / "scenarios" / "callee-hangs-up.json";
     plan.reports = surroundings.file("reports");
     stage.expect(
         plan.reports, [this](const boost::json::object& event) { evidence_.fromCallee(event); }, [] {});
     session = rehearsal::PrivateSession::start(plan, stage).value();
     accessibility_ = std::make_unique<AtspiAccessibility>([](const std::string&) {});
-    workspace_ = std::make_unique<LinuxWorkspace>(*accessibility_);
-    parts.accessibility = accessibility_.get();
-    parts.workspace = workspace_.get();
-    installPlatform(parts);
-    screen = std::make_unique<Screen>(session->phoneEnvironment().at("DISPLAY"));
+    display_ = ::XOpenDisplay(session->phoneEnvironment().at("DISPLAY").c_str());
+    if (display_ == nullptr)
+        throw std::runtime_error("the display cannot be opened");
     auto server = program(InstallTree::helpers() / "velto-rehearsal-server",
-                          {"--scenario", scenario, "--certificate", surroundings.file("server.pem"), "--key",
-                           surroundings.file("server.key")});
+                          {"--scenario", plan.scenario, "--certificate", surroundings.file("server.pem"),
+                           "--key", surroundings.file("server.key")});
     for (const auto& [provider, key] : keys.all())
         server.environment[rehearsal::keyVariable(provider)] = key;
     stage.add(server, [this](const boost::json::object& event) { evidence_.fromServer(event); });
     if (!stage.waitUntil([&] { return evidence_.serverPort != 0; }, kDeadline))
         throw std::runtime_error("the voice server did not start");
     surroundings.writePreferences(VoiceProvider::gemini, evidence_.serverPort, {});
-    std::filesystem::create_directories(VELTO_PICTURES);
 }
 
 Desk::~Desk() {
     end();
+    ::XCloseDisplay(display_);
     if (evidence_.phone > 0)
         stage.endOther("the phone app", evidence_.phone);
     stage.end();
@@ -73,22 +75,18 @@ Desk::~Desk() {
 rehearsal::ChildProgram Desk::program(const std::filesystem::path& file,
                                       std::vector<std::string> arguments) const {
     const auto name = file.filename().string();
-    rehearsal::ChildProgram program;
-    program.title = name;
-    program.arguments = std::move(arguments);
-    program.arguments.insert(program.arguments.begin(), file);
-    program.environment = session->environment();
-    program.errorFile = surroundings.file(name + ".err");
-    return program;
+    arguments.insert(arguments.begin(), file);
+    auto environment = session->environment();
+    environment["DISPLAY"] = session->phoneEnvironment().at("DISPLAY");
+    return {name, std::move(arguments), std::move(environment), surroundings.file(name + ".err")};
 }
 
 bool Desk::start(const rehearsal::Environment& others) {
     auto velto = program(InstallTree::programs() / "velto", {});
-    velto.environment["DISPLAY"] = session->phoneEnvironment().at("DISPLAY");
     for (const auto& [name, value] : others)
         velto.environment[name] = value;
     application_ = stage.add(velto, [](const boost::json::object&) {});
-    if (!eventually([] { return ControlClient::somebodyListens(); }) || !ControlClient::appIsRunning())
+    if (!eventually(ControlClient::somebodyListens) || !ControlClient::appIsRunning())
         return false;
     watchdog = std::make_unique<Watchdog>(application_->pid());
     return true;
@@ -102,11 +100,6 @@ void Desk::end() {
     application_ = nullptr;
 }
 
-bool Desk::asked(const char* cmd, const std::function<bool(const boost::json::object&)>& isSo) {
-    const auto reply = ControlClient::request({{"cmd", cmd}});
-    return reply && isSo(*reply);
-}
-
 std::vector<Desk::Seen> Desk::look() {
     std::vector<Seen> found;
     ElementWalk::run(
@@ -118,31 +111,37 @@ std::vector<Desk::Seen> Desk::look() {
         [&](const ElementWalk::Visited& visited) {
             const auto& read = visited.attributes;
             const auto* const at = std::get_if<ScreenPoint>(&read.position);
-            found.push_back({visited.element, visited.role, textOf(read.title), textOf(read.description),
-                             textOf(read.value), at ? *at : ScreenPoint{}});
+            found.push_back({visited.element,
+                             visited.role,
+                             {textOf(read.title), textOf(read.description), textOf(read.value)},
+                             at ? *at : ScreenPoint{}});
             return ElementWalk::Answer::descend;
         });
     return found;
 }
 
-std::optional<Desk::Seen> Desk::find(const std::string& role, const std::string& title) {
+std::optional<Desk::Seen> Desk::find(const char* role, const std::string& name) {
     for (auto& seen : look())
-        if (seen.role == role && seen.title == title)
+        if (seen.is(role, name))
             return std::move(seen);
     return std::nullopt;
 }
 
 std::vector<std::string> Desk::missing(std::vector<std::string> texts) {
-    for (const auto& seen : look())
-        std::erase_if(texts, [&](const std::string& text) {
-            return seen.title == text || seen.description == text || seen.value == text;
-        });
-    return texts;
+    std::vector<std::string> missing;
+    eventually([&] {
+        missing = texts;
+        for (const auto& seen : look())
+            std::erase_if(missing,
+                          [&](const auto& text) { return std::ranges::count(seen.texts, text) > 0; });
+        return missing.empty();
+    });
+    return missing;
 }
 
-bool Desk::press(const std::string& title, const std::string& role) {
+bool Desk::press(const std::string& name, const char* role) {
     return eventually([&] {
-        const auto seen = find(role, title);
+        const auto seen = find(role, name);
         return seen && accessibility_->press(seen->element);
     });
 }
@@ -151,11 +150,11 @@ bool Desk::enter(const std::string& field) {
     return eventually([&] {
         bool inGroup = false;
         for (const auto& seen : look()) {
-            inGroup |= seen.role == "AXGroup" && seen.title == field;
-            const bool isText = seen.role == "AXTextField" || seen.role == "AXTextArea";
+            inGroup |= seen.is("AXGroup", field);
             // A field for secrets has no name on the bus, but its group has one.
-            if (isText && (seen.title == field || (inGroup && seen.title.empty()))) {
-                screen->click(seen.at.x + kInside, seen.at.y + kInside);
+            const std::string name = inGroup && seen.texts[0].empty() ? "" : field;
+            if (seen.is("AXTextField", name) || seen.is("AXTextArea", name)) {
+                click(seen.at.x + kInside, seen.at.y + kInside);
                 return true;
             }
         }
@@ -163,10 +162,52 @@ bool Desk::enter(const std::string& field) {
     });
 }
 
+void Desk::paste(const std::string& text) {
+    auto other = program("/proc/self/exe", {"copy"});
+    other.input = text;
+    copied_ = false;
+    stage.add(other, [this](const boost::json::object& /*event*/) { copied_ = true; });
+    stage.waitUntil([this] { return copied_; }, kDeadline);
+    key("v", "Control_L");
+}
+
+void Desk::click(double x, double y, Button button) {
+    ::XTestFakeMotionEvent(display_, -1, static_cast<int>(x), static_cast<int>(y), CurrentTime);
+    for (const int down : {True, False})
+        ::XTestFakeButtonEvent(display_, static_cast<unsigned>(button), down, CurrentTime);
+    ::XSync(display_, False);
+}
+
+void Desk::press(unsigned long symbol, const char* held) {
+    const auto send = [&](unsigned long key, int down) {
+        ::XTestFakeKeyEvent(display_, ::XKeysymToKeycode(display_, key), down, CurrentTime);
+    };
+    if (held == nullptr &&
+        ::XkbKeycodeToKeysym(display_, ::XKeysymToKeycode(display_, symbol), 0, 0) != symbol)
+        held = "Shift_L";
+    if (held != nullptr)
+        send(::XStringToKeysym(held), True);
+    send(symbol, True);
+    send(symbol, False);
+    if (held != nullptr)
+        send(::XStringToKeysym(held), False);
+    ::XSync(display_, False);
+}
+
+void Desk::key(const char* name, const char* held) {
+    press(::XStringToKeysym(name), held);
+}
+
+void Desk::type(const std::string& text) {
+    // The symbols of Latin characters have their numbers.
+    for (const char letter : text)
+        press(letter == '\n' ? ::XStringToKeysym("Return") : static_cast<unsigned char>(letter), nullptr);
+}
+
 void Desk::scrollDown() {
     const auto tab = find("AXRadioButton", "General");
     for (int turn = 0; tab && turn < kTurns; ++turn)
-        screen->click(tab->at.x, tab->at.y + kBelowTabs, Screen::Button::down);
+        click(tab->at.x, tab->at.y + kBelowTabs, Button::down);
 }
 
 bool Desk::eventually(const std::function<bool()>& isSo) {
@@ -177,11 +218,6 @@ bool Desk::eventually(const std::function<bool()>& isSo) {
         stage.waitUntil([] { return false; }, kBetweenLooks);
     }
     return true;
-}
-
-void Desk::picture(const std::string& name) {
-    screen->takePicture(std::filesystem::path(VELTO_PICTURES) / (name + ".png"));
-    watchdog->step("after " + name);
 }
 
 } // namespace velto::test

@@ -5,16 +5,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace velto::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 constexpr auto kLook = 5ms;
 /// Together with the first look, what a block may last longer than this sees of it.
@@ -45,10 +42,10 @@ double queuedIn(pid_t pid) {
 
 char stateOf(pid_t pid) {
     std::ifstream file(processFolder(pid) / "stat");
-    std::string text;
-    std::getline(file, text);
-    const auto name = text.rfind(')');
-    return name == std::string::npos || name + 2 >= text.size() ? '?' : text[name + 2];
+    std::string name;
+    char state = '?';
+    file >> pid >> name >> state;
+    return state;
 }
 
 } // namespace
@@ -64,19 +61,22 @@ Watchdog::~Watchdog() {
 
 void Watchdog::step(const std::string& name, double longestWait) {
     const std::scoped_lock lock(mutex_);
-    now_ = name;
-    if (steps_.try_emplace(name).second)
-        order_.push_back(name);
-    steps_[name].limit = longestWait;
+    step_ = name;
+    limit_ = longestWait;
+}
+
+std::vector<std::string> Watchdog::faults() {
+    const std::scoped_lock lock(mutex_);
+    return faults_;
 }
 
 Watchdog::Times Watchdog::times() const {
-    Times now;
-    now.ran = scheduled(processFolder(application_)).first;
+    Times now{.at = std::chrono::steady_clock::now(),
+              .ran = scheduled(processFolder(application_)).first,
+              .queued = queuedIn(::getpid()),
+              .state = stateOf(application_)};
     for (const auto pid : rehearsal::descendantsOf(::getpid()))
         now.queued += queuedIn(pid);
-    now.queued += queuedIn(::getpid());
-    now.state = stateOf(application_);
     return now;
 }
 
@@ -86,59 +86,27 @@ void Watchdog::watch() {
         auto answer = inquiry_.ask({{"cmd", "ping"}});
         if (answer.wait_for(kLook) == std::future_status::ready)
             continue;
-        Block block;
+        double waited = 0;
+        double worked = 0;
         auto before = times();
-        auto looked = Clock::now();
         while (!over_ && answer.wait_for(kLook) != std::future_status::ready) {
             const auto after = times();
-            const auto now = Clock::now();
-            const std::chrono::duration<double> gone = now - looked;
-            const double worked = after.ran - before.ran;
-            block.worked += worked;
+            const std::chrono::duration<double> gone = after.at - before.at;
+            const double ran = after.ran - before.ran;
+            worked += ran;
             if (after.state == 'S')
-                block.waited += std::max(0.0, gone.count() - worked - (after.queued - before.queued));
+                waited += std::max(0.0, gone.count() - ran - (after.queued - before.queued));
             before = after;
-            looked = now;
         }
-        {
-            const std::scoped_lock lock(mutex_);
-            auto& longest = steps_[now_];
-            longest.waited = std::max(longest.waited, block.waited);
-            longest.worked = std::max(longest.worked, block.worked);
-        }
-    }
-}
-
-std::string Watchdog::table() {
-    const std::scoped_lock lock(mutex_);
-    std::ostringstream text;
-    text.precision(0);
-    text << std::fixed << "longest block of the main thread, ms (its start: " << start_ * 1e3
-         << " of work)\n  waited worked\n";
-    for (const auto& name : order_) {
-        const auto& block = steps_[name];
-        text.width(8);
-        text << block.waited * 1e3;
-        text.width(7);
-        text << block.worked * 1e3 << "  " << name << "\n";
-    }
-    return text.str();
-}
-
-std::vector<std::string> Watchdog::faults() {
-    const std::scoped_lock lock(mutex_);
-    std::vector<std::string> found;
-    for (const auto& [name, block] : steps_) {
-        const auto tell = [&](const char* what, double seconds) {
-            found.push_back(name + ": the main thread " + what + " for " +
-                            std::to_string(static_cast<int>(seconds * 1e3)) + " ms");
+        const std::scoped_lock lock(mutex_);
+        const auto tell = [this](const char* what, double seconds) {
+            faults_.push_back(step_ + ": the main thread " + what + " for " + std::to_string(seconds) + " s");
         };
-        if (block.waited > block.limit)
-            tell("waited for somebody", block.waited);
-        if (block.worked > std::max(start_, kLongestWait))
-            tell("worked without a look at the user", block.worked);
+        if (waited > limit_)
+            tell("waited for somebody", waited);
+        if (worked > std::max(start_, kLongestWait))
+            tell("worked without a look at the user", worked);
     }
-    return found;
 }
 
 } // namespace velto::test

@@ -6,7 +6,7 @@
 #include <sys/types.h>
 
 #include <atomic>
-#include <map>
+#include <chrono>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -23,8 +23,6 @@ namespace velto::test {
 ///   late on a busy machine), this watchdog included: counted for nobody. So is the disk.
 /// - Waited for somebody else in a system call. This is what freezes windows, and it does not get longer on a
 ///   slow machine. Limited to 100 ms, unless a step says why it may be more.
-///
-/// Time between two answers is not looked at: who answers is not blocked.
 class Watchdog {
   public:
     /// The application must answer already. Ends with the object, which must live shorter than the process.
@@ -36,19 +34,12 @@ class Watchdog {
     static constexpr double kLongestWait = 0.1; ///< s
     /// What happens from here on belongs to this step.
     void step(const std::string& name, double longestWait = kLongestWait);
-
-    struct Block {
-        double waited = 0; ///< s
-        double worked = 0; ///< s
-        double limit = kLongestWait;
-    };
-    /// The longest of each step, for people; prints nothing where nobody had to wait for an answer.
-    std::string table();
-    /// A sentence for each step that was held up for too long.
+    /// A sentence for each time that it was held up for too long.
     std::vector<std::string> faults();
 
   private:
     struct Times {
+        std::chrono::steady_clock::time_point at;
         double ran = 0;    ///< the main thread, s
         double queued = 0; ///< all threads of the session, s
         char state = 0;    ///< of the main thread, as in /proc/PID/stat
@@ -61,9 +52,9 @@ class Watchdog {
     double start_ = 0; ///< what the main thread had worked before this began, s
     rehearsal::Inquiry inquiry_;
     std::mutex mutex_; ///< of what follows
-    std::vector<std::string> order_;
-    std::map<std::string, Block> steps_;
-    std::string now_;
+    std::string step_ = "start";
+    double limit_ = kLongestWait;
+    std::vector<std::string> faults_;
     std::atomic<bool> over_{false};
     std::thread thread_;
 };
