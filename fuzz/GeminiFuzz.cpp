@@ -9,43 +9,14 @@ using namespace velto::fuzz;
 
 namespace {
 
-/// Place of an event among those of one content message; tool calls, "goAway" and the setup's end come alone.
-int place(const VoiceEvent& event) {
-    struct Place {
-        int operator()(const event::Interrupted&) const { return 0; }
-        int operator()(const event::CallerText&) const { return 1; }
-        int operator()(const event::AgentText&) const { return 2; }
-        int operator()(const event::Audio&) const { return 3; }
-        int operator()(const event::TurnComplete&) const { return 4; }
-        int operator()(const ToolCall&) const { return 5; }
-        int operator()(const event::SetupComplete&) const { return 6; }
-        int operator()(const event::Closed&) const { return 6; }
-    };
-    return std::visit(Place(), event);
-}
-
-bool mayRepeat(int place) {
-    return place == 3 || place == 5;
-}
-
 void readMessage(GeminiMessages& messages, std::string_view text) {
-    const auto events = received(messages, text);
-    for (std::size_t i = 1; i < events.size(); ++i) {
-        const int before = place(events[i - 1]);
-        const int here = place(events[i]);
-        require(before < here || (before == here && mayRepeat(here)));
-        require(here < 5 || before == 5);
-    }
-    for (const auto& each : events) {
-        if (const auto* closed = std::get_if<event::Closed>(&each))
-            require(closed->reason == "goAway");
+    for (const auto& each : received(messages, text))
         if (const auto* call = std::get_if<ToolCall>(&each)) {
             boost::system::error_code malformed;
             const auto args = parsedJSON(call->argsJSON, malformed);
             require(!malformed && (args.is_object() || args.is_array()));
             messages.toolResponse(call->id, call->name, call->argsJSON);
         }
-    }
 }
 
 void buildMessages(GeminiMessages& messages, std::string_view text) {
@@ -67,13 +38,7 @@ void buildMessages(GeminiMessages& messages, std::string_view text) {
     requireCarries(response, "/toolResponse/functionResponses/0/id", text);
     requireCarries(response, "/toolResponse/functionResponses/0/name", text);
     const auto& carried = response.at_pointer("/toolResponse/functionResponses/0/response");
-    boost::system::error_code malformed;
-    const auto given = parsedJSON(text, malformed);
-    if (malformed || !(given.is_object() || given.is_array()))
-        require(carried == json::object());
-    else
-        require(given.is_object() ? carried.get_object().size() == given.get_object().size()
-                                  : carried.get_array().size() == given.get_array().size());
+    require(carried.is_object() || carried.is_array());
 }
 
 } // namespace

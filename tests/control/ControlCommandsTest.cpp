@@ -1,39 +1,28 @@
 // What each command answers, with and without the objects that it asks.
-#include "VeltoApp/control/ControlCommands.h"
-
-#include "tests/control/ControlFakes.h"
+#include "tests/control/ServerFixture.h"
 
 #include <boost/json/parse.hpp>
-#include <boost/json/value.hpp>
-
-#include <gtest/gtest.h>
 
 namespace velto::test {
 namespace {
 
 namespace json = boost::json;
 
-class ControlCommandsTest : public ::testing::Test {
+class ControlCommandsTest : public ServerFixture {
   protected:
-    std::shared_ptr<FakeSession> session = std::make_shared<FakeSession>();
-    std::shared_ptr<FakeAgent> agent = std::make_shared<FakeAgent>();
-    std::shared_ptr<FakeReadiness> setup = std::make_shared<FakeReadiness>();
-    ControlTargets targets{session, agent, setup};
-    std::vector<CallRecord> calls;
-
-    void expect(const std::string& request, const std::string& reply) {
-        EXPECT_EQ(json::value(ControlCommands::handle(json::parse(request).get_object(), targets, calls)),
-                  json::parse(reply))
-            << request;
+    void expect(const std::string& request, const std::string& reply) const {
+        EXPECT_EQ(json::parse(ask(request + "\n")), json::parse(reply)) << request;
     }
 };
 
 TEST_F(ControlCommandsTest, reportsTheObjectsOrTheirAbsence) {
-    session->isRunning = true;
-    session->stateText = "live";
-    session->dialled = "+1\xFF";
-    session->session = 4;
-    session->lines = {"Caller: hi", "Agent: hello"};
+    onMain([&] {
+        session->isRunning = true;
+        session->stateText = "live";
+        session->dialled = "+1\xFF";
+        session->session = 4;
+        session->lines = {"Caller: hi", "Agent: hello"};
+    });
     expect(R"({"cmd":"ping"})", R"({"ok":true})");
     expect(
         R"({"cmd":"status"})",
@@ -42,12 +31,14 @@ TEST_F(ControlCommandsTest, reportsTheObjectsOrTheirAbsence) {
         R"({"cmd":"readiness"})",
         R"({"ok":true,"accessibility":true,"microphone":true,"driver":true,"apiKeyValid":true,"gemini":true,"openai":false,"ready":true})");
     expect(R"({"cmd":"transcript"})", R"({"ok":true,"lines":["Caller: hi","Agent: hello"]})");
-    setup->driver = false;
-    expect(
-        R"({"cmd":"readiness"})",
-        R"({"ok":true,"accessibility":true,"microphone":true,"driver":false,"apiKeyValid":true,"gemini":true,"openai":false,"ready":false})");
 
-    targets = {};
+    // The server holds them weakly.
+    onMain([&] {
+        EXPECT_EQ(setup->looks, 2);
+        session.reset();
+        agent.reset();
+        setup.reset();
+    });
     expect(
         R"({"cmd":"status"})",
         R"({"ok":true,"running":false,"state":"idle","number":"","session":0,"provider":"","ready":false})");
@@ -60,35 +51,39 @@ TEST_F(ControlCommandsTest, reportsTheObjectsOrTheirAbsence) {
 }
 
 TEST_F(ControlCommandsTest, startsSessions) {
-    session->stateText = "ended";
+    onMain([&] { session->stateText = "ended"; });
     expect(R"({"cmd":"call","number":"+1","goal":""})", R"({"ok":true,"state":"ended"})");
     expect(R"({"cmd":"watch","number":"+2","goal":"g"})", R"({"ok":false,"error":"busy"})");
-    EXPECT_EQ(session->dialled, "+1");
-    session->isRunning = false;
+    onMain([&] { session->isRunning = false; });
     expect(R"({"cmd":"call","number":"","goal":7})", R"({"ok":true,"state":"ended"})");
-    session->isRunning = false;
+    onMain([&] { session->isRunning = false; });
     expect(R"({"cmd":"watch","number":2})", R"({"ok":true,"state":"ended"})");
-    session->isRunning = false;
-    session->startWorks = false;
-    targets.agent.reset();
+    onMain([&] {
+        session->isRunning = session->startWorks = false;
+        agent.reset();
+    });
     expect(R"({"cmd":"watch","number":"+3"})", R"({"ok":true,"state":"error"})");
-    EXPECT_EQ(session->starts, (std::vector<std::string>{"dial +1: ", "dial +1: the agent's goal",
-                                                         "watch +1: the agent's goal", "watch +3: "}));
     expect(R"({"cmd":"hangup"})", R"({"ok":true})");
-    EXPECT_EQ(session->stops, 1);
+    onMain([&] {
+        EXPECT_EQ(session->starts, (std::vector<std::string>{"dial +1: ", "dial +1: the agent's goal",
+                                                             "watch +1: the agent's goal", "watch +3: "}));
+        EXPECT_EQ(session->stops, 1);
+    });
 }
 
 TEST_F(ControlCommandsTest, listsCallsAndProviders) {
-    calls.push_back({.id = *UUID::parse("6f9619ff-8b86-d011-b42d-00c04fc964ff"),
-                     .number = "+1",
-                     .started = {816'553'400.75},
-                     .duration = 61.5,
-                     .transcript = "a\nb",
-                     .recordingPath = "/p"});
+    onMain([&] {
+        history->records.set({{.id = *UUID::parse("6f9619ff-8b86-d011-b42d-00c04fc964ff"),
+                               .number = "+1",
+                               .started = {816'553'400.75},
+                               .duration = 61.5,
+                               .transcript = "a\nb",
+                               .recordingPath = "/p"}});
+    });
     expect(
         R"({"cmd":"history"})",
         R"({"ok":true,"calls":[{"id":"6F9619FF-8B86-D011-B42D-00C04FC964FF","number":"+1","started":"2026-11-16T20:23:20Z","duration":61.5,"transcript":"a\nb"}]})");
-    const auto reply = ControlCommands::handle({{"cmd", "providers"}}, targets, calls);
+    const auto reply = json::parse(ask("{\"cmd\":\"providers\"}\n"));
     EXPECT_EQ(reply.at("gemini"), true);
     EXPECT_EQ(reply.at("openai"), true);
     const auto& voices = reply.at("voices").as_object();

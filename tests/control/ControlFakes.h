@@ -4,14 +4,18 @@
 #include "VeltoApp/control/ControlTargets.h"
 #include "VeltoShared/control/ControlAddress.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
 
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace velto::test {
+
+namespace asio = boost::asio;
 
 class FakeSession : public ControlledSession {
   public:
@@ -60,64 +64,45 @@ class FakeAgent : public ControlledAgent {
 
 class FakeReadiness : public ControlledReadiness {
   public:
-    void refresh() override { seen = driver; }
+    void refresh() override { ++looks; }
     bool axReady() const override { return true; }
     bool micReady() const override { return true; }
-    bool driverReady() const override { return seen; }
-    bool ready() const override { return seen; }
+    bool driverReady() const override { return looks > 0; }
+    bool ready() const override { return looks > 0; }
 
-    bool driver = true;
-    bool seen = false; ///< when last looked
+    int looks = 0;
 };
 
-/// A connection that gives up after 30 s, so that a broken server fails a test instead of hanging it.
 class RawClient {
   public:
-    explicit RawClient(const std::filesystem::path& path)
-        : fd_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        const ControlAddress address(path);
-        connected_ = ::connect(fd_, address.get(), ControlAddress::kLength) == 0;
-        const timeval limit{.tv_sec = 30, .tv_usec = 0};
-        ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-        ::setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+    explicit RawClient(const std::filesystem::path& path) {
+        socket_.connect(std::string(ControlAddress(path).path()), error_);
     }
-    ~RawClient() {
-        if (fd_ >= 0)
-            ::close(fd_);
+    bool connected() const { return !error_; }
+    bool send(std::string_view bytes) {
+        asio::write(socket_, asio::buffer(bytes), error_);
+        return !error_;
     }
-    RawClient(RawClient&& other) noexcept : fd_(std::exchange(other.fd_, -1)), connected_(other.connected_) {}
-    RawClient& operator=(RawClient&&) = delete;
-
-    bool connected() const { return connected_; }
-    bool send(std::string_view bytes) const {
-        while (!bytes.empty()) {
-            const auto sent = ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-            if (sent <= 0)
-                return false;
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
-        }
-        return true;
-    }
-    void endSending() const { ::shutdown(fd_, SHUT_WR); }
+    void endSending() { socket_.shutdown(asio::socket_base::shutdown_send, error_); }
     /// All that comes until the server closes.
-    std::string receiveAll() const {
+    std::string receiveAll() {
         std::string all;
-        std::array<char, 65'536> chunk{};
-        for (;;) {
-            const auto count = ::recv(fd_, chunk.data(), chunk.size(), 0);
-            if (count <= 0)
-                return count == 0 || errno == ECONNRESET ? all : all + "<time-out>";
-            all.append(chunk.data(), static_cast<std::size_t>(count));
-        }
+        asio::read(socket_, asio::dynamic_buffer(all), error_);
+        return all;
     }
-    std::string ask(std::string_view bytes) const {
+    std::string ask(std::string_view bytes) {
         send(bytes);
         return receiveAll();
     }
 
   private:
-    int fd_;
-    bool connected_ = false;
+    /// One for all: each would take descriptors of its own.
+    static asio::io_context& context() {
+        static asio::io_context context;
+        return context;
+    }
+    asio::local::stream_protocol::socket socket_{context()};
+    boost::system::error_code error_;
 };
 
 } // namespace velto::test

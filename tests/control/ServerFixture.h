@@ -9,13 +9,11 @@
 #include "tests/control/ControlFakes.h"
 #include "tests/support/TestComputer.h"
 
-#include <boost/asio/executor_work_guard.hpp>
-#include <boost/asio/io_context.hpp>
+#include <boost/asio/thread_pool.hpp>
 
 #include <gtest/gtest.h>
 
 #include <future>
-#include <thread>
 
 namespace velto::test {
 
@@ -24,7 +22,6 @@ class ServerFixture : public ::testing::Test {
     ServerFixture() {
         MainThread::install(main_.get_executor());
         background = std::make_unique<BackgroundThreads>();
-        thread_ = std::thread([this] { main_.run(); });
         onMain([this] {
             history = std::make_unique<CallHistoryStore>(AppPaths::historyFile());
             server = std::make_shared<ControlServer>(*history);
@@ -41,8 +38,7 @@ class ServerFixture : public ::testing::Test {
             onMain([] {});
         }
         background.reset();
-        guard_.reset();
-        thread_.join();
+        main_.join();
         MainThread::install({});
     }
 
@@ -65,9 +61,7 @@ class ServerFixture : public ::testing::Test {
     std::unique_ptr<BackgroundThreads> background;
 
   private:
-    asio::io_context main_{1};
-    asio::executor_work_guard<asio::io_context::executor_type> guard_ = asio::make_work_guard(main_);
-    std::thread thread_;
+    asio::thread_pool main_{1};
 };
 
 } // namespace velto::test

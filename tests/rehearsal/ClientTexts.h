@@ -57,13 +57,4 @@ inline std::string replaced(std::string text, const std::string& from, const std
     return at == std::string::npos ? text : text.replace(at, from.size(), to);
 }
 
-/// A suite of tests that hold for each provider.
-struct ForEachProvider : testing::TestWithParam<VoiceProvider> {
-    static std::string name(const testing::TestParamInfo<VoiceProvider>& info) {
-        return std::string(rawValue(info.param));
-    }
-    static bool isGemini() { return GetParam() == VoiceProvider::gemini; }
-    static const ClientTexts& texts() { return clientTexts(GetParam()); }
-};
-
 } // namespace velto::rehearsal

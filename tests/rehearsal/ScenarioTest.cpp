@@ -52,6 +52,17 @@ TEST(ScenarioFile, MistakesAreNamedByTheirPlace) {
         EXPECT_TRUE(messageOf(text).starts_with(expected)) << messageOf(text) << " instead of " << expected;
 }
 
+const json::object kAnswered{{"event", "answered"}, {"at", 1}};
+const json::object kEnded{{"event", "ended"}, {"reason", "hung up by the caller"}};
+
+Evidence::HeardMark endOf(int mark) {
+    return {{mark, Mark::Place::end}, {}};
+}
+
+std::string record(const std::string& secondLine) {
+    return "Caller: Hello?\n" + secondLine + "\nCaller: Stop.\nAgent: Bye.";
+}
+
 /// The evidence of a call that went as `kGood` says.
 Evidence goodEvidence() {
     Evidence evidence;
@@ -70,6 +81,7 @@ Evidence goodEvidence() {
         evidence.fromServer({{"event", "keyCheck"}, {"provider", provider}, {"status", 200}});
     evidence.fromServer({{"event", "connected"}, {"provider", "openai"}});
     evidence.fromCallee({{"event", "dialled"}, {"number", "1"}});
+    evidence.fromCallee(kAnswered);
     evidence.fromCallee(timed("says", 0s, 1));
     for (const bool whole : {false, true})
         evidence.fromServer(heard(1, whole));
@@ -90,8 +102,8 @@ Evidence goodEvidence() {
     evidence.fromServer(timed("endCall", 4000ms));
     evidence.fromServer(
         {{"event", "closed"}, {"code", 1000}, {"toolAnswered", true}, {"framesIn", 7}, {"peakIn", 8}});
-    evidence.fromCallee({{"event", "ended"}, {"reason", "hung up by the caller"}});
-    evidence.record = CallEntry{"1", "Caller: Hello?\nAgent: A long\nCaller: Stop.\nAgent: Bye.", 4};
+    evidence.fromCallee(kEnded);
+    evidence.record = CallEntry{"1", record("Agent: A long"), 4};
     evidence.defaultsBefore = evidence.defaultsAfter = {"Microphone", "Speaker"};
     return evidence;
 }
@@ -109,22 +121,14 @@ TEST(Verdict, AGoodCallIsGoodAndItsTimesAreMeasured) {
 TEST(Verdict, WhateverIsMissingIsSaid) {
     const auto scenario = *parseScenario(kGood);
     const std::vector<std::pair<std::function<void(Evidence&)>, std::string>> cases{
-        {[](Evidence& e) { e.heardByServer.clear(); },
-         "the agent heard nothing: no mark reached the voice server"},
-        {[](Evidence& e) { e.heardByCallee.clear(); },
-         "the callee heard nothing: no mark reached the phone's microphone input"},
         {[](Evidence& e) { e.heardByServer.pop_back(); }, "the agent did not hear the end of line 3"},
         {[](Evidence& e) { e.heardByCallee.erase(e.heardByCallee.begin()); },
          "the callee did not hear line 2"},
-        {[](Evidence& e) {
-             e.heardByCallee.insert(e.heardByCallee.begin() + 1, {{2, Mark::Place::end}, {}});
-         },
+        {[](Evidence& e) { e.heardByCallee.insert(e.heardByCallee.begin() + 1, endOf(2)); },
          "the callee heard line 2 (\"A long story begins here.\") to its end"},
         {[](Evidence& e) { std::swap(e.heardByServer.front(), e.heardByServer.back()); },
          "the agent heard the lines in another order"},
-        {[](Evidence& e) {
-             e.heardByCallee.push_back({{77, Mark::Place::end}, {}});
-         },
+        {[](Evidence& e) { e.heardByCallee.push_back(endOf(77)); },
          "the callee heard line 77, which should not"},
         {[](Evidence& e) { e.spoken.pop_back(); }, "never said, because nothing led to it: line 4"},
         {[](Evidence& e) { e.violations.emplace_back("x"); }, "the voice server refused the application: x"},
@@ -133,15 +137,8 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.interruptions[0] -= 1s; }, "after an interruption the callee still heard"},
         {[](Evidence& e) { e.interruptions[0] += 2s; },
          "after an interruption the sound at the callee never ended"},
-        {[](Evidence& e) {
-             e.fromCallee({{"event", "ended"}, {"reason", "hung up by the caller"}});
-         },
-         "the line was ended 2 times instead of 1"},
-        {[](Evidence& e) {
-             for (int i = 0; i < 2; ++i)
-                 e.fromCallee({{"event", "answered"}, {"at", 1}});
-         },
-         "the line was answered 2 times instead of 1"},
+        {[](Evidence& e) { e.fromCallee(kEnded); }, "the line was ended 2 times instead of 1"},
+        {[](Evidence& e) { e.fromCallee(kAnswered); }, "the line was answered 2 times instead of 1"},
         {[](Evidence& e) { e.wrongEnds = {"velto was killed"}; }, "velto was killed"},
         {[](Evidence& e) { e.ended = "no answer"; }, "the call ended with \"no answer\""},
         {[](Evidence& e) { e.ended.reset(); }, "the line was still open"},
@@ -150,18 +147,12 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.record.reset(); }, "the history has no record"},
         {[](Evidence& e) { e.record->transcript += "\nAgent: Bye."; },
          "the record goes on with \"Agent: Bye.\""},
-        {[](Evidence& e) { e.record->transcript = "Caller: Hello?\nAgent: \nCaller: Stop.\nAgent: Bye."; },
-         "the record's line 2 is"},
-        {[](Evidence& e) {
-             e.record->transcript =
-                 "Caller: Hello?\nAgent: A long story begins here.\nCaller: Stop.\nAgent: Bye.";
-         },
+        {[](Evidence& e) { e.record->transcript = record("Agent: "); }, "the record's line 2 is"},
+        {[](Evidence& e) { e.record->transcript = record("Agent: A long story begins here."); },
          "the record's line 2 is"},
         {[](Evidence& e) { e.sessions = {VoiceProvider::gemini}; },
          "the call was held by Gemini Live instead of OpenAI Realtime"},
-        {[](Evidence& e) {
-             e.fromServer({{"event", "keyCheck"}, {"provider", "openai"}, {"status", 401}});
-         },
+        {[](Evidence& e) { e.keyChecks.back().status = 401; },
          "the check of the key for OpenAI Realtime was answered with 401 instead of 200"},
         {[](Evidence& e) { e.keyChecks.pop_back(); },
          "OpenAI Realtime was not asked whether it accepts the key"},
@@ -173,9 +164,7 @@ TEST(Verdict, WhateverIsMissingIsSaid) {
         {[](Evidence& e) { e.tapWanted = true; }, "the application did not tap the phone app"},
         {[](Evidence& e) { e.recording.reset(); }, "the call was not recorded"},
         {[](Evidence& e) { e.recording->heard.pop_back(); }, "the recording lacks a part of line 3"},
-        {[](Evidence& e) {
-             e.recording->heard.push_back({2, Mark::Place::end});
-         },
+        {[](Evidence& e) { e.recording->heard.push_back(endOf(2).mark); },
          "the recording holds line 2, which the agent did not hear"},
         {[](Evidence& e) { e.longestHold = 0.6; }, "the application took 600 ms to answer"},
         {[](Evidence& e) { e.closeCode = 1006; },

@@ -47,22 +47,18 @@ Samples throughGainControl(Samples samples, double gain = 32) {
 
 const std::vector<Mark> kBothMarks{{42, Mark::Place::begin}, {42, Mark::Place::end}};
 
-TEST(Marks, EveryNumberHasADifferentCodeThatReadsBackAndWrongOnesAreRefused) {
-    std::set<std::string> codes;
+TEST(Marks, EveryCodeReadsBackAndWrongOnesAreRefused) {
     for (int number = 0; number < Mark::numbers; ++number)
         for (const auto place : {Mark::Place::begin, Mark::Place::end}) {
             const Mark mark{number, place};
-            const auto code = mark.symbols();
-            codes.insert(code);
-            EXPECT_EQ(Mark::parse(code), mark);
-            for (std::size_t i = 1; i < code.size(); ++i)
-                for (char digit = '0'; digit <= '9'; ++digit)
-                    if (auto wrong = code; digit != code[i]) {
-                        wrong[i] = digit;
-                        EXPECT_FALSE(Mark::parse(wrong)) << wrong;
-                    }
+            EXPECT_EQ(Mark::parse(mark.symbols()), mark);
+            for (std::size_t i = 1; i < mark.symbols().size(); ++i)
+                for (char digit = '0'; digit <= '9'; ++digit) {
+                    auto other = mark.symbols();
+                    const bool isSame = std::exchange(other[i], digit) == digit;
+                    EXPECT_EQ(Mark::parse(other).has_value(), isSame) << other;
+                }
         }
-    EXPECT_EQ(codes.size(), 200U);
     for (const auto* text : {"", "A12", "A12#", "C123", "A1234"})
         EXPECT_FALSE(Mark::parse(text)) << text;
 }
@@ -99,13 +95,12 @@ TEST(Marks, NoiseIsToleratedAndACutMarkIsNoMark) {
 
     Samples mark;
     Dtmf::append(mark, Mark{42, Mark::Place::begin}.symbols(), kRate);
-    const auto symbol = mark.size() / 4;
-    const auto at = [&](std::size_t index) { return mark.begin() + static_cast<std::ptrdiff_t>(index); };
-    EXPECT_TRUE(heardIn(Samples(at(0), at(3 * symbol + symbol / 8))).empty()) << "its end cut off";
-    EXPECT_TRUE(heardIn(Samples(at(symbol), mark.end())).empty()) << "its begin cut off";
-    auto hole = mark;
-    std::fill_n(hole.begin() + static_cast<std::ptrdiff_t>(symbol), symbol, std::int16_t{0});
-    EXPECT_TRUE(heardIn(hole).empty()) << "a symbol lost";
+    const auto symbol = std::ssize(mark) / 4;
+    const auto cut = mark.begin() + 3 * symbol + symbol / 8;
+    EXPECT_TRUE(heardIn(Samples(mark.begin(), cut)).empty()) << "its end cut off";
+    EXPECT_TRUE(heardIn(Samples(mark.begin() + symbol, mark.end())).empty()) << "its begin cut off";
+    std::fill_n(mark.begin() + symbol, symbol, std::int16_t{0});
+    EXPECT_TRUE(heardIn(mark).empty()) << "a symbol lost";
 }
 
 TEST(Marks, SpeechTonesAndNoiseAreNotTakenForSymbols) {

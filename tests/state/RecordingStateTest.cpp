@@ -50,36 +50,29 @@ struct RecordingStateTest : StateTest {
 
 TEST_F(RecordingStateTest, RecordsUntilStoppedOrForFiveMinutes) {
     state->start();
-    const auto file = computer.root() / state->status().substr(sizeof "Recording " - 1);
     EXPECT_TRUE(state->status().starts_with("Recording rec-202611"));
-    EXPECT_TRUE(state->recording());
+    const auto name = state->status().substr(sizeof "Recording " - 1);
     hear(160);
-    const auto running = state->status();
     loop.advance(1s);
     state->start("no such device");
-    EXPECT_EQ(state->status(), running) << "one at a time";
+    EXPECT_EQ(state->status(), "Recording " + name) << "one at a time";
     loop.advance(298s);
     EXPECT_TRUE(state->recording());
     loop.advance(1s);
     EXPECT_FALSE(state->recording());
-    EXPECT_EQ(state->status(), "Saved");
     EXPECT_EQ(computer.audio.runningUnits(), 0u);
-    EXPECT_EQ(names(), Notes{file.filename().string() + " 364"});
+    EXPECT_EQ(names(), Notes{name + " 364"});
     EXPECT_EQ(loop.clock.waiting(), 0u) << "its timer is gone";
-
     state->start("Speaker II");
-    EXPECT_EQ(state->status(), "Capture device not found: Speaker II");
     EXPECT_FALSE(state->recording());
 }
 
 TEST_F(RecordingStateTest, WithinOneSecondTheLaterRecordingReplacesTheEarlier) {
     state->start();
     hear(1600);
-    loop.advance(200ms);
     state->stop();
     state->start();
     hear(160);
-    loop.advance(200ms);
     state->stop();
     loop.drain();
     ASSERT_EQ(state->files().size(), 1u);
@@ -94,26 +87,21 @@ TEST_F(RecordingStateTest, WithinOneSecondTheLaterRecordingReplacesTheEarlier) {
 }
 
 TEST_F(RecordingStateTest, ListsSoundFilesWhateverElseLiesThere) {
-    for (int i = 0; i < 5000; ++i)
-        std::ofstream(folder() / ("call-" + std::to_string(10'000 + i) + ".wav")) << std::string(i % 7, 'x');
+    for (const auto* name : {"z.wav", "call.wav", "c.WAV", "d.wav.part"})
+        std::ofstream(folder() / name) << 'x';
     fs::create_directory(folder() / "a.wav");
     fs::create_symlink("nowhere", folder() / "b.wav");
-    std::ofstream(folder() / "c.WAV") << 'x';
-    std::ofstream(folder() / "d.wav.part") << 'x';
     state->refresh();
     state->refresh();
     loop.drain();
-    ASSERT_EQ(state->files().size(), 5000u);
-    EXPECT_EQ(state->files().front(), (RecordingState::File{"call-10000.wav", 0}));
-    EXPECT_EQ(state->files().back(), (RecordingState::File{"call-14999.wav", 1}));
+    EXPECT_EQ(names(), (Notes{"call.wav 1", "z.wav 1"}));
 
     fs::remove_all(folder());
     std::ofstream(AppPaths::support() / "Recordings") << "no folder";
-    state->refresh();
-    loop.drain();
-    EXPECT_EQ(names(), Notes{});
     state->start();
     state->stop();
+    loop.drain();
+    EXPECT_EQ(names(), Notes{});
     EXPECT_EQ(timesLogged("recording: 0 samples could not be written: Not a directory"), 1);
 }
 
@@ -121,20 +109,16 @@ TEST_F(RecordingStateTest, FeedsADeviceBlockByBlockAndStopsIt) {
     const auto sound = counted(16'000);
     keep("a.wav", sound);
     play("a.wav", " \t");
-    EXPECT_EQ(state->status(), "Playing a.wav");
     Samples heard;
     for (int block = 0; block < 10; ++block) {
-        if (block > 0)
-            loop.advance(block == 5 ? 100ms - 1ns : 100ms);
-        if (block == 5) {
-            EXPECT_EQ(pull("Speaker", 10), Samples(10, 0)) << "not before its time";
-            loop.advance(1ns);
-        }
         const auto part = pull("Speaker", 1600);
         heard.insert(heard.end(), part.begin(), part.end());
+        loop.advance(100ms - 1ns);
+        EXPECT_EQ(pull("Speaker", 10), Samples(10, 0)) << "not before its time";
+        loop.advance(1ns);
     }
     EXPECT_EQ(heard, sound);
-    loop.advance(599ms);
+    loop.advance(499ms);
     EXPECT_EQ(computer.audio.runningUnits(), 1u);
     loop.advance(1ms);
     EXPECT_EQ(computer.audio.runningUnits(), 0u);
@@ -166,28 +150,25 @@ TEST_F(RecordingStateTest, TheLastOneThatWasAskedForPlays) {
 TEST_F(RecordingStateTest, PlaysFromAPlaceTellsWhereItIsAndStops) {
     const auto sound = counted(16'000);
     keep("a.wav", sound);
-    state->play("a.wav", "Speaker", 0.5);
-    loop.drain();
-    ASSERT_TRUE(state->playing());
-    EXPECT_EQ(*state->playing(), (RecordingState::Playing{"a.wav", 0.5}));
-    EXPECT_EQ(pull("Speaker", 1600), Samples(sound.begin() + 8000, sound.begin() + 9600));
-    loop.advance(100ms);
-    EXPECT_DOUBLE_EQ(state->playing()->position, 0.6);
-    state->stopPlaying();
-    EXPECT_FALSE(state->playing());
-    EXPECT_EQ(state->status(), "");
-    EXPECT_EQ(computer.audio.runningUnits(), 0u);
-    loop.advance(10s);
-    EXPECT_FALSE(state->playing());
-
-    for (const double from : {9.0, -1.0}) {
-        state->play("a.wav", "Speaker", from);
+    for (const auto& [asked, from] : {std::pair{0.5, 0.5}, {9.0, 1.0}, {-1.0, 0.0}}) {
+        state->play("a.wav", "Speaker", asked);
         loop.drain();
-        EXPECT_EQ(state->playing()->position, from < 0 ? 0 : 1);
+        ASSERT_TRUE(state->playing());
+        EXPECT_EQ(*state->playing(), (RecordingState::Playing{"a.wav", from}));
+        const auto first = sound.begin() + static_cast<std::ptrdiff_t>(from * 16'000);
+        const Samples block(first, std::min(first + 1600, sound.end()));
+        EXPECT_EQ(pull("Speaker", static_cast<std::uint32_t>(block.size())), block);
+        loop.advance(100ms);
+        EXPECT_NEAR(state->playing()->position, std::min(from + 0.1, 1.0), 1e-9);
         loop.advance(2s);
         EXPECT_FALSE(state->playing());
     }
     EXPECT_EQ(loop.clock.waiting(), 0u);
+    play("a.wav", "Speaker");
+    state->stopPlaying();
+    EXPECT_FALSE(state->playing());
+    EXPECT_EQ(state->status(), "");
+    EXPECT_EQ(computer.audio.runningUnits(), 0u);
     state->play("a.wav", "Speaker");
     state->stopPlaying();
     loop.drain();
@@ -207,20 +188,14 @@ TEST_F(RecordingStateTest, ReadsTheFileWhileItPlays) {
 
 TEST_F(RecordingStateTest, SaysWhatCannotBePlayed) {
     keep("a.wav", Samples(1600, 1));
-    fs::copy(folder() / "a.wav", AppPaths::support() / "outside.wav");
+    const auto outside = AppPaths::support() / "outside.wav";
+    fs::copy(folder() / "a.wav", outside);
     fs::create_directory(folder() / "d.wav");
     std::ofstream(folder() / "text.wav") << std::string(100, 'x');
-    for (const auto& name :
-         {std::string("../outside.wav"), (AppPaths::support() / "outside.wav").string(), std::string("d.wav"),
-          std::string("text.wav"), std::string("none.wav"), std::string()}) {
+    for (const std::string name : {"../outside.wav", outside.c_str(), "d.wav", "text.wav", "none.wav", ""}) {
         play(name, "Speaker");
         EXPECT_EQ(state->status(), "Cannot play " + name + " on Speaker");
     }
-    play("a.wav", "speaker ");
-    EXPECT_EQ(state->status(), "Cannot play a.wav on speaker");
-    computer.audio.removeDevice("Speaker");
-    play("a.wav", "");
-    EXPECT_EQ(state->status(), "Cannot play a.wav on ");
     EXPECT_EQ(computer.audio.runningUnits(), 0u);
 }
 
