@@ -6,6 +6,7 @@
 #include "VeltoPlatform/Spawn.h"
 #include "VeltoPlatform/linux/AdminProtocol.h"
 #include "VeltoPlatform/linux/PolkitAdmin.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TestComputer.h"
 #include "velto-admin-helper/CommandServer.h"
@@ -17,7 +18,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -40,18 +40,14 @@ struct Pkexec : ::testing::Test {
         environment.set("PATH", folder.path().string() + ":/usr/bin:/bin");
         environment.set("VELTO_SECRET", "the user's own");
         pkexec("PKEXEC_UID=1234 exec \"$2\"");
-        Platform parts;
-        parts.adminRights = &admin;
-        installPlatform(parts);
+        installPlatform({.adminRights = &admin});
     }
     void TearDown() override { installPlatform({}); }
 
     /// What it does, after it has noted that it was asked.
     void pkexec(const std::string& script) const {
-        const auto file = folder.path() / "pkexec";
-        std::ofstream(file) << "#!/bin/sh\necho \"$@\" >>" << (folder.path() / "asked").string() << "\n"
-                            << script << "\n";
-        fs::permissions(file, fs::perms::owner_all);
+        writeProgram(folder.path() / "pkexec",
+                     "echo \"$@\" >>" + (folder.path() / "asked").string() + "\n" + script);
     }
     long asked() const {
         const auto text = readFile(folder.path() / "asked");
@@ -89,6 +85,7 @@ TEST_F(Pkexec, CommandsRunAsTheyAreAfterOneQuestion) {
     const std::string longest = "#" + std::string(AdminProtocol::kLongestCommand - 1, 'x');
     EXPECT_EQ(output(longest), "");
     EXPECT_EQ(Admin::run(longest + "x").status, AdminStatus::badCommand);
+    EXPECT_EQ(Admin::run(std::string("rm -rf /a\0b", 11)).status, AdminStatus::badCommand);
     EXPECT_EQ(readFile(folder.path() / "asked"), "--disable-internal-agent " + kHelper + "\n");
     admin.freeAuthorization();
     EXPECT_EQ(output("echo again"), "again\n");
@@ -96,7 +93,11 @@ TEST_F(Pkexec, CommandsRunAsTheyAreAfterOneQuestion) {
 }
 
 TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
-    EXPECT_EQ(output("head -c 10000000 /dev/zero | tr '\\0' x"), std::string(10'000'000, 'x'));
+    for (const std::size_t size : {4095, 4096, 10'000'000})
+        EXPECT_EQ(output("head -c " + std::to_string(size) + " /dev/zero | tr '\\0' x"),
+                  std::string(size, 'x'));
+    EXPECT_EQ(output("printf 'gr\\303\\274n'"), "grün");
+    EXPECT_EQ(output("printf 'gr\\374n'"), "") << "no text";
     // Children that hold the pipe, one that writes to it without an end.
     const auto left = output("sleep 60 & echo $!; yes >&2 & echo last");
     EXPECT_NE(left.find("last\n"), left.npos);
@@ -105,22 +106,15 @@ TEST_F(Pkexec, OutputsOfEveryKindComeToAnEnd) {
     // Output that nobody wants, more than fits between us.
     const auto done = folder.path() / "done";
     EXPECT_EQ(velto_run_admin(("head -c 10000000 /dev/zero; touch " + done.string()).c_str(), nullptr), 0);
-    for (int i = 0; i < 2000 && !fs::exists(done); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_TRUE(fs::exists(done));
+    EXPECT_TRUE(eventually([&] { return fs::exists(done); }));
     EXPECT_EQ(velto_run_admin("exec >&-; exec 2>&-; exit 1", nullptr), 0);
     EXPECT_EQ(output("echo heard"), "heard\n");
     EXPECT_EQ(asked(), 1);
 }
 
 TEST_F(Pkexec, RefusalsAreToldApart) {
-    struct Case {
-        std::string script;
-        std::int32_t status;
-        std::string told;
-    };
     const std::string error = "echo 'Error executing command as another user: ";
-    const std::vector<Case> cases{
+    const std::vector<std::tuple<std::string, std::int32_t, std::string>> cases{
         {error + "Request dismissed' >&2; exit 126", -60006, "was dismissed"},
         {error + "Not authorized\n\nThis incident has been reported.' >&2; exit 127", -60005, "denied"},
         {error + "No authentication agent found.' >&2; exit 127", AdminStatus::nobodyToAsk, "agent"},

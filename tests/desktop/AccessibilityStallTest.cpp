@@ -4,8 +4,8 @@
 #include "VeltoShared/telephony/Telephony.h"
 #include "tests/desktop/DesktopFixture.h"
 
+#include <algorithm>
 #include <csignal>
-#include <optional>
 #include <thread>
 
 namespace velto::test {
@@ -13,11 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const std::string kEndButton = R"({"role": 75, "name": "phone", "children": [
-    {"id": "end", "role": 43, "name": "End", "actions": ["Press"]}, {"role": 29, "name": "0:07"}]})";
-
-class AccessibilityStallTest : public DesktopTest {
-  protected:
+struct AccessibilityStallTest : DesktopTest {
     /// Runs it and answers the same, in time: half a second is promised, the rest is for a busy machine. A
     /// call would wait for 25 s.
     template <class Operation>
@@ -28,8 +24,8 @@ class AccessibilityStallTest : public DesktopTest {
         return answer;
     }
 
-    /// The process of this session that runs a program, below the launcher or a bus.
-    std::optional<pid_t> processOf(const std::string& name) {
+    /// The process of this session that runs a program, below the launcher or a bus; 0: none.
+    pid_t processOf(const std::string& name) {
         // All that the session started has its bus in the environment.
         for (const auto pid : ProcessFiles::own())
             if (pid != desktop().bus()->pid() && ProcessFiles::executable(pid) == name &&
@@ -37,13 +33,19 @@ class AccessibilityStallTest : public DesktopTest {
                     std::string::npos)
                 return pid;
         ADD_FAILURE() << "no process of " << name;
-        return std::nullopt;
+        return 0;
     }
 
-    /// Nobody's, when there is no such process.
-    static void signal(std::optional<pid_t> process, int number) {
-        if (process && *process > 1)
-            ::kill(*process, number);
+    static void signal(pid_t process, int number) {
+        if (process > 1)
+            ::kill(process, number);
+    }
+    static bool pressEnd() { return AX::press("End"); }
+    bool itAnswersAgain() {
+        return eventually([this] {
+            AX::buttons();
+            return reports().back().ends_with("answers again");
+        });
     }
 };
 
@@ -54,22 +56,21 @@ TEST_F(AccessibilityStallTest, AStoppedProgramAnswersWhatItLastShowedUntilItGoes
     unseen.process.kill();
     ASSERT_TRUE(eventually([this] { return workspace().runningApplications().empty(); }));
 
-    auto target = launchTarget(kEndButton);
+    auto target = launchTarget(kInCall);
     ASSERT_TRUE(Telephony::callAnswered());
     const auto before = reports().size();
     target.process.signal(SIGSTOP);
     EXPECT_TRUE(soon(Telephony::callAnswered));
-    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_FALSE(soon(pressEnd));
     EXPECT_TRUE(soon(Telephony::callActive));
     target.process.signal(SIGCONT);
-    EXPECT_TRUE(eventually([] { return AX::press("End"); }));
+    EXPECT_TRUE(eventually(pressEnd));
     EXPECT_EQ(nextLine(target), "pressed end by Press");
     const auto who =
         "accessibility: velto-scripted-target (pid " + std::to_string(target.process.pid()) + ") ";
     const auto all = reports();
     EXPECT_EQ(std::vector(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
-              (std::vector<std::string>{who + "does not answer; going by what it last showed",
-                                        who + "answers again"}));
+              (Texts{who + "does not answer; going by what it last showed", who + "answers again"}));
 
     target.process.signal(SIGSTOP);
     EXPECT_TRUE(soon(Telephony::callActive));
@@ -78,18 +79,14 @@ TEST_F(AccessibilityStallTest, AStoppedProgramAnswersWhatItLastShowedUntilItGoes
 }
 
 TEST_F(AccessibilityStallTest, AProgramThatStopsInTheMiddleOfALookHasNotEndedItsCall) {
-    const auto with = [](int answers) {
-        auto description = kEndButton;
-        return description.insert(1, R"("stopsAfter": )" + std::to_string(answers) + ", ");
-    };
-    auto target = launchTarget(kEndButton);
+    auto target = launchTarget(kInCall);
     ASSERT_TRUE(Telephony::callActive());
     for (const int answers : {0, 1, 2, 3, 4, 5, 6, 8}) {
-        show(target, with(answers));
+        show(target, std::string(kInCall).insert(1, R"("stopsAfter": )" + std::to_string(answers) + ", "));
         for (int look = 0; look < 3; ++look)
             EXPECT_TRUE(soon(Telephony::callActive)) << answers << " answers";
         target.process.signal(SIGCONT);
-        show(target, kEndButton);
+        show(target, kInCall);
         ASSERT_TRUE(eventually([] { return AX::texts().size() == 1; }));
     }
 }
@@ -114,12 +111,12 @@ TEST_F(AccessibilityStallTest, WhatIsNeverAnsweredIsWaitedForOnce) {
 }
 
 TEST_F(AccessibilityStallTest, ARegistryThatWasKilledTakesNobodyWithIt) {
-    auto target = launchTarget(kEndButton);
+    auto target = launchTarget(kInCall);
     ASSERT_TRUE(Telephony::callActive());
     signal(processOf("at-spi2-registryd"), SIGKILL);
     for (int look = 0; look < 5; ++look)
         EXPECT_TRUE(soon(Telephony::callActive));
-    EXPECT_TRUE(AX::press("End"));
+    EXPECT_TRUE(pressEnd());
     auto later = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "later"}]})");
     EXPECT_TRUE(eventually([this] { return workspace().runningApplications().size() == 4; }));
     EXPECT_TRUE(Telephony::callActive());
@@ -130,74 +127,53 @@ TEST_F(AccessibilityStallTest, ARegistryThatWasKilledTakesNobodyWithIt) {
 TEST_F(AccessibilityStallTest, AnUnansweredPressIsNotRepeated) {
     auto target = launchTarget(R"({"role": 75, "children": [
         {"id": "end", "role": 43, "name": "End", "actions": ["Press"], "onPress": "stop"}]})");
-    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_FALSE(soon(pressEnd));
     EXPECT_TRUE(soon(Telephony::callActive));
-    EXPECT_FALSE(soon([] { return AX::press("End"); }));
+    EXPECT_FALSE(soon(pressEnd));
     target.process.signal(SIGCONT);
     EXPECT_EQ(nextLine(target), "pressed end by Press");
-    EXPECT_TRUE(eventually([&] {
-        AX::buttons();
-        return reports().back().ends_with("answers again");
-    }));
+    EXPECT_TRUE(itAnswersAgain());
     EXPECT_TRUE(hasSaidNothingElse(target));
 
     // The program goes on, and only this one answer is missing.
     renewBackend();
     show(target, R"({"role": 75, "children": [
         {"id": "end", "role": 43, "name": "End", "actions": ["Press"], "onPress": "later"}]})");
-    EXPECT_FALSE(soon([] { return AX::press("End"); }));
-    EXPECT_NE(reports().back().find("a press in velto-scripted-target"), std::string::npos);
-    EXPECT_TRUE(eventually([&] {
-        AX::buttons();
-        return reports().back().ends_with("answers again");
-    }));
-    EXPECT_FALSE(AX::press("End"));
-    show(target, kEndButton);
+    EXPECT_FALSE(soon(pressEnd));
     EXPECT_EQ(nextLine(target), "pressed end by Press");
+    EXPECT_NE(reports().back().find("a press in velto-scripted-target"), std::string::npos);
+    EXPECT_TRUE(itAnswersAgain());
+    EXPECT_FALSE(pressEnd());
     EXPECT_TRUE(hasSaidNothingElse(target));
-    EXPECT_TRUE(eventually([] { return AX::press("End"); }));
+    show(target, kInCall);
+    EXPECT_TRUE(eventually(pressEnd));
     EXPECT_EQ(nextLine(target), "pressed end by Press");
 }
 
 TEST_F(AccessibilityStallTest, NothingWaitsForAStoppedRegistryLauncherOrBus) {
-    const auto target = launchTarget(kEndButton);
-    ASSERT_TRUE(Telephony::callAnswered());
-    const std::vector<std::pair<std::string, std::optional<pid_t>>> parts{
-        {"launcher", desktop().accessibility()->pid()},
-        {"session bus", desktop().bus()->pid()},
-        {"registry", processOf("at-spi2-registryd")},
-        {"accessibility bus", processOf("dbus-daemon")},
-    };
-    for (const auto& [name, pid] : parts) {
-        SCOPED_TRACE(name);
+    const auto target = launchTarget(kInCall);
+    const std::vector<pid_t> all{desktop().accessibility()->pid(), desktop().bus()->pid(),
+                                 processOf("at-spi2-registryd"), processOf("dbus-daemon")};
+    std::vector<std::vector<pid_t>> stopped{{all[0]}, {all[1]}, {all[2]}, {all[3]}, all};
+    stopped.back().push_back(target.process.pid());
+    for (const auto& parts : stopped) {
+        SCOPED_TRACE(&parts - stopped.data());
         renewBackend();
         ASSERT_TRUE(Telephony::callAnswered());
-        signal(pid, SIGSTOP);
+        for (const auto part : parts)
+            signal(part, SIGSTOP);
         for (int i = 0; i < 3; ++i) {
             EXPECT_TRUE(soon(Telephony::callAnswered));
             EXPECT_TRUE(soon(AX::trusted));
         }
-        signal(pid, SIGCONT);
-        EXPECT_TRUE(eventually([] {
-            AX::trusted();
-            return AX::press("End");
-        }));
+        for (const auto part : parts)
+            signal(part, SIGCONT);
+        EXPECT_TRUE(eventually([] { return AX::trusted() && pressEnd(); }));
     }
-    // All of them at once, and the program.
-    renewBackend();
-    ASSERT_TRUE(Telephony::callAnswered());
-    for (const auto& [name, pid] : parts)
-        signal(pid, SIGSTOP);
-    target.process.signal(SIGSTOP);
-    EXPECT_TRUE(soon(Telephony::callAnswered));
-    for (const auto& [name, pid] : parts)
-        signal(pid, SIGCONT);
-    target.process.signal(SIGCONT);
-    EXPECT_TRUE(eventually([] { return AX::trusted() && AX::press("End"); }));
 }
 
 TEST_F(AccessibilityStallTest, AStoppedProgramHoldsUpNoOtherThread) {
-    auto target = launchTarget(kEndButton);
+    auto target = launchTarget(kInCall);
     auto other = launchTarget(R"({"role": 75, "children": [{"role": 39, "copies": 5000}]})");
     ASSERT_TRUE(Telephony::callActive());
     std::thread reader([&] {
@@ -215,7 +191,7 @@ TEST_F(AccessibilityStallTest, AStoppedProgramHoldsUpNoOtherThread) {
 }
 
 TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBack) {
-    auto target = launchTarget(kEndButton);
+    auto target = launchTarget(kInCall);
     ASSERT_TRUE(AX::trusted());
     const auto session = Bus::open(desktop().busAddress(), kDeadline);
     const auto off =
@@ -227,9 +203,8 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
     AX::promptForTrust();
     EXPECT_TRUE(eventually(AX::trusted));
     EXPECT_EQ(accessibility().whyNotTrusted(), "");
-    EXPECT_EQ(reports(),
-              std::vector<std::string>{"accessibility: switched on; programs that were open before "
-                                       "may have to be restarted"});
+    EXPECT_EQ(reports(), Texts{"accessibility: switched on; programs that were open before "
+                               "may have to be restarted"});
 
     // Its bus stays behind, without anybody to ask for it.
     const auto orphan = processOf("dbus-daemon");
@@ -238,10 +213,10 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
     EXPECT_EQ(accessibility().whyNotTrusted(), "no accessibility bus runs in this session");
     ASSERT_TRUE(desktop().restart());
     EXPECT_TRUE(eventually(AX::trusted));
-    auto again = launchTarget(kEndButton);
+    auto again = launchTarget(kInCall);
     EXPECT_TRUE(eventually(Telephony::callActive));
     signal(orphan, SIGKILL);
-    EXPECT_TRUE(eventually([&] { return !orphan || ProcessFiles::executable(*orphan).empty(); }));
+    EXPECT_TRUE(eventually([&] { return ProcessFiles::executable(orphan).empty(); }));
 
     // The launcher ends with its bus; whoever asks next starts both.
     signal(processOf("dbus-daemon"), SIGKILL);
@@ -249,7 +224,7 @@ TEST_F(AccessibilityStallTest, WhatWasSwitchedOffOrEndedIsNotTrustedUntilItIsBac
     EXPECT_FALSE(Telephony::callActive());
     AX::promptForTrust();
     EXPECT_TRUE(eventually(AX::trusted));
-    auto third = launchTarget(kEndButton);
+    auto third = launchTarget(kInCall);
     EXPECT_TRUE(eventually(Telephony::callActive));
 }
 
@@ -267,25 +242,18 @@ TEST_F(AccessibilityStallTest, AProgramThatHardlyAnswersIsAsGoodAsSilent) {
     EXPECT_EQ(reports().size(), 1u);
 }
 
-class WithoutAccessibilityTest : public DesktopTest {
-  protected:
+struct WithoutAccessibilityTest : DesktopTest {
     WithoutAccessibilityTest() : DesktopTest(rehearsal::PrivateDesktopOptions()) {}
 };
 
 TEST_F(WithoutAccessibilityTest, OnlyTheTablesProcessesAreListed) {
     EXPECT_FALSE(AX::trusted());
     EXPECT_FALSE(Telephony::callActive());
-    LinuxWorkspace sleeping(accessibility(), {{"sleep", {"one", "two"}}});
-    auto process = launch({"sleep", "1000"});
-    std::vector<std::string> found;
-    ASSERT_TRUE(eventually([&] {
-        found.clear();
-        for (const auto& application : sleeping.runningApplications())
-            if (application.pid == process.pid())
-                found.push_back(application.bundleID);
-        return !found.empty();
+    const auto process = launch({"sleep", "1000"});
+    EXPECT_TRUE(eventually([&] {
+        return std::ranges::count(workspace().runningApplications(), process.pid(),
+                                  &RunningApplication::pid) == 2;
     }));
-    EXPECT_EQ(found, (std::vector<std::string>{"one", "two"}));
 }
 
 } // namespace

@@ -5,18 +5,6 @@
 namespace velto::test {
 namespace {
 
-using Texts = std::vector<std::string>;
-
-const std::string kEndButton = R"({"role": 75, "name": "phone", "children": [{"id": "end", "role": 43,
-    "name": "End", "actions": ["Press"]}]})";
-
-Texts described() {
-    Texts texts;
-    for (const auto& button : AX::buttons())
-        texts.push_back(button.description);
-    return texts;
-}
-
 TEST_F(DesktopTest, AnElementsRoleSaysWhereItsTextsAre) {
     const auto target = launchTarget(R"({"role": 75, "name": "phone", "children": [
         {"role": 43, "name": "named", "description": "tip", "at": [30, -40]},
@@ -33,11 +21,11 @@ TEST_F(DesktopTest, AnElementsRoleSaysWhereItsTextsAre) {
         {"role": 39, "hidden": true, "children": [{"role": 43, "name": "not shown"}]},
         {"role": 43, "hidden": true, "name": "not shown either"}]})");
 
-    const auto buttons = AX::buttons();
-    ASSERT_EQ(described(), (Texts{"named", "described"}));
-    EXPECT_EQ(buttons[0].x, 30);
-    EXPECT_EQ(buttons[0].y, -40);
-    EXPECT_EQ(buttons[1].x, 0); // it has no place
+    ASSERT_EQ(buttons(), (Texts{"named", "described"}));
+    const auto placed = AX::buttons();
+    EXPECT_EQ(placed[0].x, 30);
+    EXPECT_EQ(placed[0].y, -40);
+    EXPECT_EQ(placed[1].x, 0); // it has no place
     EXPECT_EQ(AX::texts(), (Texts{"label", "only text", "note"}));
 
     Texts seen;
@@ -56,22 +44,19 @@ TEST_F(DesktopTest, AnElementsRoleSaysWhereItsTextsAre) {
 TEST_F(DesktopTest, ATreeThatBreaksHidesNothingElse) {
     auto target = launchTarget(
         R"({"role": 75, "endsAfter": 300, "children": [{"role": 43, "name": "b", "copies": 200}]})");
-    const auto before = described();
-    EXPECT_FALSE(before.empty());
-    EXPECT_LT(before.size(), 200u);
+    const auto before = buttons().size();
+    EXPECT_TRUE(before > 0 && before < 200) << before;
 
-    const auto child = [](const std::string& more) {
-        return R"({"role": 39, "broken": ")" + more +
-               R"(", "name": "x", "children": [{"role": 43, "name": "x"}]})";
-    };
-    show(target, R"({"role": 75, "children": [)" + child("error") + "," + child("types") +
-                     R"(, {"role": 43, "broken": "types"}, {"role": 43, "name": "whole"}, "nowhere"]})");
-    EXPECT_EQ(described(), Texts{"whole"});
+    show(target, R"({"role": 75, "children": [
+        {"role": 39, "broken": "error", "name": "x", "children": [{"role": 43, "name": "x"}]},
+        {"role": 39, "broken": "types", "name": "x", "children": [{"role": 43, "name": "x"}]},
+        {"role": 43, "broken": "types"}, {"role": 43, "name": "whole"}, "nowhere"]})");
+    EXPECT_EQ(buttons(), Texts{"whole"});
 
     const std::string large(1'000'000, 'x');
     show(target, R"({"role": 75, "children": [{"role": 43, "name": "\u00e9)" + large + R"("},
         {"role": 43, "name": "a\ttab, \ud83d\ude00"}]})");
-    EXPECT_EQ(described(), (Texts{"\u00e9" + large, "a\ttab, \U0001F600"}));
+    EXPECT_EQ(buttons(), (Texts{"\u00e9" + large, "a\ttab, \U0001F600"}));
 }
 
 TEST_F(DesktopTest, AnElementIsPressedByTheActionThatAClickHas) {
@@ -83,24 +68,22 @@ TEST_F(DesktopTest, AnElementIsPressedByTheActionThatAClickHas) {
         {"role": 43, "name": "Mute"},
         {"role": 43, "name": "No", "actions": ["Press"], "onPress": "refuse"},
         {"role": 43, "name": "Off", "actions": ["Press"], "disabled": true}]})");
-    EXPECT_TRUE(AX::press("qt"));
-    EXPECT_EQ(nextLine(target), "pressed qt by Press");
-    EXPECT_TRUE(AX::press("gtk"));
-    EXPECT_EQ(nextLine(target), "pressed gtk by click");
-    EXPECT_TRUE(AX::press("other"));
-    EXPECT_EQ(nextLine(target), "pressed other by Activate");
+    for (const auto& [name, action] : {std::pair("qt", "Press"), {"gtk", "click"}, {"other", "Activate"}}) {
+        EXPECT_TRUE(AX::press(name));
+        EXPECT_EQ(nextLine(target), std::string("pressed ") + name + " by " + action);
+    }
     for (const auto* name : {"Menu", "Mute", "No", "Off", "Absent"})
         EXPECT_FALSE(AX::press(name)) << name;
 
     // Between the reading and the press.
-    show(target, kEndButton);
+    show(target, kInCall);
     const auto end = childrenOf(target).at(0);
     show(target,
          R"({"role": 75, "children": [{"id": "end", "role": 43, "actions": ["Press"], "disabled": true}]})");
     EXPECT_FALSE(accessibility().press(end));
     show(target, R"({"role": 75})");
     EXPECT_FALSE(accessibility().press(end));
-    show(target, kEndButton);
+    show(target, kInCall);
     EXPECT_TRUE(accessibility().press(end));
     EXPECT_EQ(nextLine(target), "pressed end by Press");
     EXPECT_FALSE(accessibility().press(accessibility().application(target.process.pid())));
@@ -108,8 +91,10 @@ TEST_F(DesktopTest, AnElementIsPressedByTheActionThatAClickHas) {
 }
 
 TEST_F(DesktopTest, ApplicationsAreListedInOrderAndGoneWhenTheyEnd) {
-    auto first = launchTarget(kEndButton);
-    auto second = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "second"}]})");
+    auto first = launchTarget(kInCall);
+    // It shows elements of others, too.
+    auto second = launchTarget(R"({"role": 75, "children": [{"role": 29, "name": "second"}, ")" + first.name +
+                               R"( end", ":9.99 end"]})");
     std::vector<std::pair<std::string, pid_t>> listed;
     for (const auto& application : workspace().runningApplications())
         listed.emplace_back(application.bundleID, application.pid);
@@ -118,11 +103,14 @@ TEST_F(DesktopTest, ApplicationsAreListedInOrderAndGoneWhenTheyEnd) {
                           {"com.apple.notificationcenterui", first.process.pid()},
                           {"com.apple.mobilephone", second.process.pid()},
                           {"com.apple.notificationcenterui", second.process.pid()}}));
-    EXPECT_TRUE(AX::texts().empty());
+    EXPECT_EQ(AX::texts(), Texts{"0:07"});
     EXPECT_EQ(AX::scanAllApps("second", std::string(AX::kPhoneApp)).size(), 1u);
+    EXPECT_EQ(AX::scanAllApps("end", std::string(AX::kPhoneApp)).size(), 2u);
+    EXPECT_TRUE(accessibility().press(childrenOf(second).at(1)));
+    EXPECT_EQ(nextLine(first), "pressed end by Press");
 
     first.process.kill();
-    EXPECT_EQ(described(), Texts{});
+    EXPECT_EQ(buttons(), Texts{});
     EXPECT_TRUE(eventually([] { return AX::texts() == Texts{"second"}; }));
     EXPECT_EQ(reports(), Texts{});
 }

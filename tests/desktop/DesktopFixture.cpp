@@ -1,12 +1,9 @@
 #include "tests/desktop/DesktopFixture.h"
 
 #include "VeltoPlatform/linux/AtspiCalls.h"
-
-#include <thread>
+#include "VeltoShared/telephony/AX.h"
 
 namespace velto::test {
-
-using namespace std::chrono_literals;
 
 DesktopTest::DesktopTest(rehearsal::PrivateDesktopOptions options) {
     auto started = rehearsal::PrivateDesktop::start(folder_.path(),
@@ -14,10 +11,12 @@ DesktopTest::DesktopTest(rehearsal::PrivateDesktopOptions options) {
     if (!started)
         throw std::runtime_error(started.error().description);
     desktop_ = std::move(*started);
+    session_ = desktop_->environment();
+    session_["DISPLAY"] = desktop_->display();
+    session_["GSETTINGS_BACKEND"] = "memory";
+    environment_.set(session_);
     renewBackend();
 }
-
-DesktopTest::~DesktopTest() = default;
 
 void DesktopTest::renewBackend() {
     accessibility_ = std::make_unique<AtspiAccessibility>(
@@ -27,7 +26,9 @@ void DesktopTest::renewBackend() {
         },
         desktop_->busAddress());
     auto table = LinuxWorkspace::defaultTable();
-    table.front().executable = "velto-scripted-target";
+    const auto phone = table.front();
+    for (const char* program : {"velto-scripted-target", "zenity", "gtk4-builder-tool", "sleep"})
+        table.push_back({program, phone.bundleIDs});
     workspace_ = std::make_unique<LinuxWorkspace>(*accessibility_, table);
     auto parts = platform();
     parts.accessibility = accessibility_.get();
@@ -35,43 +36,19 @@ void DesktopTest::renewBackend() {
     installPlatform(parts);
 }
 
-ChildProcess DesktopTest::launch(const std::vector<std::string>& arguments, const std::string& input,
-                                 bool lines) {
-    rehearsal::ChildProgram program;
-    program.title = arguments.front();
-    program.arguments = arguments;
-    program.environment = desktop_->environment();
-    program.environment["DISPLAY"] = desktop_->display();
-    program.environment["GSETTINGS_BACKEND"] = "memory";
-    program.errorFile = folder_.path() / "program.err";
-    if (!lines)
-        program.outputFile = folder_.path() / "program.out";
-    program.input = input;
-    auto started = ChildProcess::start(program);
+ChildProcess DesktopTest::launch(const std::vector<std::string>& arguments, const std::string& input) {
+    auto started = ChildProcess::start(
+        {arguments.front(), arguments, session_, folder_.path() / "program.err", {}, input});
     EXPECT_TRUE(started);
     return std::move(*started);
 }
 
 DesktopTest::Target DesktopTest::launchTarget(const std::string& description) {
-    Target target{launch({VELTO_SCRIPTED_TARGET}, description, true)};
+    Target target{launch({VELTO_SCRIPTED_TARGET}, description)};
     const auto line = nextLine(target);
     EXPECT_TRUE(line.starts_with("ready ")) << line;
     target.name = line.substr(std::min<std::size_t>(line.size(), 6));
     return target;
-}
-
-std::string DesktopTest::nextLine(Target& target) {
-    if (!eventually([&] { return !hasSaidNothingElse(target); }))
-        return "";
-    auto line = std::move(target.lines.front());
-    target.lines.pop_front();
-    return line;
-}
-
-bool DesktopTest::hasSaidNothingElse(Target& target) {
-    for (auto& line : target.process.readLines())
-        target.lines.push_back(std::move(line));
-    return target.lines.empty();
 }
 
 std::vector<ElementRef> DesktopTest::childrenOf(const Target& target) {
@@ -80,32 +57,23 @@ std::vector<ElementRef> DesktopTest::childrenOf(const Target& target) {
     return std::get<std::vector<ElementRef>>(answers[0].children);
 }
 
-std::string DesktopTest::accessibilityAddress() {
-    const auto session = Bus::open(desktop_->busAddress(), kDeadline);
-    return AtspiCalls::text(
-               session->call(session->method("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"),
-                             kDeadline))
-        .value_or("");
-}
-
 void DesktopTest::show(const Target& target, const std::string& description) {
-    const auto bus = Bus::open(accessibilityAddress(), kDeadline);
+    const auto session = Bus::open(desktop_->busAddress(), kDeadline);
+    const auto where = session->method("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress");
+    const auto bus = Bus::open(AtspiCalls::text(session->call(where, kDeadline)).value_or(""), kDeadline);
     const auto request = bus->method(target.name.c_str(), "/", "org.velto.Target", "Show");
     sd_bus_message_append(request.get(), "s", description.c_str());
     EXPECT_TRUE(bus->call(request, kDeadline));
 }
 
-bool DesktopTest::eventually(const std::function<bool()>& isSo) {
-    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-    while (!isSo()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(5ms);
-    }
-    return true;
+Texts DesktopTest::buttons() {
+    Texts names;
+    for (const auto& button : AX::buttons())
+        names.push_back(button.description);
+    return names;
 }
 
-std::vector<std::string> DesktopTest::reports() {
+Texts DesktopTest::reports() {
     const std::scoped_lock lock(mutex_);
     return reports_;
 }

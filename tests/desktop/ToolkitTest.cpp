@@ -10,42 +10,15 @@
 namespace velto::test {
 namespace {
 
-using Texts = std::vector<std::string>;
-
-class ToolkitTest : public DesktopTest {
-  protected:
+struct ToolkitTest : DesktopTest {
     ToolkitTest() : DesktopTest({.accessibility = true, .display = true}) {}
-
-    /// Makes a program's only process the phone app and the notification centre.
-    void adopt(const std::string& executable) {
-        adopted_ = std::make_unique<LinuxWorkspace>(
-            accessibility(),
-            std::vector<KnownApplication>{
-                {executable, {std::string(AX::kPhoneApp), std::string(AX::kNotificationCenter)}}});
-        auto parts = platform();
-        parts.workspace = adopted_.get();
-        installPlatform(parts);
-    }
-
-    static bool shows(const std::string& button) {
-        const auto buttons = AX::buttons();
-        return std::any_of(buttons.begin(), buttons.end(),
-                           [&](const AX::Button& each) { return each.description == button; });
-    }
-
-  private:
-    std::unique_ptr<LinuxWorkspace> adopted_;
 };
 
 TEST_F(ToolkitTest, Gtk3) {
-    adopt("zenity");
     auto question = launch({"zenity", "--question", "--text", "Shall it ring?", "--ok-label", "Let it",
                             "--cancel-label", "Be still"});
     ASSERT_TRUE(eventually([] { return shows("Let it") && shows("Be still"); }));
-    EXPECT_EQ(AX::texts(std::string(AX::kPhoneApp)), Texts{"Shall it ring?"});
-    auto roles = AX::roleCounts(AX::kPhoneApp);
-    EXPECT_EQ(roles["AXApplication"], 1);
-    EXPECT_EQ(roles["AXButton"], 2);
+    EXPECT_EQ(AX::texts(), Texts{"Shall it ring?"});
     EXPECT_EQ(AX::scanAllApps("axbutton", std::string(AX::kPhoneApp)).size(), 2u);
     EXPECT_TRUE(AX::press("be STILL"));
     ASSERT_TRUE(question.endsWithin(kDeadline));
@@ -53,9 +26,7 @@ TEST_F(ToolkitTest, Gtk3) {
 }
 
 TEST_F(ToolkitTest, Gtk4) {
-    adopt("gtk4-builder-tool");
-    const TemporaryFolder folder;
-    const auto window = folder.path() / "window.ui";
+    const auto window = folder() / "window.ui";
     std::ofstream(window) << R"(<interface><object class="GtkWindow" id="window">
         <child><object class="GtkBox">
             <child><object class="GtkLabel"><property name="label">Incoming</property></object></child>
@@ -69,9 +40,7 @@ TEST_F(ToolkitTest, Gtk4) {
     auto preview = launch({"gtk4-builder-tool", "preview", "--id=window", window.string()});
     ASSERT_TRUE(eventually([] { return shows("Off") && shows("Decline"); }));
     EXPECT_FALSE(shows("Hidden"));
-    const auto texts = AX::texts(std::string(AX::kPhoneApp));
-    EXPECT_NE(std::find(texts.begin(), texts.end(), "Incoming"), texts.end());
-    EXPECT_GE(AX::roleCounts(AX::kPhoneApp)["AXButton"], 2);
+    EXPECT_EQ(std::ranges::count(AX::texts(), "Incoming"), 1);
     EXPECT_EQ(AX::scanAllApps("decline", std::string(AX::kPhoneApp)).size(), 2u); // with its label
     EXPECT_FALSE(AX::press("Off"));
     EXPECT_TRUE(AX::press("Decline"));

@@ -4,25 +4,19 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 namespace velto::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 TEST(AccessibilitySettingsTest, TheProgramOfTheDesktopThatRunsIsStarted) {
     const TemporaryFolder programs;
-    for (const char* name : {"gnome-control-center", "systemsettings5", "mate-at-properties"}) {
-        std::ofstream(programs.path() / name) << "#!/bin/sh\n";
-        fs::permissions(programs.path() / name, fs::perms::owner_all);
-    }
+    for (const char* name : {"gnome-control-center", "systemsettings5", "mate-at-properties"})
+        writeProgram(programs.path() / name, "");
     const auto path = "relative::/nowhere:" + programs.path().string();
     const auto shown = [&](const char* desktops) {
         const auto command = accessibilitySettings(desktops, path);
         std::string text;
         for (std::size_t i = 3; command && i < command->arguments.size(); ++i)
-            text += fs::path(command->arguments[i]).filename().string() + " ";
+            text += std::filesystem::path(command->arguments[i]).filename().string() + " ";
         return text;
     };
     EXPECT_EQ(shown("ubuntu:GNOME"), "gnome-control-center universal-access ");

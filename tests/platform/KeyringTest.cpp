@@ -12,7 +12,6 @@
 
 #include <csignal>
 #include <fstream>
-#include <iostream>
 #include <thread>
 
 namespace velto::test {
@@ -49,19 +48,29 @@ struct Keyring : ::testing::Test {
         desktop = std::move(*started);
         ::setenv("DBUS_SESSION_BUS_ADDRESS", desktop->busAddress().c_str(), 1);
     }
-    void TearDown() override {
-        if (!HasFailure())
-            return;
-        for (const auto& line : reports)
-            std::cerr << line << '\n';
-        std::cerr << readFile(folder.path() / "gnome-keyring-daemon.err");
-    }
     SecretServiceStore store() { return SecretServiceStore(report, limits); }
     /// What `find` answers, and what it found.
     std::pair<SecretStatus, std::string> find(SecretStore& store, const std::string& account = "one") {
         std::string data;
         const auto status = store.find(kService, account, data);
         return {status, data};
+    }
+    static SecretStatus add(SecretStore& store, const std::string& data, const std::string& account = "one") {
+        return store.add({kService, account, data, {}});
+    }
+    /// Whatever bytes it is given, and only once.
+    void keepsAll(SecretStore& store) {
+        using namespace std::string_literals;
+        for (const auto& data :
+             {""s, kSecret, "a\r\n b\n"s, "\0x\0"s, "schlüssel\xff"s, std::string(100'000, 'k')}) {
+            EXPECT_EQ(add(store, data), success);
+            EXPECT_TRUE(find(store) == std::pair(success, data)) << data.size();
+            EXPECT_EQ(add(store, "other"), duplicate);
+            EXPECT_EQ(store.remove(kService, "one"), success);
+            EXPECT_EQ(find(store).first, notFound);
+            EXPECT_EQ(store.remove(kService, "one"), notFound);
+        }
+        EXPECT_EQ(add(store, "", "\xff"), failed);
     }
 };
 
@@ -70,23 +79,13 @@ using Found = std::pair<SecretStatus, std::string>;
 TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
     startSession(true);
     auto secrets = store();
-    using namespace std::string_literals;
-    for (const auto& data :
-         {""s, kSecret, "a\r\n b\n"s, "\0x\0"s, "schlüssel\xff"s, std::string(100'000, 'k')}) {
-        EXPECT_EQ(secrets.add({kService, "one", data, "Velto API key"}), success);
-        EXPECT_TRUE(find(secrets) == Found(success, data)) << data.size();
-        EXPECT_EQ(secrets.add({kService, "one", "other", {}}), duplicate);
-        EXPECT_EQ(secrets.remove(kService, "one"), success);
-        EXPECT_EQ(find(secrets).first, notFound);
-        EXPECT_EQ(secrets.remove(kService, "one"), notFound);
-    }
-    ASSERT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
-    ASSERT_EQ(secrets.add({kService, "two", "kept", {}}), success);
+    keepsAll(secrets);
+    ASSERT_EQ(add(secrets, kSecret), success);
+    ASSERT_EQ(secrets.add({kService, "two", "kept", "Velto API key"}), success);
     EXPECT_EQ(secrets.remove("org.velto.Other", "one"), notFound);
     ASSERT_EQ(secrets.remove(kService, "two"), success);
     EXPECT_EQ(find(secrets), Found(success, kSecret));
-    EXPECT_EQ(secrets.add({kService, "one\0x"s, "", {}}), failed);
-    EXPECT_EQ(secrets.add({kService, "\xff", "", {}}), failed);
+    EXPECT_EQ(add(secrets, "", std::string("one\0x", 5)), failed);
 
     ASSERT_TRUE(desktop->restartKeyring(true));
     EXPECT_EQ(find(secrets), Found(success, kSecret));
@@ -103,14 +102,14 @@ TEST_F(Keyring, KeepsWhatItWasGivenBeyondItsRestart) {
 TEST_F(Keyring, ALockedOneWithNobodyThereIsAskedOnce) {
     startSession(true);
     auto secrets = store();
-    ASSERT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
+    ASSERT_EQ(add(secrets, kSecret), success);
     ASSERT_TRUE(desktop->restartKeyring(false));
     EXPECT_EQ(secrets.state(), "system keyring, locked");
     EXPECT_EQ(secrets.holds(kService, "one"), success);
     EXPECT_EQ(secrets.holds(kService, "none"), locked);
     EXPECT_TRUE(reports.empty()); // nobody was asked
     EXPECT_EQ(find(secrets).first, locked);
-    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), locked);
+    EXPECT_EQ(add(secrets, kSecret), locked);
     EXPECT_EQ(secrets.remove(kService, "one"), locked);
     ASSERT_EQ(reports.size(), 1u);
     EXPECT_TRUE(reports.front().starts_with("keyring: locked, and the prompt was ")) << reports.front();
@@ -159,7 +158,7 @@ TEST_F(Keyring, PromptsAreFollowed) {
         EXPECT_EQ(find(secrets).first, notFound);
         EXPECT_EQ(secrets.remove(kService, "one"), notFound);
         EXPECT_EQ(fake.prompts(), 0);
-        EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), duplicate); // the new one has the fake's item
+        EXPECT_EQ(add(secrets, kSecret), duplicate); // the new one has the fake's item
         EXPECT_EQ(fake.prompts(), 1);
     }
     EXPECT_TRUE(reports.empty());
@@ -168,7 +167,8 @@ TEST_F(Keyring, PromptsAreFollowed) {
 TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
     startSession(false);
     using User = FakeSecretService::User;
-    for (const auto user : {User::dismisses, User::isAway}) {
+    for (const auto& [user, why] : {std::pair(User::dismisses, "dismissed or could not be shown"),
+                                    std::pair(User::isAway, "not answered within 0.300 s")}) {
         FakeSecretService fake(desktop->busAddress(), {.locked = true, .user = user});
         auto secrets = store();
         reports.clear();
@@ -176,11 +176,7 @@ TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
         EXPECT_EQ(find(secrets).first, locked);
         other.join();
         EXPECT_EQ(fake.prompts(), 1);
-        EXPECT_EQ(reports,
-                  std::vector<std::string>{
-                      user == User::isAway ? "keyring: locked, and the prompt was not answered within 0.300 s"
-                                           : "keyring: locked, and the prompt was dismissed or could not "
-                                             "be shown"});
+        EXPECT_EQ(reports, std::vector{std::string("keyring: locked, and the prompt was ") + why});
         // An answer that comes late counts.
         if (user == User::isAway) {
             fake.decide(User::answers);
@@ -202,12 +198,17 @@ TEST_F(Keyring, ARefusedPromptIsNotRepeatedForAWhile) {
 
 TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
     startSession(false);
-    for (const char* step : {"ReadAlias", "Get", "Unlock", "Prompt", "SearchItems", "GetSecret"}) {
-        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .diesAt = step});
-        auto secrets = store();
-        EXPECT_EQ(find(secrets).first, failed) << step;
-    }
-    limits.prompt = 20s;
+    limits.operation = 200ms;
+    for (const char* step : {"ReadAlias", "Get", "Unlock", "Prompt", "SearchItems", "GetSecret"})
+        for (const bool dies : {true, false}) {
+            const FakeSecretService fake(
+                desktop->busAddress(),
+                {.locked = true, .diesAt = dies ? step : "", .silentAt = dies ? "" : step});
+            auto secrets = store();
+            EXPECT_EQ(find(secrets).first, failed) << step << dies;
+        }
+    // With the prompt on the screen.
+    limits = {.operation = 5s, .prompt = 20s};
     auto patient = store();
     std::optional<FakeSecretService> fake;
     fake.emplace(desktop->busAddress(),
@@ -217,12 +218,6 @@ TEST_F(Keyring, OneThatEndsOrFallsSilentHalfwayFails) {
         std::this_thread::yield();
     fake.reset();
     asking.join();
-    limits.operation = 200ms;
-    for (const char* step : {"SearchItems", "GetSecret", "Prompt"}) {
-        const FakeSecretService fake(desktop->busAddress(), {.locked = true, .silentAt = step});
-        auto secrets = store();
-        EXPECT_EQ(find(secrets).first, failed) << step;
-    }
 }
 
 /// The application's store, with a file for keys in a folder of its own.
@@ -239,14 +234,14 @@ struct KeyFile : Keyring {
 };
 
 TEST_F(KeyFile, TakesKeysOnlyWhereItIsAllowedAndNoKeyringIsThere) {
-    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), unavailable);
+    EXPECT_EQ(add(secrets, kSecret), unavailable);
     EXPECT_EQ(secrets.remove(kService, "one"), unavailable);
     EXPECT_EQ(secrets.state(), "none");
     EXPECT_FALSE(std::filesystem::exists(file.parent_path()));
     allow();
     EXPECT_EQ(find(secrets).first, notFound);
-    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), success);
-    EXPECT_EQ(secrets.add({kService, "one", "", {}}), duplicate);
+    EXPECT_EQ(add(secrets, kSecret), success);
+    EXPECT_EQ(add(secrets, ""), duplicate);
     EXPECT_EQ(find(secrets), Found(success, kSecret));
     EXPECT_EQ(secrets.state(), "file " + file.string() + ", not encrypted");
     EXPECT_EQ(mode(file), 0600u);
@@ -254,7 +249,7 @@ TEST_F(KeyFile, TakesKeysOnlyWhereItIsAllowedAndNoKeyringIsThere) {
 
     startSession(true);
     EXPECT_EQ(find(secrets), Found(success, kSecret));
-    EXPECT_EQ(secrets.add({kService, "one", "in the keyring", {}}), success);
+    EXPECT_EQ(add(secrets, "in the keyring"), success);
     EXPECT_EQ(find(secrets).second, "in the keyring");
     EXPECT_EQ(secrets.state(), "system keyring");
     preferences.remove(LinuxSecretStore::kFilePreference);
@@ -262,19 +257,13 @@ TEST_F(KeyFile, TakesKeysOnlyWhereItIsAllowedAndNoKeyringIsThere) {
     allow();
     EXPECT_EQ(find(secrets).first, notFound);
     ASSERT_TRUE(desktop->restartKeyring(false));
-    EXPECT_EQ(secrets.add({kService, "one", kSecret, {}}), locked);
+    EXPECT_EQ(add(secrets, kSecret), locked);
 }
 
 TEST_F(KeyFile, KeepsOthersOutAndWhatItCannotRead) {
     FileSecretStore keys(file, report);
-    using namespace std::string_literals;
-    for (const auto& data : {""s, "\0\r\n\xff"s, std::string(100'000, 'k')}) {
-        ASSERT_EQ(keys.add({kService, "one", data, {}}), success);
-        EXPECT_TRUE(find(keys) == Found(success, data)) << data.size();
-        ASSERT_EQ(keys.remove(kService, "one"), success);
-    }
-    ASSERT_EQ(keys.add({kService, "one", kSecret, {}}), success);
-    EXPECT_EQ(keys.add({kService, "\xff", kSecret, {}}), failed);
+    keepsAll(keys);
+    ASSERT_EQ(add(keys, kSecret), success);
     reports.clear();
     std::filesystem::permissions(file, std::filesystem::perms(0644));
     std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0755));
@@ -290,14 +279,14 @@ TEST_F(KeyFile, KeepsOthersOutAndWhatItCannotRead) {
         EXPECT_EQ(readFile(file), broken);
     }
     std::ofstream(file) << "{\"keys\":[";
-    EXPECT_EQ(keys.add({kService, "one", kSecret, {}}), success);
+    EXPECT_EQ(add(keys, kSecret), success);
     EXPECT_EQ(readFile(file.string() + ".broken"), "{\"keys\":[");
 
     if (::geteuid() == 0) {
         ASSERT_EQ(::chown(file.c_str(), 1, 1), 0);
         const auto before = readFile(file);
         EXPECT_EQ(find(keys).first, failed);
-        EXPECT_EQ(keys.add({kService, "two", kSecret, {}}), failed);
+        EXPECT_EQ(add(keys, kSecret, "two"), failed);
         EXPECT_EQ(readFile(file), before);
     }
     for (const auto& line : reports)

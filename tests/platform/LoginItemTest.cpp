@@ -16,13 +16,8 @@ struct LoginItemTest : ::testing::Test {
     fs::path config = home.path() / ".config";
 
     LinuxLoginItem item(const std::string& name = "velto") {
-        return {config, "org.velto.Velto", program(name)};
-    }
-    fs::path program(const std::string& name) {
-        const auto file = home.path() / name;
-        std::ofstream(file) << "#!/bin/sh\n";
-        fs::permissions(file, fs::perms::owner_all);
-        return file;
+        writeProgram(home.path() / name, "");
+        return {config, "org.velto.Velto", home.path() / name};
     }
 };
 

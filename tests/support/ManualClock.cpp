@@ -1,10 +1,8 @@
 #include "tests/support/ManualClock.h"
 
-#include <boost/asio/associated_cancellation_slot.hpp>
-#include <boost/asio/associated_executor.hpp>
-#include <boost/asio/async_result.hpp>
-
-#include <gtest/gtest.h>
+#include <boost/asio/redirect_error.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/this_coro.hpp>
 
 namespace velto::test {
 namespace {
@@ -13,18 +11,8 @@ constexpr Clock::WallTime kStart{std::chrono::seconds(1794860600)};
 
 } // namespace
 
-ManualClock::ManualClock(std::function<void()> drain) : drain_(std::move(drain)) {}
-
 Clock::WallTime ManualClock::now() const {
     return kStart + std::chrono::duration_cast<WallTime::duration>(elapsed_);
-}
-
-Clock::SteadyTime ManualClock::steadyNow() const {
-    return SteadyTime(elapsed_);
-}
-
-void ManualClock::blockFor(Duration duration) {
-    elapsed_ += duration;
 }
 
 ManualClock::Key ManualClock::schedule(Duration delay, std::function<void()> fire) {
@@ -34,25 +22,15 @@ ManualClock::Key ManualClock::schedule(Duration delay, std::function<void()> fir
 }
 
 asio::awaitable<void> ManualClock::sleep(Duration duration) {
-    co_await asio::async_initiate<const asio::use_awaitable_t<>, void()>(
-        [this, duration](auto handler) {
-            auto slot = asio::get_associated_cancellation_slot(handler);
-            auto executor = asio::get_associated_executor(handler);
-            auto shared = std::make_shared<decltype(handler)>(std::move(handler));
-            auto wake = [shared, executor, slot] {
-                asio::post(executor, [shared, slot]() mutable {
-                    slot.clear();
-                    std::move (*shared)();
-                });
-            };
-            const auto key = schedule(duration, wake);
-            if (slot.is_connected())
-                slot.assign([this, key, wake](asio::cancellation_type) {
-                    if (due_.erase(key) > 0)
-                        wake();
-                });
-        },
-        asio::use_awaitable);
+    const auto timer = std::make_shared<asio::steady_timer>(co_await asio::this_coro::executor,
+                                                            asio::steady_timer::time_point::max());
+    const auto key = schedule(duration, [weak = std::weak_ptr(timer)] {
+        if (const auto sleeper = weak.lock())
+            sleeper->cancel();
+    });
+    boost::system::error_code ignored;
+    co_await timer->async_wait(asio::redirect_error(asio::use_awaitable, ignored));
+    due_.erase(key);
 }
 
 class ManualClock::RepeatingTimer : public Timer {
@@ -68,9 +46,8 @@ class ManualClock::RepeatingTimer : public Timer {
     void arm() {
         key_ = clock_.schedule(interval_, [this] {
             arm();
-            const auto fire = fire_; // the callback may destroy this timer
-            MainThread::post([fire, alive = std::weak_ptr(alive_)] {
-                if (!alive.expired())
+            MainThread::post([timers = std::weak_ptr(fire_)] {
+                if (const auto fire = timers.lock()) // it may destroy this timer
                     (*fire)();
             });
         });
@@ -79,7 +56,6 @@ class ManualClock::RepeatingTimer : public Timer {
     ManualClock& clock_;
     Duration interval_;
     std::shared_ptr<std::function<void()>> fire_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
     Key key_{};
 };
 
@@ -121,15 +97,10 @@ void Loop::drain() {
 }
 
 void Loop::run(asio::awaitable<void> task) {
-    bool done = false;
-    std::exception_ptr error;
-    asio::co_spawn(context, std::move(task), [&](std::exception_ptr e) {
-        error = e;
-        done = true;
-    });
-    finish([&] { return done; });
-    if (error)
-        std::rethrow_exception(error);
+    run([](asio::awaitable<void> inner) -> asio::awaitable<bool> {
+        co_await std::move(inner);
+        co_return true;
+    }(std::move(task)));
 }
 
 void Loop::finish(const std::function<bool()>& done) {

@@ -15,13 +15,13 @@ namespace velto::test {
 class ManualClock : public Clock {
   public:
     /// `drain` runs everything that is ready; called between two instants.
-    explicit ManualClock(std::function<void()> drain);
+    explicit ManualClock(std::function<void()> drain) : drain_(std::move(drain)) {}
 
     WallTime now() const override;
-    SteadyTime steadyNow() const override;
+    SteadyTime steadyNow() const override { return SteadyTime(elapsed_); }
     asio::awaitable<void> sleep(Duration duration) override;
     /// Moves time on without running anything.
-    void blockFor(Duration duration) override;
+    void blockFor(Duration duration) override { elapsed_ += duration; }
     std::unique_ptr<Timer> repeat(Duration interval, std::function<void()> fire) override;
 
     /// Moves time on, instant by instant, running whatever becomes due in its order.

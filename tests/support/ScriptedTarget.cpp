@@ -4,13 +4,12 @@
 // its name on the bus, and "pressed ID" for every press that it carried out.
 //
 // An element: "id" (its path's last part), "role", "name", "description", "text", "value", "at" [x, y],
-// "actions", "children" (elements, or the ids of others); "disabled", "hidden", "multiLine"; "copies" (so
-// many of it); "onPress": "stop" (stops this process,
-// carries it out when continued), "later" (answers it, and carries it out, at the next "Show") or "refuse";
-// "broken": "error" or "types" for all that it answers but its role. Of the first element: "endsAfter", so
-// many answers of the program after which nothing else is there; "stopsAfter", so many after which this
-// process stops itself, once; "slow", so many milliseconds for each answer. "unanswered": a member that the
-// element never answers.
+// "actions", "children" (elements, the ids of others, or "NAME ID" for another program's); "disabled",
+// "hidden", "multiLine"; "copies" (so many of it); "onPress": "stop" (stops this process, carries it out when
+// continued), "later" (answers it at the next "Show") or "refuse"; "broken": "error" or "types" for all that
+// it answers but its role; "unanswered": a member that it never answers. Of the first element: "endsAfter",
+// so many answers of the program after which nothing else is there; "stopsAfter", so many after which this
+// process stops itself, once; "slow", so many milliseconds for each answer.
 #include "VeltoPlatform/linux/AtspiCalls.h"
 #include "VeltoPlatform/linux/AtspiRoles.h"
 
@@ -34,23 +33,18 @@ namespace json = boost::json;
 
 const std::string kFolder = "/org/a11y/atspi/accessible/";
 
-struct Node {
-    json::object facts;
-    std::vector<std::string> children; ///< their ids
-};
-
 class Target {
   public:
     explicit Target(std::unique_ptr<Bus> bus) : bus_(std::move(bus)) {}
 
     void show(std::string_view description) {
-        nodes_.clear();
+        elements_.clear();
         unnamed_ = 0;
         answers_ = 0;
         add(json::parse(description).as_object(), "root");
     }
 
-    int serve() {
+    void serve() {
         sd_bus_add_filter(
             bus_->handle(), nullptr,
             [](sd_bus_message* message, void* target, sd_bus_error*) {
@@ -62,32 +56,29 @@ class Target {
         const auto embed =
             bus_->method(AtspiCalls::kRegistry, AtspiCalls::kRoot, "org.a11y.atspi.Socket", "Embed");
         sd_bus_message_append(embed.get(), "(so)", name, AtspiCalls::kRoot);
-        bool embedded = false;
         bus_->send(embed, 10s, [&](const BusReply& reply) {
-            embedded = static_cast<bool>(reply);
-            std::printf(embedded ? "ready %s\n" : "not embedded %s\n", name);
+            std::printf(reply ? "ready %s\n" : "not embedded %s\n", name);
             std::fflush(stdout);
         });
         while (bus_->alive())
             bus_->process(3600s);
-        return embedded ? 0 : 1;
     }
 
   private:
     std::string add(const json::object& facts, std::string id) {
         if (id.empty())
-            id = facts.contains("id") ? json::value_to<std::string>(facts.at("id"))
-                                      : "n" + std::to_string(unnamed_++);
-        Node node{.facts = facts, .children = {}};
-        if (const auto* children = facts.if_contains("children")) {
-            for (const auto& child : children->as_array())
+            id = facts.contains("id") ? text(facts, "id") : "n" + std::to_string(unnamed_++);
+        json::array children;
+        if (const auto* described = facts.if_contains("children")) {
+            for (const auto& child : described->as_array())
                 if (child.is_string())
-                    node.children.emplace_back(child.as_string());
+                    children.push_back(child);
                 else
                     for (auto copy = count(child.as_object(), "copies"); copy > 0; --copy)
-                        node.children.push_back(add(child.as_object(), ""));
+                        children.emplace_back(add(child.as_object(), ""));
         }
-        nodes_[id] = std::move(node);
+        auto& element = elements_[id] = facts;
+        element["children"] = std::move(children);
         return id;
     }
 
@@ -107,7 +98,7 @@ class Target {
             sd_bus_message_read(call, "s", &description);
             show(description);
             for (const auto& press : std::exchange(later_, {}))
-                perform(press.id, press.action, press.call.get());
+                sd_bus_reply_method_return(press.get(), "b", 1);
             return sd_bus_reply_method_return(call, "");
         }
         const char* path = sd_bus_message_get_path(call);
@@ -115,30 +106,28 @@ class Target {
             sd_bus_message_is_method_call(call, nullptr, nullptr) <= 0)
             return 0;
         const auto id = std::string(path).substr(kFolder.size());
-        const auto found = nodes_.find(id);
-        const auto& root = nodes_["root"].facts;
+        const auto found = elements_.find(id);
+        const auto& root = elements_["root"];
         if (root.contains("slow"))
             std::this_thread::sleep_for(std::chrono::milliseconds(count(root, "slow")));
         ++answers_;
         const bool ended = root.contains("endsAfter") && answers_ > count(root, "endsAfter");
         if (root.contains("stopsAfter") && answers_ == count(root, "stopsAfter") + 1)
             std::raise(SIGSTOP);
-        if (found == nodes_.end() || (ended && id != "root"))
+        if (found == elements_.end() || (ended && id != "root"))
             return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
         const std::string_view member = sd_bus_message_get_member(call);
-        if (text(found->second.facts, "unanswered") == member) {
-            unanswered_.emplace_back(sd_bus_message_ref(call));
+        if (text(found->second, "unanswered") == member)
             return 1;
-        }
-        const auto broken = text(found->second.facts, "broken");
+        const auto broken = text(found->second, "broken");
         if (!broken.empty() && member != "GetRole")
             return broken == "error" ? sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "broken")
                                      : sd_bus_reply_method_return(call, "t", std::uint64_t{7});
         return answerFor(id, found->second, member, call);
     }
 
-    int answerFor(const std::string& id, const Node& node, std::string_view member, sd_bus_message* call) {
-        const auto& facts = node.facts;
+    int answerFor(const std::string& id, const json::object& facts, std::string_view member,
+                  sd_bus_message* call) {
         if (member == "GetRole")
             return sd_bus_reply_method_return(call, "u", static_cast<std::uint32_t>(count(facts, "role")));
         if (member == "GetState")
@@ -148,8 +137,12 @@ class Target {
                 const char* name = nullptr;
                 sd_bus_get_unique_name(bus_->handle(), &name);
                 sd_bus_message_open_container(out, 'a', "(so)");
-                for (const auto& child : node.children)
-                    sd_bus_message_append(out, "(so)", name, (kFolder + child).c_str());
+                for (const auto& each : facts.at("children").as_array()) {
+                    const std::string child(each.as_string());
+                    const auto of = child.find(' ');
+                    sd_bus_message_append(out, "(so)", of == child.npos ? name : child.substr(0, of).c_str(),
+                                          (kFolder + child.substr(of + 1)).c_str());
+                }
                 sd_bus_message_append(out, "(so)", "", "/org/a11y/atspi/null");
                 sd_bus_message_close_container(out);
             });
@@ -187,32 +180,26 @@ class Target {
     }
 
     int press(const std::string& id, const json::object& facts, sd_bus_message* call) {
-        int action = 0;
+        std::int32_t action = 0;
         sd_bus_message_read(call, "i", &action);
         const auto how = text(facts, "onPress");
         if (how == "stop")
             std::raise(SIGSTOP);
         if (how == "refuse")
             return sd_bus_reply_method_return(call, "b", 0);
-        const std::string name(facts.at("actions").as_array()[static_cast<std::size_t>(action)].as_string());
+        std::printf("pressed %s by %s\n", id.c_str(),
+                    facts.at("actions").at(static_cast<std::size_t>(action)).as_string().c_str());
+        std::fflush(stdout);
         if (how != "later")
-            return perform(id, name, call);
-        later_.push_back({id, name, BusMessage(sd_bus_message_ref(call))});
+            return sd_bus_reply_method_return(call, "b", 1);
+        later_.emplace_back(sd_bus_message_ref(call));
         return 1;
     }
 
-    static int perform(const std::string& id, const std::string& action, sd_bus_message* call) {
-        std::printf("pressed %s by %s\n", id.c_str(), action.c_str());
-        std::fflush(stdout);
-        return sd_bus_reply_method_return(call, "b", 1);
-    }
-
     static std::uint32_t state(const json::object& facts) {
-        std::uint32_t bits = 0;
-        if (!facts.contains("disabled"))
-            bits |= 1u << AtspiState::enabled | 1u << AtspiState::sensitive;
-        else
-            bits |= 1u << 11u; // focusable
+        constexpr auto kFocusable = 1u << 11u;
+        auto bits =
+            facts.contains("disabled") ? kFocusable : 1u << AtspiState::enabled | 1u << AtspiState::sensitive;
         if (!facts.contains("hidden"))
             bits |= 1u << AtspiState::visible;
         if (facts.contains("multiLine"))
@@ -230,16 +217,9 @@ class Target {
         return sent < 0 ? sent : 1;
     }
 
-    struct Press {
-        std::string id;
-        std::string action;
-        BusMessage call;
-    };
-
     std::unique_ptr<Bus> bus_;
-    std::vector<Press> later_;
-    std::vector<BusMessage> unanswered_;
-    std::map<std::string, Node> nodes_;
+    std::vector<BusMessage> later_;                ///< presses that want an answer
+    std::map<std::string, json::object> elements_; ///< by id; their children are ids
     int unnamed_ = 0;
     std::int64_t answers_ = 0;
 };
@@ -262,5 +242,5 @@ int main() {
         return 2;
     velto::test::Target target(std::move(bus));
     target.show(std::string(std::istreambuf_iterator<char>(std::cin), {}));
-    return target.serve();
+    target.serve();
 }

@@ -1,107 +1,56 @@
-// Blocking OpenSSL and a WebSocket codec of a few lines.
+// Blocking TLS and a WebSocket codec of a few lines.
 #include "tests/support/ScriptedTlsServer.h"
 
-#include "VeltoShared/voice/Base64.h"
 #include "tests/support/TrustedAuthority.h"
 
-#include <openssl/pem.h>
-#include <openssl/sha.h>
-#include <openssl/ssl.h>
-
-#include <csignal>
-#include <span>
-
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/websocket/ssl.hpp>
+#include <boost/beast/websocket/stream.hpp>
 
 namespace velto::test {
-namespace {
 
-SSL_CTX* makeContext(const LocalAuthority::Issued& identity) {
-    SSL_CTX* context = SSL_CTX_new(TLS_server_method());
-    BIO* memory =
-        BIO_new_mem_buf(identity.certificatePEM.data(), static_cast<int>(identity.certificatePEM.size()));
-    X509* certificate = PEM_read_bio_X509(memory, nullptr, nullptr, nullptr);
-    BIO_free(memory);
-    memory = BIO_new_mem_buf(identity.keyPEM.data(), static_cast<int>(identity.keyPEM.size()));
-    EVP_PKEY* key = PEM_read_bio_PrivateKey(memory, nullptr, nullptr, nullptr);
-    BIO_free(memory);
-    SSL_CTX_use_certificate(context, certificate);
-    SSL_CTX_use_PrivateKey(context, key);
-    X509_free(certificate);
-    EVP_PKEY_free(key);
-    return context;
+namespace asio = boost::asio;
+using asio::ip::tcp;
+
+ServerPeer::ServerPeer(tcp::socket& socket, const LocalAuthority::Issued& identity) {
+    context_.use_certificate(asio::buffer(identity.certificatePEM), asio::ssl::context::pem);
+    context_.use_private_key(asio::buffer(identity.keyPEM), asio::ssl::context::pem);
+    tls_.emplace(socket, context_);
 }
 
-std::string acceptKey(const std::string& request) {
-    constexpr std::string_view kName = "Sec-WebSocket-Key: ";
-    const auto at = request.find(kName);
-    const auto key = request.substr(at + kName.size(), request.find('\r', at) - at - kName.size());
-    const std::string salted = key + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
-    unsigned char digest[SHA_DIGEST_LENGTH];
-    SHA1(reinterpret_cast<const unsigned char*>(salted.data()), salted.size(), digest);
-    std::string text(Base64::encodedSize(sizeof digest), ' ');
-    Base64::encode(std::as_bytes(std::span(digest)), text.data());
-    return text;
+bool ServerPeer::readAll(void* to, std::size_t count) {
+    boost::system::error_code error;
+    return asio::read(*tls_, asio::buffer(to, count), error) == count;
 }
 
-} // namespace
-
-struct ServerPeer::Impl {
-    int socket;
-    SSL_CTX* context;
-    SSL* tls;
-
-    bool readAll(char* to, std::size_t count) {
-        while (count > 0) {
-            const int got = SSL_read(tls, to, static_cast<int>(count));
-            if (got <= 0)
-                return false;
-            to += got;
-            count -= static_cast<std::size_t>(got);
-        }
-        return true;
-    }
-    std::optional<std::uint64_t> readNumber(std::size_t bytes) {
-        unsigned char raw[8];
-        if (!readAll(reinterpret_cast<char*>(raw), bytes))
-            return std::nullopt;
-        std::uint64_t number = 0;
-        for (std::size_t i = 0; i < bytes; ++i)
-            number = number << 8 | raw[i];
-        return number;
-    }
-};
-
-ServerPeer::ServerPeer(int socket, const LocalAuthority::Issued& identity)
-    : impl_(std::make_unique<Impl>(Impl{socket, makeContext(identity), nullptr})) {
-    impl_->tls = SSL_new(impl_->context);
-    SSL_set_fd(impl_->tls, socket);
-}
-
-ServerPeer::~ServerPeer() {
-    SSL_free(impl_->tls);
-    SSL_CTX_free(impl_->context);
+std::optional<std::uint64_t> ServerPeer::readNumber(std::size_t bytes) {
+    unsigned char raw[8];
+    if (!readAll(raw, bytes))
+        return std::nullopt;
+    std::uint64_t number = 0;
+    for (std::size_t i = 0; i < bytes; ++i)
+        number = number << 8 | raw[i];
+    return number;
 }
 
 bool ServerPeer::acceptTls() {
-    return SSL_accept(impl_->tls) == 1;
+    boost::system::error_code error;
+    tls_->handshake(asio::ssl::stream_base::server, error);
+    return !error;
 }
 
 std::string ServerPeer::readRequest() {
     std::string request;
     char c = 0;
-    while (!request.ends_with("\r\n\r\n") && impl_->readAll(&c, 1))
+    while (!request.ends_with("\r\n\r\n") && readAll(&c, 1))
         request += c;
     return request;
 }
 
 void ServerPeer::answerHandshake(const std::string& request) {
-    send("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-         "Sec-WebSocket-Accept: " +
-         acceptKey(request) + "\r\n\r\n");
+    boost::system::error_code error;
+    boost::beast::websocket::stream<decltype(tls_)::value_type&>(*tls_).accept(asio::buffer(request), error);
 }
 
 std::string ServerPeer::accept() {
@@ -114,17 +63,17 @@ std::string ServerPeer::accept() {
 }
 
 std::optional<ServerPeer::Frame> ServerPeer::read() {
-    const auto head = impl_->readNumber(2);
+    const auto head = readNumber(2);
     if (!head)
         return std::nullopt;
     std::optional<std::uint64_t> size = *head & 0x7F;
     if (*size >= 126)
-        size = impl_->readNumber(*size == 126 ? 2 : 8);
+        size = readNumber(*size == 126 ? 2 : 8);
     char mask[4];
-    if (!size || !impl_->readAll(mask, sizeof mask))
+    if (!size || !readAll(mask, sizeof mask))
         return std::nullopt;
     Frame received{static_cast<int>(*head >> 8 & 0xF), std::string(*size, ' ')};
-    if (!impl_->readAll(received.payload.data(), received.payload.size()))
+    if (!readAll(received.payload.data(), received.payload.size()))
         return std::nullopt;
     for (std::size_t i = 0; i < received.payload.size(); ++i)
         received.payload[i] = static_cast<char>(received.payload[i] ^ mask[i % 4]);
@@ -150,12 +99,8 @@ std::string ServerPeer::frame(int opcode, std::string_view payload, bool isLast,
 }
 
 void ServerPeer::send(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const int sent = SSL_write(impl_->tls, bytes.data(), static_cast<int>(bytes.size()));
-        if (sent <= 0)
-            return;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
+    boost::system::error_code error;
+    asio::write(*tls_, asio::buffer(bytes), error);
 }
 
 void ServerPeer::sendBytewise(std::string_view bytes) {
@@ -164,13 +109,12 @@ void ServerPeer::sendBytewise(std::string_view bytes) {
 }
 
 void ServerPeer::reset() {
-    const linger hard{1, 0};
-    ::setsockopt(impl_->socket, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+    tls_->next_layer().set_option(tcp::socket::linger(true, 0));
 }
 
 void ServerPeer::drain() {
     char ignored[4096];
-    while (SSL_read(impl_->tls, ignored, sizeof ignored) > 0) {
+    while (readAll(ignored, sizeof ignored)) {
     }
 }
 
@@ -178,52 +122,38 @@ ScriptedTlsServer::ScriptedTlsServer(Script script, std::string certifiedHost)
     : ScriptedTlsServer(std::move(script), trustedAuthority().issue(certifiedHost)) {}
 
 ScriptedTlsServer::ScriptedTlsServer(Script script, LocalAuthority::Issued identity)
-    : script_(std::move(script)), identity_(std::move(identity)) {
-    std::signal(SIGPIPE, SIG_IGN);
-    listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size);
-    ::listen(listener_, 8);
-    ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
+    : script_(std::move(script)), identity_(std::move(identity)),
+      listener_(context_, {asio::ip::address_v4::loopback(), 0}), port_(listener_.local_endpoint().port()) {
     thread_ = std::thread([this] { run(); });
 }
 
 ScriptedTlsServer::~ScriptedTlsServer() {
-    ::shutdown(listener_, SHUT_RDWR);
+    ::shutdown(listener_.native_handle(), SHUT_RDWR);
     {
         const std::lock_guard lock(mutex_);
         ended_ = true;
-        if (current_ >= 0)
-            ::shutdown(current_, SHUT_RDWR);
+        ::shutdown(current_, SHUT_RDWR);
     }
     thread_.join();
-    ::close(listener_);
 }
 
 void ScriptedTlsServer::run() {
     for (;;) {
-        const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (socket < 0)
+        boost::system::error_code error;
+        auto socket = listener_.accept(error);
+        if (error)
             return;
-        const int on = 1;
-        ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        socket.set_option(tcp::no_delay(true));
         {
             const std::lock_guard lock(mutex_);
             if (ended_)
-                ::shutdown(socket, SHUT_RDWR);
-            current_ = socket;
+                return;
+            current_ = socket.native_handle();
         }
-        {
-            ServerPeer peer(socket, identity_);
-            script_(peer);
-        }
+        ServerPeer peer(socket, identity_);
+        script_(peer);
         const std::lock_guard lock(mutex_);
         current_ = -1;
-        ::close(socket);
     }
 }
 

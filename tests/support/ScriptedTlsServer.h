@@ -3,9 +3,13 @@
 
 #include "rehearsal/LocalAuthority.h"
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/asio/ssl/stream.hpp>
+
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -23,10 +27,7 @@ class ServerPeer {
         std::string payload;
     };
 
-    ServerPeer(int socket, const LocalAuthority::Issued& identity);
-    ~ServerPeer();
-    ServerPeer(const ServerPeer&) = delete;
-    ServerPeer& operator=(const ServerPeer&) = delete;
+    ServerPeer(boost::asio::ip::tcp::socket& socket, const LocalAuthority::Issued& identity);
 
     bool acceptTls();
     /// Reads the request of the handshake, head and all; empty when there is none.
@@ -53,8 +54,11 @@ class ServerPeer {
     void drain();
 
   private:
-    struct Impl;
-    std::unique_ptr<Impl> impl_;
+    bool readAll(void* to, std::size_t count);
+    std::optional<std::uint64_t> readNumber(std::size_t bytes);
+
+    boost::asio::ssl::context context_{boost::asio::ssl::context::tls_server};
+    std::optional<boost::asio::ssl::stream<boost::asio::ip::tcp::socket&>> tls_;
 };
 
 /// Listens on 127.0.0.1 and runs the script for every connection, one after the other.
@@ -78,8 +82,9 @@ class ScriptedTlsServer {
 
     Script script_;
     LocalAuthority::Issued identity_;
-    int listener_ = -1;
-    std::uint16_t port_ = 0;
+    boost::asio::io_context context_;
+    boost::asio::ip::tcp::acceptor listener_;
+    const std::uint16_t port_;
     std::mutex mutex_;
     int current_ = -1;
     bool ended_ = false;

@@ -22,20 +22,18 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 TestComputer::TestComputer() {
-    Platform computer;
-    computer.folders = &folders;
-    computer.driverPlace = &driverPlace;
-    computer.preferences = &preferences;
-    computer.secretStore = &secrets;
-    computer.audioHardware = &audio;
-    computer.outputUnits = &audio;
-    computer.processTaps = &audio.taps;
-    computer.microphoneAccess = &microphone;
-    computer.accessibility = &desktop;
-    computer.workspace = &desktop;
-    computer.adminRights = &admin;
-    computer.loginItem = &loginItem;
-    installPlatform(computer);
+    installPlatform({.audioHardware = &audio,
+                     .outputUnits = &audio,
+                     .processTaps = &audio.taps,
+                     .microphoneAccess = &microphone,
+                     .accessibility = &desktop,
+                     .workspace = &desktop,
+                     .secretStore = &secrets,
+                     .preferences = &preferences,
+                     .folders = &folders,
+                     .loginItem = &loginItem,
+                     .adminRights = &admin,
+                     .driverPlace = &driverPlace});
 }
 
 TestComputer::~TestComputer() {
@@ -45,6 +43,12 @@ TestComputer::~TestComputer() {
 std::string readFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeProgram(const std::filesystem::path& file, const std::string& script) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file) << "#!/bin/sh\n" << script << '\n';
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
 }
 
 } // namespace velto::test

@@ -51,5 +51,7 @@ class TestComputer {
 
 /// Empty when it cannot be read.
 std::string readFile(const std::filesystem::path& file);
+/// A shell script that its owner may run, with the folders that lead to it.
+void writeProgram(const std::filesystem::path& file, const std::string& script);
 
 } // namespace velto::test
