@@ -5,6 +5,7 @@
 #include "VeltoShared/telephony/AX.h"
 #include "VeltoShared/telephony/ElementWalk.h"
 #include "rehearsal/PrivateDesktop.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <atspi/atspi.h>
 
@@ -216,11 +217,5 @@ int run(const std::filesystem::path& folder) {
 } // namespace velto
 
 int main() {
-    std::string folder = "/tmp/velto-bench-XXXXXX";
-    if (!::mkdtemp(folder.data()))
-        return 1;
-    const int status = velto::run(folder);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    return status;
+    return velto::run(velto::test::TemporaryFolder().path());
 }

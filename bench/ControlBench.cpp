@@ -8,6 +8,7 @@
 #include "VeltoShared/core/AppPaths.h"
 #include "VeltoShared/core/BackgroundThreads.h"
 #include "VeltoShared/core/Executors.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
@@ -193,10 +194,8 @@ void besideSilence(const Peer& ours, pid_t server) {
 }
 
 int run() {
-    std::string name = (std::filesystem::temp_directory_path() / "velto-bench-XXXXXX").string();
-    if (!::mkdtemp(name.data()))
-        return 1;
-    const std::filesystem::path folder = name;
+    const test::TemporaryFolder own;
+    const auto& folder = own.path();
     rlimit limit{};
     ::getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;
@@ -223,7 +222,6 @@ int run() {
         ::kill(pid, SIGKILL);
         ::waitpid(pid, nullptr, 0);
     }
-    std::filesystem::remove_all(folder);
     return status;
 }
 

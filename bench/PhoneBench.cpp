@@ -6,6 +6,7 @@
 #include "rehearsal/PhoneRegistration.h"
 #include "rehearsal/PrivateDesktop.h"
 #include "rehearsal/process/TextFile.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <csignal>
@@ -112,11 +113,5 @@ int run(const std::filesystem::path& folder) {
 } // namespace velto
 
 int main() {
-    std::string folder = "/tmp/velto-bench-XXXXXX";
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 1;
-    const int status = velto::run(folder);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    return status;
+    return velto::run(velto::test::TemporaryFolder().path());
 }

@@ -9,6 +9,7 @@
 #include "VeltoShared/audio/CaptureBox.h"
 #include "bench/SoundPaths.h"
 #include "rehearsal/PrivateSoundServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <unistd.h>
 
@@ -205,14 +206,11 @@ bool measureOn(velto::rehearsal::SoundServerKind kind, const std::filesystem::pa
 int main() {
     using velto::rehearsal::SoundServerKind;
     velto::callbacks();
-    const auto folder =
-        std::filesystem::temp_directory_path() / ("sound_bench." + std::to_string(::getpid()));
     bool measured = true;
     for (const auto& [title, kind] : {std::pair{"PulseAudio", SoundServerKind::pulseAudio},
                                       std::pair{"PipeWire", SoundServerKind::pipeWire}}) {
         std::printf("\n%s\n", title);
-        measured = measureOn(kind, folder) && measured;
-        std::filesystem::remove_all(folder);
+        measured = measureOn(kind, velto::test::TemporaryFolder().path()) && measured;
     }
     return measured ? 0 : 1;
 }

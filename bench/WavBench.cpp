@@ -1,5 +1,6 @@
 // Reading ten minutes of stereo sound at another rate: against the bare formula in memory, and against sox.
 #include "VeltoShared/audio/Wav.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -94,10 +95,8 @@ double peakMegabytes(Work work) {
 
 int main() {
     using namespace velto;
-    const auto folder =
-        std::filesystem::temp_directory_path() / ("velto-wav-bench-" + std::to_string(::getpid()));
-    std::filesystem::create_directory(folder);
-    const auto path = folder / "sound.wav";
+    const test::TemporaryFolder folder;
+    const auto path = folder.path() / "sound.wav";
     write(path, stereo());
     const double fileMegabytes = static_cast<double>(std::filesystem::file_size(path)) / (1 << 20);
     const double memory = peakMegabytes([&] { Wav::readMono16(path, kTarget); });
@@ -112,7 +111,7 @@ int main() {
     std::printf("10 min of stereo, 48 000 to 44 100 Hz: %.0f ms, the bare loop %.0f ms: ratio %.2f (aim 2)\n",
                 reading, bare, reading / bare);
 
-    const std::string sox = "sox " + path.string() + " -c 1 -b 16 " + (folder / "out.wav").string() +
+    const std::string sox = "sox " + path.string() + " -c 1 -b 16 " + (folder.path() / "out.wav").string() +
                             " rate -l 44100 2>/dev/null";
     if (std::system("sox --version >/dev/null 2>&1") == 0) {
         const double theirs = milliseconds([&] { static_cast<void>(std::system(sox.c_str())); });
@@ -121,5 +120,4 @@ int main() {
     } else {
         std::printf("sox is not here: skipped\n");
     }
-    std::filesystem::remove_all(folder);
 }

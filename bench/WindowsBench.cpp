@@ -3,7 +3,9 @@
 // the least that Qt Quick can do. The program without windows when nothing happens. The longest frames.
 #include "rehearsal/PrivateDesktop.h"
 #include "rehearsal/PrivateSoundServer.h"
+#include "rehearsal/director/ProcessUsage.h"
 #include "rehearsal/process/TextFile.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <unistd.h>
 
@@ -48,29 +50,24 @@ long switches(const std::filesystem::path& process) {
     return sum;
 }
 
-/// User and system, ms.
-long processorTime(const std::filesystem::path& process) {
-    const auto stat = rehearsal::readFile(process / "stat").value_or("");
-    std::istringstream fields(stat.substr(std::min(stat.size(), stat.rfind(')') + 1)));
-    std::string skipped;
-    for (int i = 0; i < 11; ++i)
-        fields >> skipped;
-    long user = 0;
-    long system = 0;
-    fields >> user >> system;
-    return (user + system) * 1000 / ::sysconf(_SC_CLK_TCK);
+std::filesystem::path procOf(pid_t process) {
+    return "/proc/" + std::to_string(process);
 }
 
-void tellIdle(const char* title, const std::filesystem::path& proc) {
-    const long time = processorTime(proc);
+void tellIdle(const char* title, pid_t process) {
+    const auto proc = procOf(process);
+    const auto seconds = [process] {
+        return rehearsal::processUsage(process).value_or(rehearsal::ProcessUsage{}).cpuSeconds;
+    };
+    const double time = seconds();
     const long woken = switches(proc);
     std::this_thread::sleep_for(kIdle);
-    std::printf("%s: 5 s of nothing: %ld ms of processor time, %ld wake-ups (aim: none)\n", title,
-                processorTime(proc) - time, switches(proc) - woken);
+    std::printf("%s: 5 s of nothing: %.0f ms of processor time, %ld wake-ups (aim: none)\n", title,
+                1000 * (seconds() - time), switches(proc) - woken);
 }
 
-void tellMemory(const char* title, const std::filesystem::path& proc, const char* aim = "") {
-    const auto rollup = proc / "smaps_rollup";
+void tellMemory(const char* title, pid_t process, const char* aim = "") {
+    const auto rollup = procOf(process) / "smaps_rollup";
     std::printf("%s: %.0f MB resident, %.0f MB its share%s\n", title,
                 static_cast<double>(number(rollup, "Rss:")) / 1000,
                 static_cast<double>(number(rollup, "Pss:")) / 1000, aim);
@@ -94,10 +91,9 @@ class Bench {
             starts.push_back(since(begin));
             if (round + 1 == kStarts) {
                 std::this_thread::sleep_for(3s);
-                const auto proc = procOf(*process);
-                tellMemory(title, proc,
+                tellMemory(title, process->pid(),
                            program == VELTO_PROGRAM ? " (both windows open; aim: at most 120)" : "");
-                tellIdle(title, proc);
+                tellIdle(title, process->pid());
             }
             process->stop();
         }
@@ -114,8 +110,8 @@ class Bench {
         if (!process)
             return;
         std::this_thread::sleep_for(3s);
-        tellMemory("velto --headless", procOf(*process));
-        tellIdle("velto --headless", procOf(*process));
+        tellMemory("velto --headless", process->pid());
+        tellIdle("velto --headless", process->pid());
         process->stop();
     }
 
@@ -138,9 +134,6 @@ class Bench {
     }
 
   private:
-    static std::filesystem::path procOf(const ChildProcess& process) {
-        return "/proc/" + std::to_string(process.pid());
-    }
     static bool shows(ChildProcess& process, Clock::time_point begin) {
         while (since(begin) < 20'000) {
             for (const auto& line : process.readLines())
@@ -205,11 +198,5 @@ int run(const std::filesystem::path& folder) {
 } // namespace velto
 
 int main() {
-    std::string folder = "/tmp/velto-bench-XXXXXX";
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 1;
-    const int status = velto::run(folder);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    return status;
+    return velto::run(velto::test::TemporaryFolder().path());
 }

@@ -29,6 +29,8 @@ class FakeSession : public ControlledSession {
         isRunning = startWorks;
         stateText = startWorks ? stateText : "error";
         session += startWorks ? 1 : 0;
+        if (started)
+            started();
     }
     void stop() override { ++stops; }
     std::vector<std::string> liveTranscript() const override {
@@ -43,6 +45,7 @@ class FakeSession : public ControlledSession {
     std::int64_t session = 0;
     std::vector<std::string> lines;
     std::function<std::vector<std::string>(int look)> transcriptAt;
+    std::function<void()> started;
     std::vector<std::string> starts;
     int stops = 0;
     mutable int looks = 0;

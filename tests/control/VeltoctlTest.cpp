@@ -28,8 +28,8 @@ class VeltoctlTest : public ServerFixture {
         const auto command =
             "cd '" + computer.root().string() +
             "' && rm -f out err && echo $$ >pid && exec env --default-signal=INT TZ=HERE-2 "
-            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere PULSE_SERVER=unix:/nowhere XDG_CONFIG_HOME=/nowhere "
-            "XDG_DATA_HOME=\"$PWD/Library/Application Support\" '" +
+            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere PULSE_SERVER=unix:/nowhere "
+            "XDG_CONFIG_HOME=\"$PWD/config\" XDG_DATA_HOME=\"$PWD/Library/Application Support\" '" +
             program.string() + "' " + arguments + " " + redirection;
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
@@ -99,9 +99,10 @@ TEST_F(VeltoctlTest, misuseAndAbsenceExitWith2) {
 
 TEST_F(VeltoctlTest, aStartThatFailsAtOnceIsRefused) {
     onMain([&] { session->startWorks = false; });
-    const auto run = veltoctl("call 1 --goal x --follow");
+    EXPECT_EQ(veltoctl("call 1 --goal x --follow").out, "");
+    const auto run = veltoctl("call 1 --goal x --follow --json");
     EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.out, "{\"ok\":true,\"state\":\"error\"}\n{\"outcome\":\"error\"}\n");
 }
 
 TEST_F(VeltoctlTest, followsASessionToItsEnd) {
@@ -127,31 +128,45 @@ TEST_F(VeltoctlTest, followsASessionToItsEnd) {
               "{\"line\":\"Agent: Hello\"}\n{\"line\":\"Caller: Bye\"}\n{\"outcome\":\"ended\"}\n");
     EXPECT_EQ(veltoctl("wait").exit, 0);
     EXPECT_EQ(veltoctl("transcript --follow --quiet").err, "");
+    onMain([&] { session->transcriptAt = {}; });
+    EXPECT_EQ(veltoctl("wait --json").out, "{\"outcome\":\"error\"}\n") << "nobody said a word";
     onMain([&] { session->stateText = "error"; });
     EXPECT_EQ(veltoctl("wait").exit, 1);
     onMain([&] { session->stateText = "idle"; });
     EXPECT_EQ(veltoctl("wait --json").out, "{\"outcome\":\"none\"}\n");
     EXPECT_EQ(veltoctl("wait").exit, 3);
-    onMain([&] {
-        session->isRunning = true;
-        session->transcriptAt = [this](int) -> Lines {
-            fs::remove(path());
-            return {};
-        };
-    });
-    EXPECT_EQ(veltoctl("transcript --follow").exit, 4);
+    const std::function<void()> ends[] = {
+        [this] { session->session = 0; }, // and it was started again
+        [this] { fs::remove(path()); },
+    };
+    for (const auto& end : ends) {
+        onMain([&] {
+            session->isRunning = true;
+            session->session = 2;
+            session->looks = 0;
+            session->transcriptAt = [&end](int look) -> Lines {
+                if (look == 2) // the first is the command's own
+                    end();
+                return {};
+            };
+        });
+        EXPECT_EQ(veltoctl("transcript --follow").exit, 4);
+    }
 }
 
 TEST_F(VeltoctlTest, anInterruptEndsTheFollowingAndTheSessionOnlyWhereAskedTo) {
-    session->transcriptAt = [this](int look) -> Lines {
-        if (look == 1)
-            ::kill(std::stoi(readFile(computer.root() / "pid")), SIGINT);
-        return {};
-    };
-    for (const bool hangsUp : {false, true}) {
+    const auto interrupt = [this] { ::kill(std::stoi(readFile(computer.root() / "pid")), SIGINT); };
+    for (const auto& [starting, hangsUp] :
+         {std::pair{false, false}, std::pair{false, true}, std::pair{true, true}}) {
         onMain([&] {
             session->isRunning = false;
             session->stops = session->looks = 0;
+            session->started = starting ? interrupt : std::function<void()>();
+            session->transcriptAt = [&](int look) -> Lines {
+                if (look == 1 && !starting)
+                    interrupt();
+                return {};
+            };
         });
         const auto run =
             veltoctl(std::string("call 1 --goal x --follow") + (hangsUp ? " --hangup-on-interrupt" : ""));
@@ -181,7 +196,7 @@ TEST_F(VeltoctlTest, showsOneCallWithoutTheApplication) {
     EXPECT_NE(veltoctl("history --last 1 --json").out.find("A2000000"), std::string::npos);
 }
 
-TEST_F(VeltoctlTest, keysAreNoArgumentsAndWithoutAKeyringAnError) {
+TEST_F(VeltoctlTest, keysAreReadFromStandardInputOnly) {
     for (const auto* wrong : {"key set gemini sk-secret", "key set sk-secret", "key remove openai sk-secret",
                               "key set gemini --json=sk-secret"}) {
         const auto run = veltoctl(wrong);
@@ -195,7 +210,20 @@ TEST_F(VeltoctlTest, keysAreNoArgumentsAndWithoutAKeyringAnError) {
         EXPECT_EQ(run.exit, 2);
         EXPECT_NE(run.err.find("nothing was changed"), std::string::npos) << run.err;
     }
-    EXPECT_EQ(veltoctl("key list").exit, 2);
+    EXPECT_EQ(veltoctl("key list").exit, 2) << "no keyring";
+    std::ofstream(computer.root() / "typed") << " sk-secret \r\n";
+    EXPECT_EQ(veltoctl("key set gemini <typed").exit, 2);
+    const auto settings = computer.root() / "config" / "org.velto.Velto";
+    fs::create_directories(settings);
+    std::ofstream(settings / "preferences.json") << R"({"unencryptedKeyFile": true})";
+    const auto stored = veltoctl("key set gemini <typed");
+    EXPECT_EQ(stored.exit, 0) << stored.err;
+    EXPECT_NE(stored.err.find("could not be told"), std::string::npos) << "who listens is no velto";
+    EXPECT_EQ(veltoctl("key list --json").out, "{\"gemini\":true,\"openai\":false}\n");
+    EXPECT_NE(readFile(AppPaths::support() / "keys" / "keys.json").find("c2stc2VjcmV0\""), std::string::npos)
+        << "without the blanks, in base64";
+    EXPECT_EQ(veltoctl("key remove gemini").exit, 0);
+    EXPECT_EQ(veltoctl("key remove gemini").exit, 1);
     const auto checks = veltoctl("doctor --json");
     EXPECT_EQ(checks.exit, 1);
     EXPECT_NE(checks.out.find(R"({"check":"application","result":"ok")"), std::string::npos) << checks.out;

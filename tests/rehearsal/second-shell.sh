@@ -22,6 +22,8 @@ state() { find "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" -printf '%p %m %T@\n'
 before=$(state)
 veltoctl doctor || fail "doctor: exit $? where everything is there"
 diff <(echo "$before") <(state) || fail "doctor changed something"
+coloured() { env "$@" TERM=xterm script -qec "veltoctl doctor" /dev/null | grep -q $'\e\[3'; }
+coloured -u NO_COLOR && ! coloured NO_COLOR=1 || fail "doctor: colours"
 
 # What stands still is not known after four seconds.
 velto=$(sed -n 's/.*app launched pid=\([0-9]*\).*/\1/p' "$XDG_STATE_HOME/Velto/velto.log")

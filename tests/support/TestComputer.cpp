@@ -5,21 +5,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace velto::test {
-
-TemporaryFolder::TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "velto-test-XXXXXX").string();
-    if (!::mkdtemp(name.data()))
-        throw std::runtime_error("no temporary folder");
-    path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
 
 TestComputer::TestComputer() {
     installPlatform({.audioHardware = &audio,

@@ -8,24 +8,12 @@
 #include "VeltoPlatform/simulated/SimulatedLoginItem.h"
 #include "VeltoPlatform/simulated/SimulatedMicrophone.h"
 #include "VeltoPlatform/simulated/SimulatedStores.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <string>
 
 namespace velto::test {
-
-/// A fresh folder below the system's temporary folder, removed at the end.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 class TestComputer {
   public:

@@ -44,4 +44,5 @@ kill %%
 wait %% 2>/dev/null
 start env QT_QPA_PLATFORM=nothing "$velto" --headless
 expect 1 'running already' "$velto"
+expect 1 'running already' "$velto" --headless
 exit $status
