@@ -8,6 +8,7 @@
 #include "VeltoPlatform/linux/PulseUnits.h"
 #include "VeltoShared/audio/AudioCapture.h"
 #include "rehearsal/PrivateSoundServer.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/TestComputer.h"
 
 #include <gtest/gtest.h>
@@ -27,19 +28,6 @@
 namespace velto::test {
 
 inline constexpr double amplitude = 12000;
-inline constexpr std::chrono::seconds patience{20};
-
-/// Looks again and again whether something is so.
-template <class Condition>
-bool eventually(Condition&& condition, std::chrono::milliseconds limit = patience) {
-    const auto until = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > until)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 /// Of what another thread changes.
 class Monitor {
@@ -50,7 +38,7 @@ class Monitor {
         return apply();
     }
     template <class Condition>
-    bool wait(Condition&& condition, std::chrono::milliseconds limit = patience) {
+    bool wait(Condition&& condition, std::chrono::milliseconds limit = kPatience) {
         return eventually([&] { return change(condition); }, limit);
     }
 
@@ -100,7 +88,7 @@ class Ear {
             return levels_.size() >= 25 && std::none_of(levels_.end() - 25, levels_.end(), isLoud);
         });
     }
-    bool hearsAnything(std::chrono::milliseconds limit = patience) {
+    bool hearsAnything(std::chrono::milliseconds limit = kPatience) {
         forget();
         return monitor_.wait([this] { return !levels_.empty(); }, limit);
     }

@@ -37,7 +37,7 @@ class TapServer : public EachSoundServer {
             file.write(reinterpret_cast<const char*>(samples.data()),
                        static_cast<std::streamsize>(samples.size() * sizeof samples[0]));
         }
-        listenToSpeaker();
+        listenTo("speaker");
     }
     void TearDown() override {
         phone.reset();
@@ -45,10 +45,16 @@ class TapServer : public EachSoundServer {
     }
 
     std::filesystem::path root() const { return folder_.path(); }
-    void listenToSpeaker() {
-        load("module-remap-source",
-             "source_name=speaker_ear master=speaker.monitor source_properties='device.description=\"At the "
-             "speaker\"'");
+    /// A source of what a sink plays, called "At the …".
+    void listenTo(const std::string& sink) {
+        const auto arguments = "source_name=" + sink + "_ear master=" + sink +
+                               ".monitor source_properties='device.description=\"At the " + sink + "\"'";
+        loadInTime("module-remap-source", arguments.c_str());
+        EXPECT_TRUE(eventually([&] { return AudioDevices::find("At the " + sink).has_value(); }));
+    }
+    /// A server on a busy machine may take longer than anybody should wait.
+    void loadInTime(const char* module, const char* arguments) {
+        EXPECT_TRUE(eventually([&] { return load(module, arguments) != PA_INVALID_INDEX; }));
     }
     std::optional<ChildProcess> start(std::vector<std::string> arguments) {
         ChildProgram program;
@@ -190,7 +196,7 @@ TEST_P(TapServer, hearsAllThatTheProgramPlaysAndLeavesItAudible) {
     };
     EXPECT_EQ(recording(), false);
     tell("parec >/dev/null & r=$!");
-    const auto until = std::chrono::steady_clock::now() + patience;
+    const auto until = std::chrono::steady_clock::now() + kPatience;
     while (recording() != true && std::chrono::steady_clock::now() < until)
         std::this_thread::yield();
     EXPECT_EQ(recording(), true) << "a child of the program records";
@@ -234,14 +240,11 @@ class MutedTap : public TapServer {
     }
     template <class Condition>
     bool sinksBecome(Condition&& condition) {
-        const auto until = std::chrono::steady_clock::now() + patience;
-        while (std::chrono::steady_clock::now() < until) {
-            // Never without any, but for a server that has not answered.
-            if (const auto all = sinks(); !all.empty() && condition(all))
-                return true;
-            std::this_thread::yield();
-        }
-        return false;
+        return eventually([&] {
+            const auto all = sinks();
+            return !all.empty() &&
+                   condition(all); // never without any, but for a server that has not answered
+        });
     }
     bool tapSinkGoes() {
         return sinksBecome([](const auto& all) { return !all.contains("velto_tap"); });
@@ -251,10 +254,8 @@ class MutedTap : public TapServer {
 };
 
 TEST_P(MutedTap, silencesTheProgramWhileCapturedAndGivesItBack) {
-    load("module-null-sink", "sink_name=headset norewinds=1");
-    load("module-remap-source",
-         "source_name=headset_ear master=headset.monitor source_properties='device.description=\"At the "
-         "headset\"'");
+    loadInTime("module-null-sink", "sink_name=headset norewinds=1");
+    listenTo("headset");
     Ear headset("At the headset", 16000);
     tell("PULSE_SINK=headset " + player(700) + " & b=$!");
     EXPECT_NEAR(headset.loudness(), level, tolerance);
@@ -309,7 +310,7 @@ TEST_P(MutedTap, isMadeAgainWhenTheServerReturns) {
     EXPECT_NEAR(ear.loudness(), level, tolerance);
     ASSERT_TRUE(server->restart());
     ASSERT_TRUE(waitForLine("sound: server back"));
-    listenToSpeaker();
+    listenTo("speaker");
     ASSERT_TRUE(ear.hearsAnything());
     play(1000, "a");
     ear.forget();
@@ -338,9 +339,7 @@ TEST_P(MutedTap, isNotLeftBehindByAServerThatAnswersTooLate) {
     taps->destroyProcessTap(tap);
     ::kill(server->processes().back().pid(), SIGCONT);
     // Made after the tap's, if that was still made.
-    EXPECT_TRUE(sinksBecome([this](const auto& all) {
-        return all.contains("later") || (load("module-null-sink", "sink_name=later"), false);
-    }));
+    loadInTime("module-null-sink", "sink_name=later");
     EXPECT_TRUE(tapSinkGoes());
 }
 

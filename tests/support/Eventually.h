@@ -7,10 +7,12 @@
 
 namespace velto::test {
 
-/// Whether it becomes so before twenty seconds are over; looks every 20 ms.
+inline constexpr std::chrono::seconds kPatience{20};
+
+/// Whether it becomes so in time; looks every 20 ms.
 template <class Condition>
-bool eventually(Condition isSo) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+bool eventually(Condition isSo, std::chrono::milliseconds limit = kPatience) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!isSo()) {
         if (std::chrono::steady_clock::now() > deadline)
             return false;
